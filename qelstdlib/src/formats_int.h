@@ -1,0 +1,101 @@
+// What the JSON and the XML sources share: characters, new text and the links of a tree.
+#ifndef QELSTDLIB_FORMATS_INT_H
+#define QELSTDLIB_FORMATS_INT_H
+
+#include "qelstdlib.hpp"
+
+#include <utf8.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace formats
+{
+
+inline constexpr char32_t replacement_char = 0xFFFD;
+inline constexpr std::string_view replacement_utf8 = "\xEF\xBF\xBD";
+
+// Text as the C interface returns it; its length goes to *len unless len is absent.
+inline char *new_text(const std::string &str, std::size_t *len)
+{
+    if (len != nullptr) {
+        *len = str.size();
+    }
+    return Qel_strdup(str.c_str());
+}
+
+// The number of bytes before the first broken one.
+inline std::size_t valid_prefix(std::string_view text)
+{
+    return static_cast<std::size_t>(
+        std::distance(text.begin(), utf8::find_invalid(text.begin(), text.end())));
+}
+
+inline bool begins_valid(std::string_view text)
+{
+    constexpr std::size_t longest_char = 4;
+    return valid_prefix(text.substr(0, longest_char)) > 0;
+}
+
+// Takes the first character off the text; a run of broken bytes is one absent character.
+inline std::optional<char32_t> take_char(std::string_view &text)
+{
+    if (begins_valid(text)) {
+        const char *after = text.data();
+        const char32_t chr = utf8::unchecked::next(after);
+        text.remove_prefix(static_cast<std::size_t>(after - text.data()));
+        return chr;
+    }
+    do {
+        text.remove_prefix(1);
+    } while (!text.empty() && !begins_valid(text));
+    return std::nullopt;
+}
+
+// Takes the bytes for which is_plain holds off the front of the text and appends them.
+template <typename Predicate>
+void append_plain(std::string &out, std::string_view &text, Predicate is_plain)
+{
+    const auto end = std::find_if_not(text.begin(), text.end(), is_plain);
+    const auto len = static_cast<std::size_t>(std::distance(text.begin(), end));
+    out.append(text.substr(0, len));
+    text.remove_prefix(len);
+}
+
+// Cuts the node out of its parent's children.
+template <typename Node>
+std::unique_ptr<Node> take_out(Node &node)
+{
+    auto &siblings = node.parent->children;
+    const auto place = std::find_if(siblings.begin(), siblings.end(),
+                                    [&](const auto &sibling) { return sibling.get() == &node; });
+    std::unique_ptr<Node> taken = std::move(*place);
+    siblings.erase(place);
+    taken->parent = nullptr;
+    return taken;
+}
+
+// Releases what is under a node without recursion: a tree that was built may be deeper than the
+// stack allows.
+template <typename Node>
+void release_children(std::vector<std::unique_ptr<Node>> &children)
+{
+    auto doomed = std::move(children);
+    while (!doomed.empty()) {
+        const std::unique_ptr<Node> node = std::move(doomed.back());
+        doomed.pop_back();
+        std::move(node->children.begin(), node->children.end(), std::back_inserter(doomed));
+        node->children.clear();
+    }
+}
+
+} // namespace formats
+
+#endif

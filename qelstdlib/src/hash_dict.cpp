@@ -1,0 +1,327 @@
+#include "qelstdlib_int.h"
+
+#include <array>
+#include <cstring>
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace
+{
+
+struct entry {
+    std::string key;
+    std::string val;
+};
+
+unsigned char lower_byte(char chr)
+{
+    return static_cast<unsigned char>(qel::to_lower(chr));
+}
+
+// The three questions that a dictionary asks about keys; ignore_case is for all of them alike.
+
+struct key_hash {
+    bool ignore_case;
+
+    std::size_t operator()(std::string_view key) const
+    {
+        return ignore_case ? lower_hash(key) : std::hash<std::string_view>()(key);
+    }
+
+    // FNV-1a of the key as if in lower case.
+    static std::size_t lower_hash(std::string_view key)
+    {
+        std::uint64_t hash = 0xCBF29CE484222325U;
+        for (const char chr : key)
+            hash = (hash ^ lower_byte(chr)) * 0x100000001B3U;
+        return static_cast<std::size_t>(hash);
+    }
+};
+
+struct key_equal {
+    bool ignore_case;
+
+    bool operator()(std::string_view a, std::string_view b) const
+    {
+        return ignore_case ? std::ranges::equal(a, b, {}, lower_byte, lower_byte) : a == b;
+    }
+};
+
+struct key_less {
+    bool ignore_case;
+
+    bool operator()(std::string_view a, std::string_view b) const
+    {
+        if (ignore_case)
+            return std::ranges::lexicographical_compare(a, b, {}, lower_byte, lower_byte);
+        return a < b; // compares bytes as unsigned
+    }
+};
+
+} // namespace
+
+// Entries stay where they are, in insertion order, so borrowed texts outlive other insertions; the
+// index views the keys in them.
+struct Qel_hash_dict {
+    using place = std::list<entry>::iterator;
+
+    explicit Qel_hash_dict(std::uint32_t flags)
+        : ignore_case((flags & QEL_HASH_DICT_CASECMP) != 0), sorted(has_sorted_order(flags)),
+          index(0, key_hash{ignore_case}, key_equal{ignore_case})
+    {
+    }
+
+    static bool has_sorted_order(std::uint32_t flags)
+    {
+        constexpr std::uint32_t both = QEL_HASH_DICT_KEYS_ORDERED | QEL_HASH_DICT_KEYS_SORTASC;
+        return (flags & both) == both;
+    }
+
+    [[nodiscard]] const entry *find(const char *key) const
+    {
+        if (key == nullptr)
+            return nullptr;
+        const auto found = index.find(qel::view(key));
+        return found == index.end() ? nullptr : &*found->second;
+    }
+
+    void store(std::string_view key, std::string_view val)
+    {
+        const auto found = index.find(key);
+        if (found != index.end()) {
+            found->second->val.assign(val);
+            return;
+        }
+        entries.push_back({std::string(key), std::string(val)});
+        add_to_index(std::prev(entries.end()));
+    }
+
+    void add_to_index(place added) { index.emplace(added->key, added); }
+
+    // Takes the first entry of another dictionary's list, without copying it.
+    void take_first(std::list<entry> &source)
+    {
+        const auto first = source.begin();
+        const auto found = index.find(first->key);
+        if (found != index.end()) {
+            found->second->val = std::move(first->val);
+            source.erase(first);
+            return;
+        }
+        entries.splice(entries.end(), source, first);
+        add_to_index(first);
+    }
+
+    bool ignore_case;
+    bool sorted;
+    std::list<entry> entries;
+    std::unordered_map<std::string_view, place, key_hash, key_equal> index;
+};
+
+struct Qel_hash_dict_enum {
+    std::vector<const entry *> pairs;
+    std::size_t next = 0;
+};
+
+Qel_hash_dict_t *Qel_hash_dict_create(size_t init_size, size_t fill_pct, uint32_t flags) noexcept
+{
+    auto dict = std::make_unique<Qel_hash_dict>(flags);
+    qel::make_room(dict->index, init_size, fill_pct);
+    return dict.release();
+}
+
+bool Qel_hash_dict_insert(Qel_hash_dict_t *dict, const char *key, const char *val) noexcept
+{
+    if (dict == nullptr || key == nullptr)
+        return false;
+    dict->store(qel::view(key), qel::view(val));
+    return true;
+}
+
+bool Qel_hash_dict_get(const Qel_hash_dict_t *dict, const char *key, const char **val) noexcept
+{
+    const entry *const found = dict == nullptr ? nullptr : dict->find(key);
+    if (val != nullptr)
+        *val = found == nullptr ? nullptr : found->val.c_str();
+    return found != nullptr;
+}
+
+const char *Qel_hash_dict_get_direct(const Qel_hash_dict_t *dict, const char *key) noexcept
+{
+    return Qel_hash_dict_get_direct_default(dict, key, nullptr);
+}
+
+const char *Qel_hash_dict_get_direct_default(const Qel_hash_dict_t *dict, const char *key,
+                                             const char *def) noexcept
+{
+    const char *val = nullptr;
+    return Qel_hash_dict_get(dict, key, &val) ? val : def;
+}
+
+bool Qel_hash_dict_remove(Qel_hash_dict_t *dict, const char *key) noexcept
+{
+    if (dict == nullptr || key == nullptr)
+        return false;
+    const auto found = dict->index.find(qel::view(key));
+    if (found == dict->index.end())
+        return false;
+
+    // The index views the key in the entry, so it lets go first.
+    const Qel_hash_dict::place removed = found->second;
+    dict->index.erase(found);
+    dict->entries.erase(removed);
+    return true;
+}
+
+size_t Qel_hash_dict_num_keys(const Qel_hash_dict_t *dict) noexcept
+{
+    return dict == nullptr ? 0 : dict->entries.size();
+}
+
+void Qel_hash_dict_merge(Qel_hash_dict_t **dest, Qel_hash_dict_t *src) noexcept
+{
+    if (dest == nullptr || src == nullptr || *dest == src)
+        return;
+    if (*dest == nullptr) {
+        *dest = src;
+        return;
+    }
+
+    const std::unique_ptr<Qel_hash_dict> source(src);
+    source->index.clear(); // it views keys that are about to move
+    if (source->sorted)
+        source->entries.sort([less = key_less{source->ignore_case}](
+                                 const entry &a, const entry &b) { return less(a.key, b.key); });
+    while (!source->entries.empty())
+        (*dest)->take_first(source->entries);
+}
+
+size_t Qel_hash_dict_enumerate(const Qel_hash_dict_t *dict, Qel_hash_dict_enum_t **walk) noexcept
+{
+    if (walk == nullptr)
+        return Qel_hash_dict_num_keys(dict);
+    *walk = nullptr;
+    if (dict == nullptr)
+        return 0;
+
+    auto started = std::make_unique<Qel_hash_dict_enum>();
+    started->pairs.reserve(dict->entries.size());
+    for (const entry &pair : dict->entries)
+        started->pairs.push_back(&pair);
+    if (dict->sorted)
+        std::ranges::sort(started->pairs, key_less{dict->ignore_case}, &entry::key);
+    *walk = started.release();
+    return (*walk)->pairs.size();
+}
+
+bool Qel_hash_dict_enumerate_next(const Qel_hash_dict_t * /*the walk knows it*/,
+                                  Qel_hash_dict_enum_t *walk, const char **key,
+                                  const char **val) noexcept
+{
+    if (walk == nullptr || walk->next == walk->pairs.size())
+        return false;
+
+    const entry &pair = *walk->pairs[walk->next++];
+    if (key != nullptr)
+        *key = pair.key.c_str();
+    if (val != nullptr)
+        *val = pair.val.c_str();
+    return true;
+}
+
+void Qel_hash_dict_enumerate_free(Qel_hash_dict_enum_t *walk) noexcept
+{
+    const std::unique_ptr<Qel_hash_dict_enum> ended(walk);
+}
+
+namespace
+{
+
+struct pair_marks {
+    char pair_sep;
+    char kv_sep;
+    char quote;
+    char escape;
+};
+
+bool take_byte(std::string_view &rest, char wanted)
+{
+    if (!rest.starts_with(wanted))
+        return false;
+    rest.remove_prefix(1);
+    return true;
+}
+
+// Takes the text between the quote at the start of rest and the one that closes it.
+std::optional<std::string> take_quoted(std::string_view &rest, const pair_marks &marks)
+{
+    std::string taken;
+    for (std::size_t i = 1; i < rest.size(); ++i) {
+        const bool quote_follows = i + 1 < rest.size() && rest[i + 1] == marks.quote;
+        if (rest[i] == marks.escape && quote_follows) {
+            ++i;
+        } else if (rest[i] == marks.quote) {
+            rest.remove_prefix(i + 1);
+            return taken;
+        }
+        taken.push_back(rest[i]);
+    }
+    return std::nullopt;
+}
+
+// Takes a key or a value and leaves rest at the byte after it; unquoted, it ends before the first
+// of the separators.
+std::optional<std::string> take_part(std::string_view &rest, std::string_view separators,
+                                     const pair_marks &marks)
+{
+    if (rest.starts_with(marks.quote))
+        return take_quoted(rest, marks);
+
+    std::string taken(rest.substr(0, rest.find_first_of(separators)));
+    rest.remove_prefix(taken.size());
+    return taken;
+}
+
+bool take_pair(std::string_view &rest, const pair_marks &marks, Qel_hash_dict &dict)
+{
+    const std::array<char, 2> separators{marks.pair_sep, marks.kv_sep};
+    const auto key = take_part(rest, {separators.data(), 2}, marks);
+    if (!key || !take_byte(rest, marks.kv_sep))
+        return false;
+
+    const auto val = take_part(rest, {separators.data(), 1}, marks);
+    const bool ended = rest.empty() || rest.front() == marks.pair_sep;
+    if (!val || !ended)
+        return false;
+
+    dict.store(*key, *val);
+    return true;
+}
+
+} // namespace
+
+Qel_hash_dict_t *Qel_hash_dict_deserialize(const char *text, size_t len, char pair_sep, char kv_sep,
+                                           char quote, char escape, uint32_t flags) noexcept
+{
+    if (text == nullptr)
+        return nullptr;
+
+    const pair_marks marks{pair_sep, kv_sep, quote, escape};
+    auto dict = std::make_unique<Qel_hash_dict>(flags);
+    std::string_view rest(text, ::strnlen(text, len));
+    while (!rest.empty()) {
+        const bool between_pairs = take_byte(rest, pair_sep);
+        if (!between_pairs && !take_pair(rest, marks, *dict))
+            return nullptr;
+    }
+    return dict.release();
+}
+
+void Qel_hash_dict_destroy(Qel_hash_dict_t *dict) noexcept
+{
+    const std::unique_ptr<Qel_hash_dict> ended(dict);
+}

@@ -1,0 +1,35 @@
+#include "qelstdlib_int.h"
+
+#include <memory>
+#include <unordered_map>
+
+struct Qel_hash_u64str {
+    std::unordered_map<std::uint64_t, std::string> texts;
+};
+
+Qel_hash_u64str_t *Qel_hash_u64str_create(size_t init_size, size_t fill_pct,
+                                          uint32_t /*none exist*/) noexcept
+{
+    auto table = std::make_unique<Qel_hash_u64str>();
+    qel::make_room(table->texts, init_size, fill_pct);
+    return table.release();
+}
+
+void Qel_hash_u64str_insert(Qel_hash_u64str_t *table, uint64_t key, const char *str) noexcept
+{
+    if (table != nullptr)
+        table->texts[key].assign(qel::view(str));
+}
+
+const char *Qel_hash_u64str_get_direct(const Qel_hash_u64str_t *table, uint64_t key) noexcept
+{
+    if (table == nullptr)
+        return nullptr;
+    const auto found = table->texts.find(key);
+    return found == table->texts.end() ? nullptr : found->second.c_str();
+}
+
+void Qel_hash_u64str_destroy(Qel_hash_u64str_t *table) noexcept
+{
+    const std::unique_ptr<Qel_hash_u64str> ended(table);
+}

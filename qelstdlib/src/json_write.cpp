@@ -1,0 +1,161 @@
+// Writing JSON trees.
+#include "formats_int.h"
+#include "json_node.h"
+
+namespace
+{
+
+void append_unit(std::string &out, char32_t unit)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    out += "\\u";
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        out += digits[(unit >> shift) & 0xF];
+    }
+}
+
+// The letter that follows the backslash in the short escape of a character, 0 when it has none.
+char short_escape(char32_t chr)
+{
+    switch (chr) {
+    case '"':
+    case '\\':
+        return static_cast<char>(chr);
+    case '\b':
+        return 'b';
+    case '\f':
+        return 'f';
+    case '\n':
+        return 'n';
+    case '\r':
+        return 'r';
+    case '\t':
+        return 't';
+    default:
+        return 0;
+    }
+}
+
+void append_escape(std::string &out, char32_t chr)
+{
+    if (const char letter = short_escape(chr); letter != 0) {
+        out += '\\';
+        out += letter;
+        return;
+    }
+    if (chr <= 0xFFFF) {
+        append_unit(out, chr);
+        return;
+    }
+    const char32_t offset = chr - 0x10000;
+    append_unit(out, 0xD800 + (offset >> 10));
+    append_unit(out, 0xDC00 + (offset & 0x3FF));
+}
+
+bool is_plain(char chr)
+{
+    const auto byte = static_cast<unsigned char>(chr);
+    return byte >= ' ' && byte < 0x80 && chr != '"' && chr != '\\';
+}
+
+void append_quoted(std::string &out, std::string_view text)
+{
+    out += '"';
+    formats::append_plain(out, text, is_plain);
+    while (!text.empty()) {
+        append_escape(out, formats::take_char(text).value_or(formats::replacement_char));
+        formats::append_plain(out, text, is_plain);
+    }
+    out += '"';
+}
+
+// Walks the tree with a stack of its own: a tree that was built may be deeper than the program's
+// stack allows.
+class writer
+{
+  public:
+    explicit writer(bool on_lines) : on_lines_(on_lines) { out_.reserve(1024); }
+
+    const std::string &write(const Qel_json_node &root)
+    {
+        begin_value(root);
+        while (!open_.empty()) {
+            step();
+        }
+        return out_;
+    }
+
+  private:
+    struct level {
+        const Qel_json_node *node;
+        std::size_t next; // the child to write next
+    };
+
+    void step()
+    {
+        level &top = open_.back();
+        const Qel_json_node &node = *top.node;
+        if (top.next == node.children.size()) {
+            end_container(node);
+            return;
+        }
+        if (top.next > 0) {
+            out_ += ',';
+        }
+        begin_line();
+        const Qel_json_node &child = *node.children[top.next++];
+        if (node.type == QEL_JSON_TYPE_OBJECT) {
+            append_quoted(out_, child.name);
+            out_ += on_lines_ ? ": " : ":";
+        }
+        begin_value(child);
+    }
+
+    // Writes a scalar whole and opens a container.
+    void begin_value(const Qel_json_node &node)
+    {
+        if (node.is_container()) {
+            out_ += node.type == QEL_JSON_TYPE_OBJECT ? '{' : '[';
+            open_.push_back({&node, 0});
+        } else if (node.type == QEL_JSON_TYPE_STRING) {
+            append_quoted(out_, node.text);
+        } else {
+            out_ += node.text;
+        }
+    }
+
+    void end_container(const Qel_json_node &node)
+    {
+        open_.pop_back();
+        if (!node.children.empty()) {
+            begin_line();
+        }
+        out_ += node.type == QEL_JSON_TYPE_OBJECT ? '}' : ']';
+    }
+
+    void begin_line()
+    {
+        if (on_lines_) {
+            out_ += '\n';
+            out_.append(2 * open_.size(), ' ');
+        }
+    }
+
+    std::string out_;
+    std::vector<level> open_;
+    bool on_lines_;
+};
+
+} // namespace
+
+char *Qel_json_write(const Qel_json_node_t *node, uint32_t flags, size_t *len) noexcept
+{
+    if (node == nullptr) {
+        if (len != nullptr) {
+            *len = 0;
+        }
+        return nullptr;
+    }
+    writer out((flags & QEL_JSON_WRITER_PRETTYPRINT_SPACE) != 0);
+    return formats::new_text(out.write(*node), len);
+}

@@ -1,0 +1,543 @@
+#include "qelstdlib.hpp"
+
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+constexpr uint32_t strict = QEL_JSON_READER_NONE;
+constexpr uint32_t repair = QEL_JSON_READER_REPLACE_BAD_CHARS;
+
+qel::json read(std::string_view text, uint32_t flags = repair)
+{
+    return qel::json(
+        Qel_json_read(text.data(), text.size(), flags, nullptr, nullptr, nullptr, nullptr));
+}
+
+std::string compact(const Qel_json_node_t *node)
+{
+    size_t len = 0;
+    const qel::text text(Qel_json_write(node, QEL_JSON_WRITER_NONE, &len));
+    EXPECT_EQ(len, qel::view(text).size());
+    return std::string(qel::view(text));
+}
+
+std::string write(const Qel_xml_node_t *node, uint32_t flags = QEL_XML_WRITER_PRETTYPRINT_SPACE)
+{
+    size_t len = 0;
+    const qel::text text(Qel_xml_write(node, flags, &len));
+    EXPECT_EQ(len, qel::view(text).size());
+    return std::string(qel::view(text));
+}
+
+std::string repeat(std::string_view text, size_t count)
+{
+    std::string out;
+    while (count-- > 0) {
+        out += text;
+    }
+    return out;
+}
+
+// A piece of hostile text and what a reader of the written text must see in its place.
+struct piece {
+    std::string_view raw, json, xml;
+    bool broken = false; // adjacent ones make one run
+};
+
+constexpr auto bad = "\uFFFD"sv;
+constexpr piece pieces[] = {
+    {"<&>\"'\\", "<&>\"'\\", "<&>\"'\\"},
+    {"]]>&amp;\\u0041/", "]]>&amp;\\u0041/", "]]>&amp;\\u0041/"},
+    {" \r\n\t", " \r\n\t", " \r\n\t"},
+    {"\x01", "\x01", bad},
+    {"\x1F\x7F", "\x1F\x7F", "\uFFFD\x7F"},
+    {"\u00E9\u20AC\U0010FFFF", "\u00E9\u20AC\U0010FFFF", "\u00E9\u20AC\U0010FFFF"},
+    {"\uFFFE", "\uFFFE", bad},
+    {"\uFFFF", "\uFFFF", bad},
+    {"\xFF", bad, bad, true},
+    {"\xF5\x80\x80\x80", bad, bad, true}, // above U+10FFFF
+    {"\xC0\xAF", bad, bad, true},         // overlong
+    {"\xED\xA0\x80", bad, bad, true},     // surrogate
+    {"\xE2\x82", bad, bad, true},         // cut short
+};
+
+struct hostile_text {
+    std::string raw, json, xml;
+};
+
+hostile_text random_text(std::mt19937 &random)
+{
+    hostile_text text;
+    bool after_broken = false;
+    for (size_t count = random() % 8; count > 0; --count) {
+        const piece &next = pieces[random() % std::size(pieces)];
+        text.raw += next.raw;
+        if (!(next.broken && after_broken)) {
+            text.json += next.json;
+            text.xml += next.xml;
+        }
+        after_broken = next.broken;
+    }
+    return text;
+}
+
+TEST(JsonRead, ReadableTexts)
+{
+    const std::pair<std::string, std::string_view> cases[] = {
+        {"\xEF\xBB\xBF { \"a\" : [ true , false , null ] } \r\n\t", R"({"a":[true,false,null]})"},
+        {R"(["\"\\\/\b\f\n\r\t\u00e9\u20AC"])", R"(["\"\\/\b\f\n\r\t\u00e9\u20ac"])"},
+        {R"("scalar")", R"("scalar")"},
+        // numbers keep their text
+        {"[-0, 1.0,1E5\t,1e400,-1e-400/**/,123456789012345678901234567890]",
+         "[-0,1.0,1E5,1e400,-1e-400,123456789012345678901234567890]"},
+        {"12.50", "12.50"},
+        {R"({"7":"8","a-1":[1,"2",3]})", R"({"7":"8","a-1":[1,"2",3]})"},
+        // comments
+        {"/* \" [1 */[1,// it's \"2\r2/*/*/,/***/3]//", "[1,2,3]"},
+        {R"(["//","/*",1])", R"(["//","/*",1])"},
+        // repeated names
+        {R"({"a":1,"b":2,"a":{"c":[]},"b":3})", R"({"a":{"c":[]},"b":3})"},
+        // NUL ends a text
+        {R"({"a\u0000x":1,"a":"b\u0000c"})", R"({"a":"b"})"},
+        // surrogates
+        {R"(["\ud83D\uDE00"])", R"(["\ud83d\ude00"])"},
+        {R"(["\uD800","\uDC00x","\uD800\uD800\uDC00","\uD800\n","\uDBFF\u0041"])",
+         R"(["\ufffd","\ufffdx","\ufffd\ud800\udc00","\ufffd\n","\ufffdA"])"},
+        {R"(["\\uD800","\\\uD800"])", R"(["\\uD800","\\\ufffd"])"},
+        // broken bytes
+        {"[\"a\xFF\xFE\", \"\xE2\x82\", \"\xED\xA0\x80z\", 5]",
+         R"(["a\ufffd","\ufffd","\ufffdz",5])"},
+        {"/*\xFF*/[1]//\xFF", "[1]"},
+    };
+    for (const auto &[text, tree] : cases) {
+        EXPECT_EQ(compact(read(text).get()), tree) << text;
+    }
+}
+
+TEST(JsonRead, UnreadableTextsAndWhereTheyFail)
+{
+    constexpr auto syntax = QEL_JSON_ERROR_SYNTAX;
+    const struct {
+        std::string text;
+        uint32_t flags;
+        Qel_json_error_t error;
+        size_t line, pos;
+    } cases[] = {
+        {"", repair, QEL_JSON_ERROR_EMPTY, 1, 1},
+        {" \n ", repair, syntax, 2, 2},
+        {"// only", repair, syntax, 1, 8},
+        {"\xEF\xBB\xBF", repair, syntax, 1, 4},
+        {"{\"a\":1} x", repair, syntax, 1, 9},
+        {"[1,\n2 3]", repair, syntax, 2, 3},
+        {"1\0"s, repair, syntax, 1, 2},
+        {"[\"\0\"]"s, repair, syntax, 1, 3},
+        {"[1]//\0"s, repair, syntax, 1, 6},
+        {"[1-2]", repair, syntax, 1, 2},
+        {"[1,]", repair, syntax, 1, 4},
+        {"\"\\", repair, syntax, 1, 3},
+        {"\"\\uD8", repair, syntax, 1, 6},
+        {"/* x", repair, syntax, 1, 5},
+        {"[\xFF]", repair, syntax, 1, 2},
+        {"[\"\xFF\", x]", repair, syntax, 1, 7},
+        {"[\"\xFF\",\"\xE2\x82\xFF\xFF\", x]", repair, syntax, 1, 14},
+        {"[\"\xFF\"]", strict, QEL_JSON_ERROR_ENCODING, 1, 3},
+        {"[1]/*\xFF*/", strict, QEL_JSON_ERROR_ENCODING, 1, 6},
+        {"[\n\"\\uD800\"]", strict, QEL_JSON_ERROR_ENCODING, 2, 2},
+        {"[x, \"\xFF\"]", strict, syntax, 1, 2},
+        {repeat("[", 513), repair, QEL_JSON_ERROR_DEPTH, 1, 513},
+        {repeat("[{\"a\":", 257), repair, QEL_JSON_ERROR_DEPTH, 1, 256 * 6 + 1},
+        {"x" + repeat("[", 513), repair, syntax, 1, 1},
+    };
+    for (const auto &c : cases) {
+        size_t processed = 99999, line = 99999, pos = 99999;
+        Qel_json_error_t error = QEL_JSON_ERROR_SUCCESS;
+        const qel::json root(
+            Qel_json_read(c.text.data(), c.text.size(), c.flags, &processed, &error, &line, &pos));
+        EXPECT_EQ(root, nullptr) << c.text;
+        EXPECT_EQ(error, c.error) << c.text;
+        EXPECT_EQ(std::pair(line, pos), std::pair(c.line, c.pos)) << c.text;
+        EXPECT_EQ(processed, pos - 1 + (line == 1 ? 0 : c.text.rfind('\n') + 1)) << c.text;
+    }
+}
+
+TEST(JsonRead, OutputsOfReadableText)
+{
+    size_t processed = 0, line = 9, pos = 9;
+    Qel_json_error_t error = QEL_JSON_ERROR_DEPTH;
+    const qel::json root(
+        Qel_json_read("[\"\xFF\xFF\"]\n", 7, repair, &processed, &error, &line, &pos));
+    EXPECT_EQ(error, QEL_JSON_ERROR_SUCCESS);
+    EXPECT_EQ((std::vector{processed, line, pos}), (std::vector<size_t>{7, 0, 0}));
+}
+
+TEST(JsonRead, DepthCountsOpenLevelsOnly)
+{
+    EXPECT_NE(read(repeat("[", 512) + repeat("]", 512)), nullptr);
+    EXPECT_NE(read(repeat("{\"a\":[", 256) + "1" + repeat("]}", 256)), nullptr);
+    EXPECT_NE(read("[" + repeat("[{}],", 1000) + "\"" + repeat("[", 600) + "\"]"), nullptr);
+}
+
+// Removes or changes a byte or adds one; twice of it makes no number too large for the other
+// reader.
+void damage(std::string &text, std::mt19937 &random)
+{
+    constexpr auto bytes = "[]{},:\"\\/*-+.eE019u \ntD"sv;
+    const size_t place = random() % text.size();
+    text.erase(place, random() % 2);
+    if (random() % 2 == 0) {
+        text.insert(place, 1, bytes[random() % bytes.size()]);
+    }
+}
+
+TEST(JsonRead, AgreesWithAnotherReader)
+{
+    constexpr std::string_view whole[] = {
+        R"({"a":[0,-0,17,-2.50,1e5,3E-7],"b":{"a":1,"b":2,"a":3},"":""} )",
+        R"(["\\","\"/*","/","\u00e9-1","\uD83D\uDE00","a 1",[[],{}],true,null])",
+        "/*\"1*/[//[2 \"\n1/***/,\"//\"/**/,{\"k\"//\r:\t-1.0e+1}]//",
+    };
+    constexpr int rounds = 20000;
+    std::mt19937 random(20240607);
+    int readable = 0;
+    for (int round = 0; round < rounds; ++round) {
+        std::string text(whole[random() % std::size(whole)]);
+        for (size_t count = random() % 3; count > 0; --count) {
+            damage(text, random);
+        }
+        const bool expected = nlohmann::json::accept(text, true);
+        const qel::json root = read(text, strict);
+        ASSERT_EQ(root != nullptr, expected) << text;
+        if (expected) {
+            ++readable;
+            ASSERT_EQ(nlohmann::json::parse(compact(root.get())),
+                      nlohmann::json::parse(text, nullptr, true, true))
+                << text;
+        }
+    }
+    EXPECT_GT(readable, rounds / 5);
+    EXPECT_LT(readable, rounds / 5 * 4);
+}
+
+TEST(JsonTree, TypesAndValues)
+{
+    const qel::json root = read(R"({"s":"","i":-1,"d":1e0,"b":true,"n":null,"o":{},"a":[1,"x"]})");
+    const std::pair<const char *, Qel_json_type_t> types[] = {
+        {"s", QEL_JSON_TYPE_STRING}, {"i", QEL_JSON_TYPE_INTEGER}, {"d", QEL_JSON_TYPE_DECIMAL},
+        {"b", QEL_JSON_TYPE_BOOL},   {"n", QEL_JSON_TYPE_NULL},    {"o", QEL_JSON_TYPE_OBJECT},
+        {"a", QEL_JSON_TYPE_ARRAY},  {"A", QEL_JSON_TYPE_UNKNOWN}};
+    for (const auto &[name, type] : types) {
+        const Qel_json_node_t *const value = Qel_json_object_value(root.get(), name);
+        EXPECT_EQ(Qel_json_node_type(value), type) << name;
+        EXPECT_EQ(Qel_json_object_value_string(root.get(), name) != nullptr, name == "s"sv) << name;
+        const qel::json created(Qel_json_node_create(type));
+        EXPECT_EQ(Qel_json_node_type(created.get()), type) << name;
+        EXPECT_EQ(Qel_json_node_type(read(compact(created.get())).get()), type) << name;
+    }
+    const Qel_json_node_t *const array = Qel_json_object_value(root.get(), "a");
+    EXPECT_EQ(Qel_json_object_num_children(root.get()), 7u);
+    EXPECT_EQ(Qel_json_object_num_children(array), 2u);
+    EXPECT_EQ(Qel_json_array_len(array), 2u);
+    EXPECT_EQ(Qel_json_array_len(root.get()), 0u);
+    EXPECT_EQ(Qel_json_array_at(root.get(), 0), nullptr);
+    EXPECT_EQ(Qel_json_array_at(array, 2), nullptr);
+    EXPECT_EQ(Qel_json_object_value(array, ""), nullptr);
+}
+
+TEST(JsonTree, MembersKeepTheirOrder)
+{
+    const auto name = [](int at) { return "the member number " + std::to_string(at); };
+    // From some number of members on, they are found by another way than at first.
+    for (const int count : {3, 100}) {
+        const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+        for (int at = 0; at < 2 * count; ++at) { // each is inserted and then replaced
+            Qel_json_object_insert_string(object.get(), name(at % count).c_str(), name(at).c_str());
+        }
+        Qel_json_node_destroy(Qel_json_object_value(object.get(), name(0).c_str()));
+        EXPECT_EQ(Qel_json_object_value(object.get(), name(0).c_str()), nullptr);
+        std::string expected;
+        for (int at = 1; at < count; ++at) {
+            EXPECT_EQ(Qel_json_object_value_string(object.get(), name(at).c_str()),
+                      name(count + at));
+            expected += (at == 1 ? "{\"" : ",\"") + name(at) + "\":\"" + name(count + at) + '"';
+        }
+        EXPECT_EQ(compact(object.get()), expected + "}");
+    }
+}
+
+TEST(JsonTree, TakenNodeOutlivesItsTree)
+{
+    qel::json root = read(R"({"a":[{"b":"c"},2],"d":3})");
+    qel::json taken(Qel_json_array_at(Qel_json_object_value(root.get(), "a"), 0));
+    Qel_json_take_from_parent(taken.get());
+    EXPECT_EQ(compact(root.get()), R"({"a":[2],"d":3})");
+    root.reset();
+    EXPECT_STREQ(Qel_json_object_value_string(taken.get(), "b"), "c");
+
+    const qel::json home(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    EXPECT_TRUE(Qel_json_object_insert(home.get(), "x", taken.release()));
+    EXPECT_EQ(compact(home.get()), R"({"x":{"b":"c"}})");
+}
+
+TEST(JsonTree, RefusedInsertionsLeaveTheValueWithTheCaller)
+{
+    const qel::json root = read(R"({"a":[[]]})");
+    Qel_json_node_t *const array = Qel_json_object_value(root.get(), "a");
+    Qel_json_node_t *const inner = Qel_json_array_at(array, 0);
+    const qel::json value(Qel_json_node_create(QEL_JSON_TYPE_NULL));
+
+    EXPECT_FALSE(Qel_json_object_insert(array, "x", value.get()));
+    EXPECT_FALSE(Qel_json_array_insert(root.get(), value.get()));
+    EXPECT_FALSE(Qel_json_object_insert(root.get(), "x", inner)); // has a parent
+    EXPECT_FALSE(Qel_json_object_insert(root.get(), "x", root.get()));
+    EXPECT_FALSE(Qel_json_array_insert(inner, root.get())); // would be its own ancestor
+    EXPECT_FALSE(Qel_json_object_insert_string(array, "x", "x"));
+    EXPECT_EQ(compact(root.get()), R"({"a":[[]]})");
+}
+
+TEST(JsonWrite, Layout)
+{
+    const qel::json root = read(R"({"a":"b","c":{"d":[1,[],{"e":null}]},"f":{}})");
+    const qel::text text(Qel_json_write(root.get(), QEL_JSON_WRITER_PRETTYPRINT_SPACE, nullptr));
+    EXPECT_STREQ(text.get(), R"({
+  "a": "b",
+  "c": {
+    "d": [
+      1,
+      [],
+      {
+        "e": null
+      }
+    ]
+  },
+  "f": {}
+})");
+}
+
+TEST(JsonWrite, Escapes)
+{
+    const qel::json root(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    Qel_json_object_insert_string(root.get(), "\u00E9\"",
+                                  "\"\\/\b\f\n\r\t\x01\x1F\x7F' \u00E9\uFFFF\U0001F600\xFF\xC3z");
+    EXPECT_EQ(compact(root.get()), R"({"\u00e9\"":"\"\\/\b\f\n\r\t\u0001\u001f)"
+                                   "\x7F"
+                                   R"(' \u00e9\uffff\ud83d\ude00\ufffdz"})");
+}
+
+TEST(JsonWrite, HostileTextsAreReadBackEqual)
+{
+    std::mt19937 random(11);
+    for (int round = 0; round < 3000; ++round) {
+        const hostile_text name = random_text(random);
+        const hostile_text value = random_text(random);
+        const qel::json root(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+        Qel_json_object_insert_string(root.get(), name.raw.c_str(), value.raw.c_str());
+        ASSERT_EQ(nlohmann::json::parse(compact(root.get())),
+                  nlohmann::json({{name.json, value.json}}));
+    }
+}
+
+// Minutes if an insertion cost as much as there are members, about a second as it is.
+TEST(JsonTree, ManyMembersCostLinearTime)
+{
+    constexpr int count = 200000;
+    std::string text = "{";
+    for (int at = 0; at < count; ++at) {
+        const std::string name = "\"member " + std::to_string(at) + "\":";
+        text += name + "1," + name + "2,";
+    }
+    text.back() = '}';
+    const auto start = std::chrono::steady_clock::now();
+    const qel::json root = read(text);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(Qel_json_object_num_children(root.get()), size_t{count});
+}
+
+TEST(Trees, DeepOnesAreWrittenAndReleased)
+{
+    constexpr size_t depth = 100000;
+    const qel::json array(Qel_json_node_create(QEL_JSON_TYPE_ARRAY));
+    const qel::xml_doc root(Qel_xml_create_element("a", nullptr));
+    Qel_json_node_t *inner_array = array.get();
+    Qel_xml_node_t *inner_element = root.get();
+    for (size_t level = 1; level < depth; ++level) {
+        Qel_json_array_insert(inner_array, Qel_json_node_create(QEL_JSON_TYPE_ARRAY));
+        inner_array = Qel_json_array_at(inner_array, 0);
+        inner_element = Qel_xml_create_element("a", inner_element);
+    }
+    EXPECT_EQ(compact(array.get()), repeat("[", depth) + repeat("]", depth));
+    EXPECT_EQ(write(root.get(), QEL_XML_WRITER_NONE),
+              repeat("<a>", depth - 1) + "<a/>" + repeat("</a>", depth - 1));
+}
+
+TEST(XmlWrite, Layout)
+{
+    const qel::xml_doc doc(Qel_xml_create_doc());
+    EXPECT_EQ(write(doc.get()), "");
+    Qel_xml_node_t *const block = Qel_xml_create_element("Block", doc.get());
+    Qel_xml_create_element_with_text("a", "x y", 0, block);
+    Qel_xml_node_t *const group = Qel_xml_create_element("group", block);
+    Qel_xml_node_insert_attribute(group, "id", "i", 0, false);
+    Qel_xml_node_insert_attribute(group, "class", "", 0, false);
+    Qel_xml_create_element("empty", group);
+    Qel_xml_create_element_with_text("blank", "", 0, group);
+    Qel_xml_create_element_with_text("absent", nullptr, 0, group);
+    Qel_xml_create_element("i", Qel_xml_create_element_with_text("p", "mixed", 0, doc.get()));
+
+    EXPECT_EQ(write(doc.get()), R"(<Block>
+  <a>x y</a>
+  <group id="i" class="">
+    <empty/>
+    <blank></blank>
+    <absent/>
+  </group>
+</Block>
+<p>mixed<i/></p>)");
+    EXPECT_EQ(write(group, QEL_XML_WRITER_NONE),
+              R"(<group id="i" class=""><empty/><blank></blank><absent/></group>)");
+    EXPECT_EQ(Qel_xml_node_num_children(group), 3u);
+    Qel_xml_node_destroy(group); // leaves its parent
+    EXPECT_EQ(write(block, QEL_XML_WRITER_NONE), "<Block><a>x y</a></Block>");
+}
+
+TEST(XmlWrite, Encoding)
+{
+    const struct {
+        const char *raw, *text, *value;
+    } cases[] = {
+        {"&<>\"'", "&amp;&lt;&gt;&quot;&apos;", "&amp;&lt;&gt;&quot;&apos;"},
+        {"a\r\n\tb", "a&#13;\n\tb", "a&#13;&#10;&#9;b"},
+        {"\x01\x02\x1F\x7F", "\uFFFD\uFFFD\uFFFD\x7F", "\uFFFD\uFFFD\uFFFD\x7F"},
+        {"\u00E9\xFF\x80z\xED\xA0\x80", "\u00E9\uFFFDz\uFFFD", "\u00E9\uFFFDz\uFFFD"},
+    };
+    for (const auto &[raw, text, value] : cases) {
+        const qel::xml_doc root(Qel_xml_create_element_with_text("t", raw, 0, nullptr));
+        Qel_xml_node_insert_attribute(root.get(), "v", raw, 0, false);
+        EXPECT_EQ(write(root.get()), "<t v=\""s + value + "\">" + text + "</t>");
+    }
+}
+
+TEST(XmlWrite, NamesAreMadeValid)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"plain-Name_1.2", "plain-Name_1.2"},
+        {"", "_"},
+        {"1st", "_1st"},
+        {"-a", "_-a"},
+        {" a", "_a"},
+        {"a b/c>", "a_b_c_"},
+        {"ns:a", "ns_a"},
+        {"\u00E9t\u00E9\U0001F600", "\u00E9t\u00E9\U0001F600"},
+        {"\u00B7x", "_\u00B7x"},      // a middle dot may only follow
+        {"a\u00D7b\u037Ec", "a_b_c"}, // signs among letters
+        {"\U000F0000", "_"},          // private use
+        {"a\xFF\xFE-", "a_-"},
+    };
+    for (const auto &[raw, name] : cases) {
+        const qel::xml_doc root(Qel_xml_create_element(raw, nullptr));
+        EXPECT_EQ(write(root.get()), "<"s + name + "/>");
+    }
+}
+
+TEST(XmlTree, LongestLengthKeepsWholeCharacters)
+{
+    constexpr auto text = "a\u00E9\u20ACb";
+    const std::pair<size_t, std::string> cases[] = {
+        {0, text}, {1, "a"}, {2, "a"}, {3, "a\u00E9"}, {5, "a\u00E9"}, {6, "a\u00E9\u20AC"},
+        {7, text}};
+    for (const auto &[max_len, kept] : cases) {
+        const qel::xml_doc root(Qel_xml_create_element_with_text("t", text, max_len, nullptr));
+        Qel_xml_node_insert_attribute(root.get(), "v", text, max_len, false);
+        EXPECT_EQ(write(root.get()), "<t v=\"" + kept + "\">" + kept + "</t>") << max_len;
+    }
+}
+
+TEST(XmlTree, AttributesOfOneName)
+{
+    const qel::xml_doc root(Qel_xml_create_element("a", nullptr));
+    EXPECT_TRUE(Qel_xml_node_insert_attribute(root.get(), "x y", "1", 0, false));
+    EXPECT_TRUE(Qel_xml_node_insert_attribute(root.get(), "z", "2", 0, true));
+    EXPECT_FALSE(Qel_xml_node_insert_attribute(root.get(), "x y", "3", 0, false));
+    EXPECT_FALSE(Qel_xml_node_insert_attribute(root.get(), "x_y", "4", 0, false)); // written alike
+    EXPECT_FALSE(Qel_xml_node_insert_attribute(root.get(), "z", nullptr, 0, true));
+    EXPECT_EQ(write(root.get()), R"(<a x_y="1" z="2"/>)");
+    EXPECT_TRUE(Qel_xml_node_insert_attribute(root.get(), "x y", "5", 0, true));
+    EXPECT_EQ(write(root.get()), R"(<a x_y="5" z="2"/>)");
+}
+
+std::string string_of(xmlChar *str)
+{
+    const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(str, xmlFree);
+    return reinterpret_cast<const char *>(str);
+}
+
+TEST(XmlWrite, HostileTextsAreReadBackEqual)
+{
+    std::mt19937 random(13);
+    for (int round = 0; round < 3000; ++round) {
+        const hostile_text name = random_text(random);
+        const hostile_text value = random_text(random);
+        const qel::xml_doc root(
+            Qel_xml_create_element_with_text(name.raw.c_str(), value.raw.c_str(), 0, nullptr));
+        Qel_xml_node_insert_attribute(root.get(), "v", value.raw.c_str(), 0, false);
+        Qel_xml_node_insert_attribute(root.get(), ("n" + name.raw).c_str(), "", 0, false);
+        const std::string text = write(root.get());
+
+        const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> doc(
+            xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
+                          XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING),
+            xmlFreeDoc);
+        ASSERT_NE(doc, nullptr) << text;
+        xmlNode *const element = xmlDocGetRootElement(doc.get());
+        ASSERT_EQ(string_of(xmlNodeGetContent(element)), value.xml) << text;
+        ASSERT_EQ(string_of(xmlGetProp(element, BAD_CAST "v")), value.xml) << text;
+    }
+}
+
+TEST(Absent, EveryArgument)
+{
+    EXPECT_EQ(Qel_json_read(nullptr, 5, 0, nullptr, nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(Qel_json_read("x", 1, 0, nullptr, nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(Qel_json_node_type(nullptr), QEL_JSON_TYPE_UNKNOWN);
+    EXPECT_EQ(Qel_json_object_value_string(nullptr, "a"), nullptr);
+    EXPECT_FALSE(Qel_json_object_insert_string(nullptr, "a", "b"));
+    EXPECT_FALSE(Qel_json_object_insert(nullptr, "a", nullptr));
+    EXPECT_EQ(Qel_json_object_num_children(nullptr), 0u);
+    EXPECT_EQ(Qel_json_array_at(nullptr, 0), nullptr);
+    EXPECT_FALSE(Qel_json_array_insert(nullptr, nullptr));
+    EXPECT_EQ(Qel_json_write(nullptr, 0, nullptr), nullptr);
+    Qel_json_node_destroy(nullptr);
+
+    const qel::json object = read(R"({"":""})");
+    EXPECT_EQ(Qel_json_object_value_string(object.get(), nullptr), nullptr);
+    EXPECT_FALSE(Qel_json_object_insert_string(object.get(), "a", nullptr));
+    EXPECT_FALSE(Qel_json_object_insert_string(object.get(), nullptr, "a"));
+    EXPECT_FALSE(Qel_json_object_insert(object.get(), "a", nullptr));
+    const qel::json value(Qel_json_node_create(QEL_JSON_TYPE_NULL));
+    EXPECT_FALSE(Qel_json_object_insert(object.get(), nullptr, value.get()));
+    Qel_json_take_from_parent(object.get()); // a root stays as it is
+
+    EXPECT_FALSE(Qel_xml_node_insert_attribute(nullptr, "a", "b", 0, true));
+    EXPECT_EQ(Qel_xml_node_num_children(nullptr), 0u);
+    EXPECT_EQ(Qel_xml_write(nullptr, 0, nullptr), nullptr);
+    Qel_xml_node_destroy(nullptr);
+    const qel::xml_doc element(Qel_xml_create_element_with_text(nullptr, nullptr, 0, nullptr));
+    EXPECT_FALSE(Qel_xml_node_insert_attribute(element.get(), nullptr, "b", 0, true));
+    EXPECT_EQ(write(element.get()), "<_/>");
+}
+
+} // namespace
