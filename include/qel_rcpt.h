@@ -1,0 +1,108 @@
+/* libqelrcpt: receipts of card transactions.
+ *
+ * A caller hands over the record of one transaction (a dictionary of the texts that the payment
+ * server returned) and a configuration of the merchant, and gets a dictionary of rendered blocks
+ * for the customer's and the merchant's copy:
+ *
+ *     Qel_rcpt_init();
+ *     Qel_hash_dict_t *record = Qel_hash_dict_create(16, 75, QEL_HASH_DICT_NONE);
+ *     Qel_hash_dict_insert(record, "action", "sale");
+ *     Qel_hash_dict_insert(record, "amount", "12.34");
+ *     Qel_rcpt_config_t config = {.country_code = 840, .currency_code = 840};
+ *     Qel_hash_dict_t *blocks = Qel_rcpt_generate_plain(record, &config, 40, "\n");
+ *     puts(Qel_hash_dict_get_direct(blocks, "cust_reference"));
+ *     Qel_hash_dict_destroy(blocks);
+ *     Qel_hash_dict_destroy(record);
+ *     Qel_rcpt_deinit();
+ *
+ * The library does no input or output, starts no threads and keeps nothing between calls but its
+ * message catalogue. A missing or unusable value gives the documented default, or leaves its line
+ * out; nothing is reported and no record makes a call fail. Running out of memory ends the process
+ * (std::terminate); it is the only way in which a call can fail to return.
+ *
+ * Threads: Qel_rcpt_init comes before all other calls and Qel_rcpt_deinit after them; between the
+ * two any number of threads may call anything at once, each on records that no thread changes.
+ */
+#ifndef QEL_RCPT_H
+#define QEL_RCPT_H
+
+#include <qelstdlib.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Language of a copy. Any other value means English. */
+typedef enum Qel_rcpt_lang QEL_ENUM_U32 {
+    QEL_RCPT_LANG_EN = 0,
+    QEL_RCPT_LANG_FR = 1,
+    QEL_RCPT_LANG_ES = 2,
+    QEL_RCPT_LANG_DE = 3,
+    QEL_RCPT_LANG_IT = 4
+} Qel_rcpt_lang_t;
+
+/* The merchant's industry: bits, which may be combined. */
+typedef enum Qel_rcpt_ind QEL_ENUM_U32 {
+    QEL_RCPT_IND_UNKNOWN = 0,
+    QEL_RCPT_IND_RETAIL = 1,
+    QEL_RCPT_IND_MAIL = 2,
+    QEL_RCPT_IND_ECOMM = 4,
+    QEL_RCPT_IND_RESTAURANT = 8,
+    QEL_RCPT_IND_LODGING = 16,
+    QEL_RCPT_IND_AUTOFUEL = 32, /* no merchant copy */
+    QEL_RCPT_IND_GROCERY = 64,
+    QEL_RCPT_IND_SELFSERV = 128 /* no merchant copy */
+} Qel_rcpt_ind_t;
+
+/* What the library needs to know of the merchant. The caller fills and owns it; a generator only
+ * reads it. */
+typedef struct Qel_rcpt_config {
+    Qel_rcpt_lang_t cust_lang;  /* language of the customer's copy */
+    Qel_rcpt_lang_t merch_lang; /* language of the merchant's copy */
+    uint32_t country_code;  /* ISO 3166-1 numeric, such as 840 or 124; 840 puts the month first */
+    uint32_t currency_code; /* ISO 4217 numeric: 978 is written with "€" and ',', 826 with "£", */
+                            /* every other with "$"; '.' but for 978 */
+    Qel_rcpt_ind_t industry;             /* decides whether there is a merchant copy */
+    const Qel_time_tz_t *merch_timezone; /* borrowed; absent: the system's local zone */
+} Qel_rcpt_config_t;
+
+/* Builds the message catalogue. To be called once before everything else; a second call without
+ * Qel_rcpt_deinit between does nothing. */
+QEL_API void Qel_rcpt_init(void) QEL_NOEXCEPT;
+
+/* Releases the catalogue and with it every text borrowed from it. To be called once at the end,
+ * when every other call has returned; Qel_rcpt_init may follow. */
+QEL_API void Qel_rcpt_deinit(void) QEL_NOEXCEPT;
+
+/* The language for an ISO 639-1 code ("en", "fr", "es", "de", "it", in any case); English for
+ * anything else, absent and regional forms such as "fr-CA" included. Any thread, any time. */
+QEL_API Qel_rcpt_lang_t Qel_rcpt_lang_from_str(const char *lang) QEL_NOEXCEPT;
+
+/* Whether a merchant of this industry gets a merchant copy: not with the bit for automated fuel or
+ * self-service. Any thread, any time. */
+QEL_API bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) QEL_NOEXCEPT;
+
+/* The generators. Each takes
+ *   kvs     the transaction record, keys in lower case; absent counts as empty. README.md lists
+ *           the keys.
+ *   config  the merchant; absent: English, US dollars, country 840, local time zone, unknown
+ *           industry.
+ * and returns a new dictionary that the caller releases with Qel_hash_dict_destroy, never absent.
+ * Its keys are "cust_" or "merch_" and the block's name, first the customer copy's blocks from top
+ * to bottom, then the merchant copy's when there is one; a block with nothing to show has no entry.
+ */
+
+/* Plain text. Blocks: merch_info, reference, items, order_money, money, disposition, signature
+ * (merchant copy only), emv, notice, notes. Each is in upper case, its lines joined by line_break,
+ * none after the last.
+ *   line_len    width in characters, to which lines are padded: 0 means 40, and 1 to 9 mean 10
+ *   line_break  absent or "": "\r\n" */
+QEL_API Qel_hash_dict_t *Qel_rcpt_generate_plain(const Qel_hash_dict_t *kvs,
+                                                 const Qel_rcpt_config_t *config, size_t line_len,
+                                                 const char *line_break) QEL_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

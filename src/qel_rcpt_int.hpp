@@ -1,0 +1,167 @@
+// What the core and the generators share beyond the exported operations: the generator frame, and
+// the rules and tables that more than one form reads.
+#ifndef QEL_RCPT_INT_HPP
+#define QEL_RCPT_INT_HPP
+
+#include "qel_rcpt_int.h"
+
+#include <qelstdlib.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace qel_rcpt
+{
+
+// One step of a generator: builds a block of the copy that is_custcopy names. State is the
+// generator's state record, with the fields blocks, kvs and attrs.
+template <typename State>
+struct block_builder {
+    void (*build)(State &info, bool is_custcopy);
+    bool merch_only = false;
+};
+
+// The frame of every generator: the customer copy's blocks, then the merchant copy's when the
+// industry gets one, each copy with its own attributes. The caller owns the result.
+template <typename State, std::size_t Count>
+Qel_hash_dict_t *generate_copies(State &info, const Qel_rcpt_config_t *config,
+                                 const block_builder<State> (&builders)[Count])
+{
+    qel::dict blocks(Qel_hash_dict_create(16, 75, QEL_HASH_DICT_KEYS_ORDERED));
+    info.blocks = blocks.get();
+
+    const auto generate_copy = [&](bool is_custcopy) {
+        Qel_rcpt_setup_rcpt_attrs(&info.attrs, config, is_custcopy);
+        for (const block_builder<State> &builder : builders) {
+            if (!builder.merch_only || !is_custcopy)
+                builder.build(info, is_custcopy);
+        }
+    };
+
+    generate_copy(true);
+    if (Qel_rcpt_generate_merch_copy(config == nullptr ? QEL_RCPT_IND_UNKNOWN : config->industry))
+        generate_copy(false);
+    return blocks.release();
+}
+
+// The key of a block: "cust_" or "merch_" and its name.
+std::string block_key(std::string_view name, bool is_custcopy);
+
+// The record's value, or absent.
+inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
+{
+    return Qel_hash_dict_get_direct(kvs, key);
+}
+
+// The record's value under key; the one under fallback when that is absent or empty.
+const char *get_nonempty(const Qel_hash_dict_t *kvs, const char *key, const char *fallback);
+
+// Whether the value is one of the words, without regard to case.
+inline bool is_one_of(const char *value, std::initializer_list<const char *> words)
+{
+    return std::ranges::any_of(words,
+                               [&](const char *word) { return Qel_str_caseeq(value, word); });
+}
+
+// Whether the record's value is the word, contains it, is set; without regard to case.
+inline bool key_is(const Qel_hash_dict_t *kvs, const char *key, const char *word)
+{
+    return Qel_str_caseeq(get(kvs, key), word);
+}
+inline bool key_contains(const Qel_hash_dict_t *kvs, const char *key, const char *word)
+{
+    return Qel_str_casestr(get(kvs, key), word) != nullptr;
+}
+inline bool key_is_true(const Qel_hash_dict_t *kvs, const char *key)
+{
+    return Qel_str_istrue(get(kvs, key));
+}
+
+// Whether the card was taken out before the transaction was complete.
+bool was_card_removed(const Qel_hash_dict_t *kvs);
+
+// Whether the amount is above zero.
+inline bool is_positive(const char *amount)
+{
+    return Qel_atofi100(amount) > 0;
+}
+
+// The merchant's lines from top to bottom, each with the message for a record without the key.
+struct merchant_field {
+    const char *key;
+    Qel_rcpt_msg_t missing;
+};
+inline constexpr merchant_field merchant_fields[] = {
+    {"merch_name", QEL_RCPT_MSG_UNKNOWN_NAME},
+    {"merch_addr1", QEL_RCPT_MSG_UNKNOWN_ADDR},
+    {"merch_addr2", QEL_RCPT_MSG_NONE},
+    {"merch_addr3", QEL_RCPT_MSG_NONE},
+    {"merch_phone", QEL_RCPT_MSG_UNKNOWN_PHONE},
+    {"merch_email", QEL_RCPT_MSG_NONE},
+    {"merch_url", QEL_RCPT_MSG_NONE},
+};
+
+// The record's value, also an empty one, or the message where the record does not have the key.
+const char *get_or_message(const Qel_hash_dict_t *kvs, const char *key, Qel_rcpt_lang_t lang,
+                           Qel_rcpt_msg_t missing);
+
+// The chip's data: the name that markup gives a value, its label and the record's key.
+struct emv_field {
+    const char *name;
+    Qel_rcpt_msg_t label;
+    const char *key;
+};
+inline constexpr emv_field emv_fields[] = {
+    {"name", QEL_RCPT_MSG_NAME, "rcpt_emv_name"},
+    {"aid", QEL_RCPT_MSG_AID, "rcpt_emv_aid"},
+    {"tvr", QEL_RCPT_MSG_TVR, "rcpt_emv_tvr"},
+    {"tsi", QEL_RCPT_MSG_TSI, "rcpt_emv_tsi"},
+    {"iad", QEL_RCPT_MSG_IAD, "rcpt_emv_iad"},
+    {"actype", QEL_RCPT_MSG_AC_TYPE, "rcpt_emv_actype"},
+    {"ac", QEL_RCPT_MSG_AC, "rcpt_emv_ac"},
+    {"odd", QEL_RCPT_MSG_ODD, "rcpt_emv_card_decline"},
+};
+
+// What the transaction is called, from its action and card class; absent without an action.
+const char *get_title(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang);
+
+// As get_title, with the Moneris processor's titles; correction_type is the custom field.
+const char *get_title_moneris(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang,
+                              const char *correction_type);
+
+// The number of the lane; 1 where the record has none above zero.
+std::int64_t get_lane(const Qel_hash_dict_t *kvs);
+
+// The order number: "ordernum", or a "ptrannum" above zero when that is absent or empty; or absent.
+const char *get_order_number(const Qel_hash_dict_t *kvs);
+
+// The merchant-defined fields of "rcpt_custom" as they stand there; absent where there are none or
+// the text does not parse.
+qel::dict parse_custom_fields(const Qel_hash_dict_t *kvs);
+
+// The same sorted by name without regard to case.
+qel::dict get_custom_fields(const Qel_hash_dict_t *kvs);
+
+// A field's name as part of an id or element name: '_' in place of each byte that may not be there.
+qel::text clean_field_name(const char *name);
+
+// The tip that is part of the amount: "examount" when the record has that key, else "u_tip".
+const char *get_tip(const Qel_hash_dict_t *kvs);
+
+// Whether the money block is left out, because the order money says all: an order paid in full.
+bool is_order_paid_in_full(const Qel_hash_dict_t *kvs);
+
+// What the transaction would have cost, paid the other way: in cash or not.
+struct alternative_price {
+    Qel_rcpt_msg_t label;
+    const char *amount; // may be absent or empty
+};
+alternative_price get_alternative_price(const Qel_hash_dict_t *kvs);
+
+} // namespace qel_rcpt
+
+#endif

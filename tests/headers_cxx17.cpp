@@ -1,0 +1,5 @@
+// The public headers are C++17 as well.
+#include <qel_rcpt.h>
+#include <qel_rcpt_int.h>
+#include <qel_rcpt_plain.h>
+#include <qelstdlib.hpp>
