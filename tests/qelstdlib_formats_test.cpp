@@ -1,4 +1,6 @@
-#include "qelstdlib.hpp"
+#include "hostile_text.hpp"
+
+#include <qelstdlib.hpp>
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
@@ -18,6 +20,8 @@ namespace
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using test::hostile_text;
+using test::random_text;
 
 constexpr uint32_t strict = QEL_JSON_READER_NONE;
 constexpr uint32_t repair = QEL_JSON_READER_REPLACE_BAD_CHARS;
@@ -51,49 +55,6 @@ std::string repeat(std::string_view text, size_t count)
         out += text;
     }
     return out;
-}
-
-// A piece of hostile text and what a reader of the written text must see in its place.
-struct piece {
-    std::string_view raw, json, xml;
-    bool broken = false; // adjacent ones make one run
-};
-
-constexpr auto bad = "\uFFFD"sv;
-constexpr piece pieces[] = {
-    {"<&>\"'\\", "<&>\"'\\", "<&>\"'\\"},
-    {"]]>&amp;\\u0041/", "]]>&amp;\\u0041/", "]]>&amp;\\u0041/"},
-    {" \r\n\t", " \r\n\t", " \r\n\t"},
-    {"\x01", "\x01", bad},
-    {"\x1F\x7F", "\x1F\x7F", "\uFFFD\x7F"},
-    {"\u00E9\u20AC\U0010FFFF", "\u00E9\u20AC\U0010FFFF", "\u00E9\u20AC\U0010FFFF"},
-    {"\uFFFE", "\uFFFE", bad},
-    {"\uFFFF", "\uFFFF", bad},
-    {"\xFF", bad, bad, true},
-    {"\xF5\x80\x80\x80", bad, bad, true}, // above U+10FFFF
-    {"\xC0\xAF", bad, bad, true},         // overlong
-    {"\xED\xA0\x80", bad, bad, true},     // surrogate
-    {"\xE2\x82", bad, bad, true},         // cut short
-};
-
-struct hostile_text {
-    std::string raw, json, xml;
-};
-
-hostile_text random_text(std::mt19937 &random)
-{
-    hostile_text text;
-    bool after_broken = false;
-    for (size_t count = random() % 8; count > 0; --count) {
-        const piece &next = pieces[random() % std::size(pieces)];
-        text.raw += next.raw;
-        if (!(next.broken && after_broken)) {
-            text.json += next.json;
-            text.xml += next.xml;
-        }
-        after_broken = next.broken;
-    }
-    return text;
 }
 
 TEST(JsonRead, ReadableTexts)

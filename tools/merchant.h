@@ -1,0 +1,45 @@
+// What the options or an envelope's "config" say of the merchant.
+#ifndef QELRCPT_TOOLS_MERCHANT_H
+#define QELRCPT_TOOLS_MERCHANT_H
+
+#include <qel_rcpt.h>
+#include <qelstdlib.hpp>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tool
+{
+
+struct merchant {
+    std::optional<Qel_rcpt_lang_t> lang; // of the copies that have none of their own
+    std::optional<Qel_rcpt_lang_t> customer_lang;
+    std::optional<Qel_rcpt_lang_t> merchant_lang;
+    std::optional<uint32_t> country;
+    std::optional<uint32_t> currency;
+    std::optional<Qel_rcpt_ind_t> industry;
+    qel::time_tz timezone;
+};
+
+// A setting's name, also its option's name with '-' in place of '_', and its meaning for --help.
+struct merchant_setting {
+    std::string_view name;
+    std::string_view value;
+    std::string_view meaning;
+    void (*set)(merchant &merchant, const std::string &value);
+};
+
+std::span<const merchant_setting> merchant_settings();
+
+// Absent for a name that there is not.
+const merchant_setting *find_merchant_setting(std::string_view name);
+
+// The configuration for the library; what the options say goes before what the file says. The time
+// zone is borrowed from one of the two.
+Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file);
+
+} // namespace tool
+
+#endif
