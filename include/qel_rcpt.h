@@ -101,6 +101,37 @@ QEL_API Qel_hash_dict_t *Qel_rcpt_generate_plain(const Qel_hash_dict_t *kvs,
                                                  const Qel_rcpt_config_t *config, size_t line_len,
                                                  const char *line_break) QEL_NOEXCEPT;
 
+/* HTML fragments for a style sheet: each block is a `div` with the id "rcpt_" and the block's name;
+ * share/receipt.css styles them. Blocks as for plain text. */
+QEL_API Qel_hash_dict_t *Qel_rcpt_generate_html(const Qel_hash_dict_t *kvs,
+                                                const Qel_rcpt_config_t *config) QEL_NOEXCEPT;
+
+/* XML: each block is an element named after it, whose children are named after their values. Blocks
+ * as for plain text. */
+QEL_API Qel_hash_dict_t *Qel_rcpt_generate_xml(const Qel_hash_dict_t *kvs,
+                                               const Qel_rcpt_config_t *config) QEL_NOEXCEPT;
+
+/* JSON: each block is an object whose members are texts (items: an array of such objects;
+ * rcpt_custom: an object of its own). Blocks as for plain text. */
+QEL_API Qel_hash_dict_t *Qel_rcpt_generate_json(const Qel_hash_dict_t *kvs,
+                                                const Qel_rcpt_config_t *config) QEL_NOEXCEPT;
+
+/* The Moneris processor's in-store layout: plain text of 40 columns, lines joined by "\r\n".
+ * Blocks: merch_info, type, money, reference, disposition, signature (merchant copy only), notice.
+ * An industry with the e-commerce bit gives what Qel_rcpt_generate_plain_moneris_ecomm gives, and
+ * changes the record as that does. */
+QEL_API Qel_hash_dict_t *
+Qel_rcpt_generate_plain_moneris(Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config) QEL_NOEXCEPT;
+
+/* The Moneris processor's e-commerce layout: plain text of 70 columns, lines joined by "\r\n".
+ * Blocks: merch_info, reference, line_items, customer_info, refund_policy.
+ *
+ * Changes the record: when the custom field correction_type is "purchase" and there is an action,
+ * the keys surchargeamount, tax and examount are removed where their value is "0.00". */
+QEL_API Qel_hash_dict_t *
+Qel_rcpt_generate_plain_moneris_ecomm(Qel_hash_dict_t *kvs,
+                                      const Qel_rcpt_config_t *config) QEL_NOEXCEPT;
+
 #ifdef __cplusplus
 }
 #endif

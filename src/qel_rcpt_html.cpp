@@ -1,0 +1,477 @@
+// The HTML receipt: a fragment for each block, on whose ids and classes a style sheet selects.
+#include "qel_rcpt_int.hpp"
+
+#include <array>
+#include <iterator>
+#include <span>
+#include <utility>
+#include <variant>
+
+using qel_rcpt::get;
+
+namespace
+{
+
+struct Qel_rcpt_html_t {
+    Qel_hash_dict_t *blocks;
+    const Qel_hash_dict_t *kvs;
+    Qel_rcpt_attrs_t attrs;
+};
+
+// Elements
+
+// A block in the making: its element and the document that owns it.
+struct html_block {
+    const Qel_rcpt_html_t &info;
+    const char *name;
+    qel::xml_doc document;
+    Qel_xml_node_t *element;
+
+    const char *message(Qel_rcpt_msg_t msg) const
+    {
+        return Qel_rcpt_msg_to_string(info.attrs.lang, msg);
+    }
+};
+
+template <typename... Words>
+void set_attribute(Qel_xml_node_t *node, const char *name, const char *fmt, Words... words)
+{
+    std::array<char, 512> value{};
+    Qel_snprintf(value.data(), value.size(), fmt, words...);
+    Qel_xml_node_insert_attribute(node, name, value.data(), 0, true);
+}
+
+html_block create_block(const Qel_rcpt_html_t &info, const char *name,
+                        const char *class_name = nullptr)
+{
+    qel::xml_doc document(Qel_xml_create_doc());
+    Qel_xml_node_t *element = Qel_xml_create_element("div", document.get());
+    set_attribute(element, "id", "rcpt_%s", name);
+    if (class_name == nullptr)
+        set_attribute(element, "class", "rcpt_block %s", name);
+    else
+        set_attribute(element, "class", "rcpt_block %s %s", name, class_name);
+    return {info, name, std::move(document), element};
+}
+
+// Without a text it still gets an end tag: HTML has no self-closed spans.
+Qel_xml_node_t *add_span(Qel_xml_node_t *parent, const char *id, const char *class_name,
+                         const char *text)
+{
+    Qel_xml_node_t *span = Qel_xml_create_element_with_text("span", Qel_str_safe(text), 0, parent);
+    Qel_xml_node_insert_attribute(span, "id", id, 0, true);
+    Qel_xml_node_insert_attribute(span, "class", class_name, 0, true);
+    return span;
+}
+
+// A value that stands alone; nothing without one.
+void add_val(const html_block &block, const char *id, const char *class_name, const char *value)
+{
+    if (Qel_str_isempty(value))
+        return;
+    Qel_xml_node_t *val = Qel_xml_create_element_with_text("div", value, 0, block.element);
+    set_attribute(val, "id", "%s", id);
+    set_attribute(val, "class", "rcpt_val %s", class_name);
+}
+
+// A value with its label, which may be absent; nothing without a value. The lane has no id.
+void add_group(const html_block &block, const char *id, const char *class_name, const char *label,
+               const char *value)
+{
+    if (Qel_str_isempty(value))
+        return;
+    Qel_xml_node_t *group = Qel_xml_create_element("div", block.element);
+    set_attribute(group, "id", "%s_group", id);
+    set_attribute(group, "class", "rcpt_group %s", class_name);
+    std::array<char, 512> label_id{};
+    Qel_snprintf(label_id.data(), label_id.size(), "%s_label", id);
+    add_span(group, label_id.data(), "rcpt_group_label", label);
+    add_span(group, id, "rcpt_group_val", value);
+}
+
+enum class sign { plain, minus };
+
+// An amount of the record with its label; nothing unless it is above zero.
+void add_group_money(const html_block &block, const char *id, const char *class_name,
+                     const char *label, const char *amount, sign shown = sign::plain)
+{
+    if (!qel_rcpt::is_positive(amount))
+        return;
+    qel::text money(Qel_rcpt_format_money(amount, &block.info.attrs));
+    if (money && shown == sign::minus) {
+        char *negative = nullptr;
+        Qel_asprintf(&negative, "- %s", money.get());
+        money.reset(negative);
+    }
+    add_group(block, id, class_name, label, money.get());
+}
+
+// Stores the block for the copy, unless nothing is in it.
+void add_block(const html_block &block, bool is_custcopy)
+{
+    if (Qel_xml_node_num_children(block.element) == 0)
+        return;
+    const qel::text xml(
+        Qel_xml_write(block.document.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
+    const qel::text html(Qel_strdup_replace_str(xml.get(), "&apos;", "&#39;"));
+    Qel_hash_dict_insert(block.info.blocks, qel_rcpt::block_key(block.name, is_custcopy).c_str(),
+                         html.get());
+}
+
+// Rows
+
+// What a row shows: the record's value under a key, or what an operation makes of the record.
+using value_source =
+    std::variant<const char *,                                                  // a key
+                 const char *(*)(const Qel_hash_dict_t *),                      // borrowed text
+                 const char *(*)(const Qel_hash_dict_t *, Qel_rcpt_lang_t),     // borrowed text
+                 char *(*)(const Qel_hash_dict_t *),                            // new text
+                 char *(*)(const Qel_hash_dict_t *, const Qel_rcpt_attrs_t *)>; // new text
+
+class value_finder
+{
+  public:
+    explicit value_finder(const Qel_rcpt_html_t &info) : info_(info) {}
+
+    const char *operator()(const char *key) const { return get(info_.kvs, key); }
+    const char *operator()(const char *(*find)(const Qel_hash_dict_t *)) const
+    {
+        return find(info_.kvs);
+    }
+    const char *operator()(const char *(*find)(const Qel_hash_dict_t *, Qel_rcpt_lang_t)) const
+    {
+        return find(info_.kvs, info_.attrs.lang);
+    }
+    const char *operator()(char *(*format)(const Qel_hash_dict_t *))
+    {
+        return keep(format(info_.kvs));
+    }
+    const char *operator()(char *(*format)(const Qel_hash_dict_t *, const Qel_rcpt_attrs_t *))
+    {
+        return keep(format(info_.kvs, &info_.attrs));
+    }
+
+  private:
+    const char *keep(char *new_text)
+    {
+        kept_.reset(new_text);
+        return kept_.get();
+    }
+
+    const Qel_rcpt_html_t &info_;
+    qel::text kept_;
+};
+
+enum class element { val, group, money, discount };
+
+struct row {
+    element kind;
+    Qel_rcpt_msg_t label;
+    const char *id;
+    const char *class_name;
+    value_source value;
+};
+
+void add_row(const html_block &block, const row &row)
+{
+    const char *label = block.message(row.label);
+    value_finder find(block.info);
+    const char *value = std::visit(find, row.value);
+    switch (row.kind) {
+    case element::val:
+        return add_val(block, row.id, row.class_name, value);
+    case element::group:
+        return add_group(block, row.id, row.class_name, label, value);
+    case element::money:
+        return add_group_money(block, row.id, row.class_name, label, value);
+    case element::discount:
+        return add_group_money(block, row.id, row.class_name, label, value, sign::minus);
+    }
+}
+
+void add_rows(const html_block &block, std::span<const row> rows)
+{
+    for (const row &row : rows)
+        add_row(block, row);
+}
+
+// Blocks
+
+void generate_block_merchinfo(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    static constexpr const char *classes[std::size(qel_rcpt::merchant_fields)] = {
+        "name", "address", "address", "address", "phone", "email", "url"};
+    const html_block block = create_block(info, "merch_info", "merch info");
+    for (std::size_t i = 0; i < std::size(classes); ++i) {
+        const auto &[key, missing] = qel_rcpt::merchant_fields[i];
+        add_val(block, key, classes[i],
+                qel_rcpt::get_or_message(info.kvs, key, info.attrs.lang, missing));
+    }
+    add_block(block, is_custcopy);
+}
+
+char *format_lane(const Qel_hash_dict_t *kvs)
+{
+    char *lane = nullptr;
+    Qel_asprintf(&lane, "%lld", static_cast<long long>(qel_rcpt::get_lane(kvs)));
+    return lane;
+}
+
+constexpr row reference_rows[] = {
+    {element::val, QEL_RCPT_MSG_NONE, "action", "action", qel_rcpt::get_title},
+    {element::group, QEL_RCPT_MSG_LANE, nullptr, "x_id", format_lane},
+    {element::val, QEL_RCPT_MSG_NONE, "cardtype", "type cardtype", "cardtype"},
+    {element::val, QEL_RCPT_MSG_NONE, "entry_mode", "entry mode", "rcpt_entry_mode"},
+    {element::group, QEL_RCPT_MSG_ACCOUNT_TYPE, "acct_type", "account type",
+     Qel_rcpt_get_acct_type},
+    {element::group, QEL_RCPT_MSG_ACCOUNT, "account", "account", "account"},
+    {element::group, QEL_RCPT_MSG_CUSTOMER, "cardholdername", "cardholdername", "cardholdername"},
+    {element::group, QEL_RCPT_MSG_TIME, "time", "time", Qel_rcpt_format_time},
+    {element::group, QEL_RCPT_MSG_ORDER_NUM, "ordernum", "x_id", qel_rcpt::get_order_number},
+    {element::group, QEL_RCPT_MSG_PO_NUM, "custref", "x_id", "custref"},
+    {element::group, QEL_RCPT_MSG_TTID, "ttid", "x_id", "ttid"},
+    {element::group, QEL_RCPT_MSG_RESPONSE_CODE, "resp_code", "code", Qel_rcpt_get_respcode},
+    {element::group, QEL_RCPT_MSG_AUTH_NUM, "auth", "auth", "auth"},
+    {element::group, QEL_RCPT_MSG_BATCH, "batch", "batch", "batch"},
+    {element::group, QEL_RCPT_MSG_STAN, "stan", "stan", "stan"},
+};
+
+void add_custom_fields(const html_block &block)
+{
+    const qel::dict fields = qel_rcpt::get_custom_fields(block.info.kvs);
+    for (const auto [name, value] : qel::pairs(fields.get())) {
+        std::array<char, 64> id{};
+        Qel_snprintf(id.data(), id.size(), "custom_%s", qel_rcpt::clean_field_name(name).get());
+        add_group(block, id.data(), "custom", name, value);
+    }
+}
+
+void generate_block_reference(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const html_block block = create_block(info, "reference");
+    add_rows(block, reference_rows);
+    add_custom_fields(block);
+    add_block(block, is_custcopy);
+}
+
+// How a line item looks: its class, and the format of its price where it has one.
+struct line_item_form {
+    const char *class_name;
+    const char *price;
+};
+
+// By Qel_rcpt_line_item_type_t.
+constexpr line_item_form line_item_forms[] = {
+    {"rcpt_group item", "%s"},
+    {"rcpt_group addon", "%s"},
+    {"rcpt_group item_discount_percent", "- %s%%"},
+    {"rcpt_group item_discount_fixed", "- %s"},
+    {"rcpt_group order_discount_percent", "- %s%%"},
+    {"rcpt_group order_discount_fixed", "- %s"},
+    {"rcpt_group order_discount_percent cashdiscount", "- %s%%"},
+    {"rcpt_group item notes", nullptr},
+};
+
+void add_item_span(Qel_xml_node_t *parent, const char *class_name, const char *fmt,
+                   const char *text)
+{
+    std::array<char, 256> shown{};
+    Qel_snprintf(shown.data(), shown.size(), fmt, text);
+    add_span(parent, nullptr, class_name, shown.data());
+}
+
+void line_item_add(void * /*vinfo*/, const char *name, const char *qty, const char *price,
+                   Qel_rcpt_line_item_type_t type, void *vret)
+{
+    const line_item_form form =
+        type < std::size(line_item_forms) ? line_item_forms[type] : line_item_form{};
+    Qel_xml_node_t *group = Qel_xml_create_element("div", static_cast<Qel_xml_node_t *>(vret));
+    Qel_xml_node_insert_attribute(group, "class", form.class_name, 0, true);
+
+    Qel_xml_node_t *what = Qel_xml_create_element("span", group);
+    add_span(what, nullptr, "rcpt_group_label name", name);
+    if (!Qel_str_isempty(qty) && !Qel_str_eq(qty, "1"))
+        add_item_span(what, "rcpt_group_label qty", "x%s", qty);
+    if (form.price != nullptr)
+        add_item_span(group, "rcpt_group_val price", form.price, price);
+}
+
+void generate_block_line_items(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const html_block block = create_block(info, "items");
+    Qel_rcpt_generate_line_items(get(info.kvs, "line_items"), &info, &info.attrs, line_item_add,
+                                 block.element);
+    add_block(block, is_custcopy);
+}
+
+void add_heading(const html_block &block, const char *id, Qel_rcpt_msg_t text)
+{
+    Qel_xml_node_t *heading =
+        Qel_xml_create_element_with_text("div", block.message(text), 0, block.element);
+    set_attribute(heading, "id", "%s", id);
+    set_attribute(heading, "class", "%s", "money_heading rcpt_title");
+}
+
+constexpr row order_money_rows[] = {
+    {element::group, QEL_RCPT_MSG_SUBTOTAL, "order_subtotal", "amount order subtotal",
+     Qel_rcpt_format_order_subtotal},
+    {element::discount, QEL_RCPT_MSG_DISCOUNT, "order_discountamount", "amount order discount",
+     "order_discount"},
+    {element::money, QEL_RCPT_MSG_TIP, "order_tip", "amount order tip", "order_tip"},
+    {element::money, QEL_RCPT_MSG_TAX, "order_tax", "amount order tax", "order_tax"},
+    {element::money, QEL_RCPT_MSG_TOTAL, "order_total", "amount order total", "order_total"},
+};
+
+void generate_block_order_money(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    if (!Qel_rcpt_have_order_money(info.kvs))
+        return;
+    const html_block block = create_block(info, "order_money");
+    if (Qel_rcpt_is_order_parital_payment(info.kvs))
+        add_heading(block, "rcpt_order_money_heading", QEL_RCPT_MSG_ORDER);
+    add_rows(block, order_money_rows);
+    add_block(block, is_custcopy);
+}
+
+// What the amount holds beside the subtotal.
+constexpr row extra_amount_rows[] = {
+    {element::money, QEL_RCPT_MSG_TIP, "tip", "amount tip", qel_rcpt::get_tip},
+    {element::money, QEL_RCPT_MSG_SURCHARGE, "surchargeamount", "amount surcharge",
+     "surchargeamount"},
+    {element::money, QEL_RCPT_MSG_FEE, "fee", "amount fee", "fee"},
+    {element::money, QEL_RCPT_MSG_CONVENIENCEFEE, "convenience_fee", "amount fee",
+     "convenience_fee"},
+    {element::money, QEL_RCPT_MSG_SUPPLEMENTALFEE, "supplemental_fee", "amount fee",
+     "supplemental_fee"},
+    {element::money, QEL_RCPT_MSG_TAX, "tax", "amount tax", "tax"},
+    {element::money, QEL_RCPT_MSG_CASHBACK, "cashbackamount", "amount cashback", "cashbackamount"},
+};
+
+// After a partial approval: what was authorised and what is still due.
+constexpr row authorised_amount_rows[] = {
+    {element::group, QEL_RCPT_MSG_AUTH_AMOUNT, "authamount", "amount authorized",
+     Qel_rcpt_format_authamount},
+    {element::group, QEL_RCPT_MSG_AMOUNT_DUE, "amountdue", "amount due",
+     Qel_rcpt_format_amount_due},
+};
+
+void add_discount(const html_block &block, const char *id, Qel_rcpt_msg_t label,
+                  const char *discount)
+{
+    if (Qel_str_isempty(discount))
+        return;
+    std::array<char, 32> shown{};
+    Qel_snprintf(shown.data(), shown.size(), "- %s", discount);
+    add_group(block, id, "amount discount", block.message(label), shown.data());
+}
+
+void add_payment_discounts(const html_block &block)
+{
+    char *discount = nullptr;
+    char *cash_discount = nullptr;
+    Qel_rcpt_format_payment_discounts(block.info.kvs, &block.info.attrs, &discount, &cash_discount);
+    add_discount(block, "discountamount", QEL_RCPT_MSG_DISCOUNT, qel::text(discount).get());
+    add_discount(block, "cash_discount", QEL_RCPT_MSG_CASHDISCOUNT, qel::text(cash_discount).get());
+}
+
+void generate_block_money(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    if (qel_rcpt::is_order_paid_in_full(kvs))
+        return;
+    const bool pays_part_of_order = Qel_rcpt_have_order_money(kvs);
+
+    const html_block block = create_block(info, "money");
+    if (pays_part_of_order)
+        add_heading(block, "rcpt_money_heading", QEL_RCPT_MSG_PAYMENT);
+    add_group(block, "subtotal", "amount subtotal", block.message(QEL_RCPT_MSG_SUBTOTAL),
+              qel::text(Qel_rcpt_format_subtotal(kvs, &info.attrs)).get());
+    add_payment_discounts(block);
+    add_rows(block, extra_amount_rows);
+    add_group(block, "totalamount", "amount total",
+              block.message(pays_part_of_order ? QEL_RCPT_MSG_PAID : QEL_RCPT_MSG_TOTAL),
+              qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
+    add_rows(block, authorised_amount_rows);
+    if (is_custcopy)
+        add_group_money(block, "balance", "amount balance", block.message(QEL_RCPT_MSG_BALANCE),
+                        get(kvs, "balance"));
+    add_block(block, is_custcopy);
+}
+
+void generate_block_disposition(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    const Qel_rcpt_lang_t lang = info.attrs.lang;
+    const html_block block = create_block(info, "disposition");
+    add_val(block, "card_status", "status", Qel_rcpt_get_card_status(kvs, lang));
+    add_val(block, "pin_status", "status", Qel_rcpt_get_pin_status(kvs, lang));
+    add_val(block, "auth_result", "result", Qel_rcpt_get_result(kvs, lang));
+    add_group(block, "auth_mode", "mode", "Mode", Qel_rcpt_get_mode(kvs, lang)); // in any language
+    add_val(block, "printdata", "print", get(kvs, "printdata"));
+    add_block(block, is_custcopy);
+}
+
+constexpr std::size_t signature_line_len = 10;
+
+void generate_block_signature(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    const Qel_rcpt_lang_t lang = info.attrs.lang;
+    const html_block block = create_block(info, "signature");
+    if (Qel_rcpt_need_signature_line(kvs)) {
+        add_val(block, "line", "line",
+                qel::text(Qel_rcpt_get_signature_line(kvs, signature_line_len)).get());
+        add_val(block, "agreement", "agreement", Qel_rcpt_get_signature_agreement(kvs, lang));
+        add_val(block, "cardholdername", "name", get(kvs, "cardholdername"));
+    } else {
+        add_val(block, "sigcaptured", "status", Qel_rcpt_get_signature_electronic(kvs, lang));
+    }
+    add_block(block, is_custcopy);
+}
+
+void generate_block_emv(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const html_block block = create_block(info, "emv");
+    for (const auto &[name, label, key] : qel_rcpt::emv_fields)
+        add_group(block, name, "emv_data", block.message(label), get(info.kvs, key));
+    add_block(block, is_custcopy);
+}
+
+void generate_block_notice(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const Qel_rcpt_lang_t lang = info.attrs.lang;
+    const html_block block = create_block(info, "notice");
+    const auto [label, price] = qel_rcpt::get_alternative_price(info.kvs);
+    add_group(block, "alt_price", "alt_price", block.message(label),
+              qel::text(Qel_rcpt_format_money(price, &info.attrs)).get());
+    add_group(block, "message", "message", nullptr, Qel_rcpt_get_notice(lang));
+    if (Qel_rcpt_is_duplicate(info.kvs))
+        add_group(block, "duplicate", "status", nullptr, Qel_rcpt_get_duplicate(lang));
+    add_group(block, "copy", "status", nullptr, Qel_rcpt_get_whos_copy(is_custcopy, lang));
+    add_block(block, is_custcopy);
+}
+
+void generate_block_notes(Qel_rcpt_html_t &info, bool is_custcopy)
+{
+    const html_block block = create_block(info, "notes");
+    add_group(block, "order_notes", "order notes", nullptr, get(info.kvs, "order_notes"));
+    add_group(block, "user_notes", "user notes", nullptr, get(info.kvs, "rcpt_user_notes"));
+    add_block(block, is_custcopy);
+}
+
+constexpr qel_rcpt::block_builder<Qel_rcpt_html_t> block_builders[] = {
+    {generate_block_merchinfo},       {generate_block_reference}, {generate_block_line_items},
+    {generate_block_order_money},     {generate_block_money},     {generate_block_disposition},
+    {generate_block_signature, true}, {generate_block_emv},       {generate_block_notice},
+    {generate_block_notes},
+};
+
+} // namespace
+
+Qel_hash_dict_t *Qel_rcpt_generate_html(const Qel_hash_dict_t *kvs,
+                                        const Qel_rcpt_config_t *config) noexcept
+{
+    Qel_rcpt_html_t info{};
+    info.kvs = kvs;
+    return qel_rcpt::generate_copies(info, config, block_builders);
+}

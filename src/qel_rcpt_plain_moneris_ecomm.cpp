@@ -1,0 +1,280 @@
+// The Moneris processor's e-commerce receipt: plain text of 70 columns, with the order's items and
+// addresses from a JSON document of their own.
+#include "qel_rcpt_plain.hpp"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+using qel_rcpt::get;
+using qel_rcpt::key_is;
+using qel_rcpt::plain_block;
+
+namespace
+{
+
+struct ecomm_receipt : Qel_rcpt_plain_t {
+    Qel_hash_dict_t *record; // kvs, to be changed
+    qel::json rcpt_data;     // the document of "moneris_rcpt_data"; absent when it is unreadable
+};
+
+qel::json read_rcpt_data(const Qel_hash_dict_t *kvs)
+{
+    const char *text = get(kvs, "moneris_rcpt_data");
+    return qel::json(Qel_json_read(text, Qel_str_len(text), QEL_JSON_READER_REPLACE_BAD_CHARS,
+                                   nullptr, nullptr, nullptr, nullptr));
+}
+
+const Qel_json_node_t *get_moneris_rcpt_node(const ecomm_receipt &info, const char *name)
+{
+    return Qel_json_object_value(info.rcpt_data.get(), name);
+}
+
+void generate_block_merchinfo(ecomm_receipt &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    const Qel_rcpt_lang_t lang = info.attrs.lang;
+    plain_block block(info);
+    block.center(QEL_RCPT_MSG_ONLINERCPT);
+    block.blank();
+    block.center(qel_rcpt::get_or_message(kvs, "merch_name", lang, QEL_RCPT_MSG_UNKNOWN_NAME));
+    block.center(qel_rcpt::get_or_message(kvs, "merch_addr1", lang, QEL_RCPT_MSG_UNKNOWN_ADDR));
+    block.center(get(kvs, "merch_addr2"));
+    block.center(get(kvs, "merch_addr3"));
+    block.blank();
+    block.center(qel_rcpt::get_or_message(kvs, "merch_url", lang, QEL_RCPT_MSG_UNKNOWN_URL));
+    block.store("merch_info", is_custcopy);
+}
+
+// A corrected purchase shows no rows of nothing.
+void remove_zero_amounts(Qel_hash_dict_t *record)
+{
+    for (const char *key : {"surchargeamount", "tax", "examount"}) {
+        if (key_is(record, key, "0.00"))
+            Qel_hash_dict_remove(record, key);
+    }
+}
+
+// What the issuer and the server answered; a mere "/" without either.
+void add_reference_number(plain_block &block, const Qel_hash_dict_t *kvs, const char *number)
+{
+    std::array<char, 256> codes{};
+    Qel_snprintf(codes.data(), codes.size(), "%s/%s", get(kvs, "rcpt_issuer_resp_code"),
+                 get(kvs, "rcpt_resp_code"));
+    block.left_right("REFERENCE: ", number, "Response / ISO Code: ", codes.data());
+}
+
+void generate_block_reference(ecomm_receipt &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    const qel::dict custom = qel_rcpt::parse_custom_fields(kvs);
+    const char *correction_type = get(custom.get(), "correction_type");
+    const char *title = qel_rcpt::get_title_moneris(kvs, info.attrs.lang, correction_type);
+    if (title != nullptr && Qel_str_caseeq(correction_type, "purchase"))
+        remove_zero_amounts(info.record);
+
+    plain_block block(info);
+    block.label_prefix(QEL_RCPT_MSG_TRANTYPE, title);
+    block.label_prefix(QEL_RCPT_MSG_ORDER_NUM, qel_rcpt::get_nonempty(kvs, "ordernum", "custref"));
+    block.left_right(block.label(QEL_RCPT_MSG_TIME).get(),
+                     qel::text(Qel_rcpt_format_time(kvs, &info.attrs)).get(),
+                     block.label(QEL_RCPT_MSG_APPROVAL_CODE).get(), get(kvs, "auth"));
+    add_reference_number(block, kvs, get(custom.get(), "refnum"));
+    block.store("reference", is_custcopy);
+}
+
+// Table of items
+
+constexpr const char *table_rule =
+    "----------------------------------------------------------------------";
+constexpr const char *table_heading =
+    "| Item     Description                 Qty   Amount         Subtotal |";
+constexpr const char *to_amount_column = "|                                            ";
+constexpr const char *table_edge = " |";
+
+constexpr std::size_t amount_width = 14;  // the column Amount, where labels stand too
+constexpr std::size_t subtotal_width = 8; // the column Subtotal, where their values stand
+
+// A line made of cells, each of a fixed number of characters.
+class table_row
+{
+  public:
+    explicit table_row(const char *start) { text(start); }
+
+    table_row &text(const char *str)
+    {
+        Qel_buf_add_str(line_.get(), str);
+        return *this;
+    }
+
+    // The text from the left, cut or filled up with blanks.
+    table_row &cell(const char *str, std::size_t width)
+    {
+        Qel_buf_add_str_just(line_.get(), str, QEL_STR_JUSTIFY_LEFT_TRUNC_RIGHT, ' ', width);
+        return *this;
+    }
+
+    void store(plain_block &block) const { block.raw(Qel_buf_peek(line_.get())); }
+
+  private:
+    qel::buf line_{Qel_buf_create()};
+};
+
+void add_item(plain_block &block, const Qel_json_node_t *item)
+{
+    struct column {
+        const char *name;
+        std::size_t width;
+    };
+    static constexpr column columns[] = {
+        {"sku", 8},
+        {"descr", 27},
+        {"qty", 5},
+        {"amount", amount_width},
+        {"subtotal", subtotal_width},
+    };
+    table_row row("|");
+    for (const column &column : columns)
+        row.text(" ").cell(Qel_json_object_value_string(item, column.name), column.width);
+    row.text(table_edge).store(block);
+}
+
+void add_label_and_value(plain_block &block, const char *label, const char *value)
+{
+    table_row(to_amount_column)
+        .cell(label, amount_width)
+        .text(" ")
+        .cell(value, subtotal_width)
+        .text(table_edge)
+        .store(block);
+}
+
+void add_fee(plain_block &block, const Qel_json_node_t *fee)
+{
+    add_label_and_value(block, Qel_json_object_value_string(fee, "name"),
+                        Qel_json_object_value_string(fee, "val"));
+}
+
+void add_items_table_kvs(plain_block &block, const Qel_hash_dict_t *kvs, const char *key,
+                         Qel_rcpt_msg_t msg)
+{
+    const char *value = get(kvs, key);
+    if (!Qel_str_isempty(value))
+        add_label_and_value(block, block.message(msg), value);
+}
+
+const char *get_currency(std::uint32_t country_code)
+{
+    switch (country_code) {
+    case 826:
+        return "GBP";
+    case 978:
+        return "EUR";
+    case 124:
+        return "CAD";
+    default:
+        return "USD";
+    }
+}
+
+// The amount and its currency share the last column.
+void add_items_table_kvs_USD(plain_block &block, const ecomm_receipt &info, const char *key,
+                             Qel_rcpt_msg_t msg)
+{
+    constexpr std::size_t currency_width = 3;
+    const char *value = get(info.kvs, key);
+    if (Qel_str_isempty(value))
+        return;
+    table_row(to_amount_column)
+        .cell(block.message(msg), amount_width)
+        .text(" ")
+        .cell(value, subtotal_width - currency_width)
+        .cell(get_currency(info.attrs.country_code), currency_width)
+        .text(table_edge)
+        .store(block);
+}
+
+void add_each(plain_block &block, const Qel_json_node_t *array,
+              void (*add)(plain_block &block, const Qel_json_node_t *element))
+{
+    for (std::size_t i = 0; i < Qel_json_array_len(array); ++i)
+        add(block, Qel_json_array_at(array, i));
+}
+
+void generate_block_items(ecomm_receipt &info, bool is_custcopy)
+{
+    const Qel_hash_dict_t *kvs = info.kvs;
+    plain_block block(info);
+    block.raw(table_rule);
+    block.raw(table_heading);
+    add_each(block, get_moneris_rcpt_node(info, "items"), add_item);
+    add_each(block, get_moneris_rcpt_node(info, "fees"), add_fee);
+    if (!key_is(kvs, "action_trans", "reversal")) {
+        add_items_table_kvs(block, kvs, "surchargeamount", QEL_RCPT_MSG_SURCHARGE);
+        add_items_table_kvs(block, kvs, "tax", QEL_RCPT_MSG_TAX);
+        add_items_table_kvs(block, kvs, "examount", QEL_RCPT_MSG_TIP);
+    }
+    add_items_table_kvs_USD(block, info, "amount",
+                            key_is(kvs, "action_trans", "preauth") ? QEL_RCPT_MSG_AUTH_AMOUNT
+                                                                   : QEL_RCPT_MSG_TOTAL);
+    block.raw(table_rule);
+    block.store("line_items", is_custcopy);
+}
+
+// Addresses
+
+struct address_row {
+    const char *bill_key;
+    const char *ship_key;
+};
+
+constexpr address_row address_rows[] = {
+    {"bill_name", "ship_name"},   {"bill_addr1", "ship_addr1"},     {"bill_addr2", "ship_addr2"},
+    {"bill_addr3", "ship_addr3"}, {"bill_city", "ship_city"},       {"bill_state", "ship_state"},
+    {"bill_zip", "ship_zip"},     {"bill_country", "ship_country"},
+};
+
+void generate_block_customer_info(ecomm_receipt &info, bool is_custcopy)
+{
+    const bool is_recurring = Qel_str_eq(get(info.kvs, "recurring"), "recurring");
+    const Qel_json_node_t *customer = get_moneris_rcpt_node(info, "customer");
+    plain_block block(info);
+    block.raw("Customer Information");
+    block.raw(is_recurring ? "                                   Ship To:"
+                           : "Bill To:                           Ship To:");
+    for (const address_row &row : address_rows) {
+        const char *bill =
+            is_recurring ? nullptr : Qel_json_object_value_string(customer, row.bill_key);
+        const char *ship = Qel_json_object_value_string(customer, row.ship_key);
+        if (!Qel_str_isempty(bill) || !Qel_str_isempty(ship))
+            table_row("").cell(bill, 34).text(" ").cell(ship, 35).store(block);
+    }
+    block.store("customer_info", is_custcopy);
+}
+
+void generate_block_refund_policy(ecomm_receipt &info, bool is_custcopy)
+{
+    plain_block block(info);
+    block.center("RETURNS & REFUND POLICY");
+    block.center(Qel_json_object_value_string(info.rcpt_data.get(), "policy"));
+    block.store("refund_policy", is_custcopy);
+}
+
+constexpr qel_rcpt::block_builder<ecomm_receipt> block_builders[] = {
+    {generate_block_merchinfo},     {generate_block_reference},     {generate_block_items},
+    {generate_block_customer_info}, {generate_block_refund_policy},
+};
+
+} // namespace
+
+Qel_hash_dict_t *Qel_rcpt_generate_plain_moneris_ecomm(Qel_hash_dict_t *kvs,
+                                                       const Qel_rcpt_config_t *config) noexcept
+{
+    ecomm_receipt info{};
+    info.kvs = kvs;
+    info.record = kvs;
+    info.rcpt_data = read_rcpt_data(kvs);
+    info.line_break = "\r\n";
+    info.line_len = 70;
+    return qel_rcpt::generate_copies(info, config, block_builders);
+}

@@ -1,0 +1,99 @@
+// The XML receipt: a block is an element, its values are elements in it.
+#include "qel_rcpt_values.hpp"
+
+namespace
+{
+
+struct Qel_rcpt_xml_t {
+    Qel_hash_dict_t *blocks;
+    const Qel_hash_dict_t *kvs;
+    Qel_rcpt_attrs_t attrs;
+};
+
+void add_value(void *element, const char *name, const char *value)
+{
+    Qel_xml_create_element_with_text(name, value, 0, static_cast<Qel_xml_node_t *>(element));
+}
+
+qel::xml_doc create_block(const Qel_rcpt_xml_t &info, const qel_rcpt::value_block &block,
+                          bool is_custcopy)
+{
+    qel::xml_doc element(Qel_xml_create_element(block.name, nullptr));
+    block.add_values({info.kvs, info.attrs, is_custcopy, element.get(), add_value});
+    return element;
+}
+
+void add_block(const Qel_rcpt_xml_t &info, const char *name, bool is_custcopy,
+               const qel::xml_doc &element)
+{
+    if (Qel_xml_node_num_children(element.get()) == 0)
+        return;
+    const qel::text written(
+        Qel_xml_write(element.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
+    Qel_hash_dict_insert(info.blocks, qel_rcpt::block_key(name, is_custcopy).c_str(),
+                         written.get());
+}
+
+template <const qel_rcpt::value_block &Block>
+void generate_block(Qel_rcpt_xml_t &info, bool is_custcopy)
+{
+    add_block(info, Block.name, is_custcopy, create_block(info, Block, is_custcopy));
+}
+
+void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
+{
+    const qel::dict fields = qel_rcpt::get_custom_fields(info.kvs);
+    if (Qel_hash_dict_num_keys(fields.get()) == 0)
+        return;
+    Qel_xml_node_t *custom = Qel_xml_create_element("rcpt_custom", reference);
+    for (const auto [name, value] : qel::pairs(fields.get()))
+        add_value(custom, qel_rcpt::clean_field_name(name).get(), value);
+}
+
+void generate_block_reference(Qel_rcpt_xml_t &info, bool is_custcopy)
+{
+    const qel::xml_doc element = create_block(info, qel_rcpt::reference_block, is_custcopy);
+    add_custom_fields(info, element.get());
+    add_block(info, qel_rcpt::reference_block.name, is_custcopy, element);
+}
+
+void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
+                   Qel_rcpt_line_item_type_t type, void *ret)
+{
+    Qel_xml_node_t *item = Qel_xml_create_element("item", static_cast<Qel_xml_node_t *>(ret));
+    add_value(item, "name", name);
+    add_value(item, "qty", qty);
+    add_value(item, "price", price);
+    add_value(item, "type", Qel_rcpt_line_item_type_to_str(type));
+}
+
+void generate_block_line_items(Qel_rcpt_xml_t &info, bool is_custcopy)
+{
+    const qel::xml_doc items(Qel_xml_create_element("items", nullptr));
+    Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
+                                 line_item_add, items.get());
+    add_block(info, "items", is_custcopy, items);
+}
+
+constexpr qel_rcpt::block_builder<Qel_rcpt_xml_t> block_builders[] = {
+    {generate_block<qel_rcpt::merchinfo_block>},
+    {generate_block_reference},
+    {generate_block_line_items},
+    {generate_block<qel_rcpt::order_money_block>},
+    {generate_block<qel_rcpt::money_block>},
+    {generate_block<qel_rcpt::disposition_block>},
+    {generate_block<qel_rcpt::signature_block>, true},
+    {generate_block<qel_rcpt::emv_block>},
+    {generate_block<qel_rcpt::notice_block>},
+    {generate_block<qel_rcpt::notes_block>},
+};
+
+} // namespace
+
+Qel_hash_dict_t *Qel_rcpt_generate_xml(const Qel_hash_dict_t *kvs,
+                                       const Qel_rcpt_config_t *config) noexcept
+{
+    Qel_rcpt_xml_t info{};
+    info.kvs = kvs;
+    return qel_rcpt::generate_copies(info, config, block_builders);
+}
