@@ -1,4 +1,4 @@
-// Every sample record in every form against the receipt that was read and checked in:
+// Every sample record in its forms against the receipt that was read and checked in:
 // tests/receipts/FORM/SAMPLE. scripts/update-receipts writes them anew after a wanted change; read
 // the difference before you commit it.
 #include "record_file.h"
@@ -34,6 +34,14 @@ std::vector<fs::path> sample_records()
     return samples;
 }
 
+// The processor's own samples are for its layouts, which bring the e-commerce one along.
+bool is_for(const fs::path &sample, tool::form form)
+{
+    const bool is_moneris_sample = sample.filename().string().starts_with("moneris");
+    return is_moneris_sample ? form == tool::form::moneris
+                             : form != tool::form::moneris && form != tool::form::moneris_ecomm;
+}
+
 std::string render_sample(const fs::path &sample, tool::form form)
 {
     const bool quiet = true;
@@ -55,6 +63,8 @@ class Receipts : public testing::TestWithParam<fs::path>
 TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
 {
     for (const tool::form_facts &form : tool::forms()) {
+        if (!is_for(GetParam(), form.id))
+            continue;
         SCOPED_TRACE(form.name);
         const fs::path approved = fs::path(QELRCPT_RECEIPTS) / form.name / GetParam().filename();
         EXPECT_EQ(render_sample(GetParam(), form.id), read_text(approved.string() + ".txt"));

@@ -33,6 +33,7 @@ constexpr const char *conclusion =
     "  qelrcpt --copy customer --width 32 sale.json   the customer copy for a narrow printer\n"
     "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
     "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
+    "  qelrcpt --form html --page -o sale.html sale.json\n"
     "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n\n"
     "Exit status: 0 when the receipts are written, 1 when the input or the output is at\n"
     "fault, 2 when the command line is.\n";
@@ -127,10 +128,10 @@ CLI::Option *add_value(CLI::App &app, const std::string &name, std::string_view 
 void add_layout_options(CLI::App &app, layout &layout)
 {
     constexpr const char *group = "Receipt";
-    add_value(app, "--form", "FORM", "form of the receipt: plain (default)",
+    add_value(app, "--form", "FORM", "plain (default), html, xml, json, moneris (40 columns) or\nmoneris-ecomm (70 columns)",
               [&](const std::string &given) { layout.form = to_form(given); })
         ->group(group);
-    add_value(app, "--width", "COLUMNS", "width of the paper, 10 to 10000 (default 40)",
+    add_value(app, "--width", "COLUMNS", "width of a plain receipt, 10 to 10000 (default 40)",
               [&](const std::string &given) { layout.width = to_width(given); })
         ->group(group);
     add_value(app, "--line-break", "BREAK", "what ends a line: lf (default) or crlf",
@@ -166,6 +167,10 @@ void add_output_options(CLI::App &app, options &options)
     add_value(app, "--output", "FORMAT", "text (default), or json: the blocks as one object",
               [&](const std::string &given) { options.format = choose(formats, given); })
         ->group(group);
+    app.add_flag("--page", options.page,
+                 "with --form html: one copy as a page with its style sheet,\n"
+                 "the customer copy unless --copy merchant")
+        ->group(group);
     add_value(app, "-o", "FILE", "write to FILE instead of standard output",
               [&](const std::string &given) { options.output_file = to_file_name(given); })
         ->group(group);
@@ -182,6 +187,19 @@ void check_blocks(const layout &layout)
             throw usage_error("--block: the " + std::string(form.name) + " receipt has no " +
                               in_quotes(name) + ", expected " + listed(form.blocks));
     }
+}
+
+// A page holds one copy of one receipt.
+void check_page(const options &options)
+{
+    if (!options.page)
+        return;
+    if (options.layout.form != form::html)
+        throw usage_error("--page: expected --form html with it");
+    if (options.format == output_format::json)
+        throw usage_error("--page: a page is no JSON, expected no --output json with it");
+    if (options.files.size() > 1)
+        throw usage_error("--page: expected one FILE");
 }
 
 } // namespace
@@ -211,6 +229,7 @@ std::variant<options, information> parse_options(int argc, char **argv)
         throw usage_error(fault.what());
     }
     check_blocks(options.layout);
+    check_page(options);
     if (options.files.empty())
         options.files.emplace_back("-");
     return options;

@@ -19,6 +19,7 @@ struct options {
     tool::layout layout;
     tool::merchant merchant;
     output_format format = output_format::text;
+    bool page = false;       // one copy as an HTML page
     std::string output_file; // empty: standard output
     bool quiet = false;
 };

@@ -13,12 +13,14 @@
 namespace tool
 {
 
-enum class form { plain };
+enum class form { plain, html, xml, json, moneris, moneris_ecomm };
 
 struct form_facts {
     form id;
     std::string_view name;
     std::span<const std::string_view> blocks; // in the order of the receipt
+    std::string_view line_break;              // empty: as asked for
+    size_t width;                             // 0: as asked for
 };
 
 std::span<const form_facts> forms();
@@ -40,7 +42,11 @@ struct block {
 };
 
 // The blocks to show of one receipt, in its order.
-using receipt = std::vector<block>;
+struct receipt {
+    std::vector<block> blocks;
+    std::string line_break; // between the lines of a block
+    size_t width;           // of the line to cut along
+};
 
 receipt render(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, const layout &layout);
 
