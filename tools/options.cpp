@@ -128,8 +128,10 @@ CLI::Option *add_value(CLI::App &app, const std::string &name, std::string_view 
 void add_layout_options(CLI::App &app, layout &layout)
 {
     constexpr const char *group = "Receipt";
-    add_value(app, "--form", "FORM", "plain (default), html, xml, json, moneris (40 columns) or\nmoneris-ecomm (70 columns)",
-              [&](const std::string &given) { layout.form = to_form(given); })
+    add_value(
+        app, "--form", "FORM",
+        "plain (default), html, xml, json, moneris (40 columns) or\nmoneris-ecomm (70 columns)",
+        [&](const std::string &given) { layout.form = to_form(given); })
         ->group(group);
     add_value(app, "--width", "COLUMNS", "width of a plain receipt, 10 to 10000 (default 40)",
               [&](const std::string &given) { layout.width = to_width(given); })

@@ -79,11 +79,11 @@ std::string copy_text(const receipt &shown, std::string_view prefix, const std::
             continue;
         if (!text.empty())
             text += eol + eol;
-        text += shown.line_break == eol ? part.text
-                                        : qel::text(Qel_strdup_replace_str(part.text.c_str(),
-                                                                           shown.line_break.c_str(),
-                                                                           eol.c_str()))
-                                              .get();
+        text += shown.line_break == eol
+                    ? part.text
+                    : qel::text(Qel_strdup_replace_str(part.text.c_str(), shown.line_break.c_str(),
+                                                       eol.c_str()))
+                          .get();
     }
     return text;
 }
