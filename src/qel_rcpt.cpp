@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <limits>
 #include <span>
 
@@ -142,9 +143,14 @@ class amount_text
     {
         const bool negative = value < 0;
         const auto bits = static_cast<std::uint64_t>(value);
-        const unsigned long long magnitude = negative ? 0 - bits : bits;
-        Qel_snprintf(text_.data(), text_.size(), "%s%llu.%02llu", negative ? "-" : "",
-                     magnitude / 100, magnitude % 100);
+        const std::uint64_t magnitude = negative ? 0 - bits : bits;
+        char *end = text_.data();
+        if (negative)
+            *end++ = '-';
+        end = std::to_chars(end, text_.data() + text_.size(), magnitude / 100).ptr;
+        *end++ = '.';
+        *end++ = static_cast<char>('0' + magnitude / 10 % 10);
+        *end++ = static_cast<char>('0' + magnitude % 10);
     }
     [[nodiscard]] const char *c_str() const { return text_.data(); }
 
@@ -164,19 +170,12 @@ bool Qel_rcpt_is_zero_money(const char *money)
                                 [](char chr) { return Qel_chr_isdigit(chr) && chr != '0'; });
 }
 
-char *Qel_rcpt_format_monies(const Qel_list_str_t *monies, const Qel_rcpt_attrs_t *attrs)
-{
-    hundredths sum = 0;
-    for (std::size_t i = 0; i < Qel_list_str_len(monies); ++i)
-        sum = saturating_add(sum, Qel_atofi100(Qel_list_str_at(monies, i)));
-    return format_hundredths(sum, attrs);
-}
-
-void insert_negated(Qel_list_str_t *monies, const char *amount)
+// The amount with a '-' put in front of its text.
+hundredths get_negated(const char *amount)
 {
     std::array<char, 32> negated{};
     Qel_snprintf(negated.data(), negated.size(), "-%s", amount);
-    Qel_list_str_insert(monies, negated.data());
+    return Qel_atofi100(negated.data());
 }
 
 enum class sign { plus, minus };
@@ -194,18 +193,14 @@ char *format_sum(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs, cons
     const char *amount = get(kvs, required);
     if (Qel_str_isempty(amount))
         return nullptr;
-    const qel::list_str monies(Qel_list_str_create(QEL_LIST_STR_NONE));
-    Qel_list_str_insert(monies.get(), amount);
+    hundredths sum = Qel_atofi100(amount);
     for (const money_term &term : terms) {
         const char *value = get(kvs, term.key);
-        if (Qel_str_isempty(value))
-            continue;
-        if (term.how == sign::minus)
-            insert_negated(monies.get(), value);
-        else
-            Qel_list_str_insert(monies.get(), value);
+        if (!Qel_str_isempty(value))
+            sum = saturating_add(sum, term.how == sign::minus ? get_negated(value)
+                                                              : Qel_atofi100(value));
     }
-    return Qel_rcpt_format_monies(monies.get(), attrs);
+    return format_hundredths(sum, attrs);
 }
 
 // What the issuer authorised beside what was asked for.
@@ -223,12 +218,19 @@ authorisation get_authorisation(const Qel_hash_dict_t *kvs)
             Qel_atofi100(authorised)};
 }
 
-// The value that the record holds for the transaction being corrected or completed, else its own.
-const char *Qel_rcpt_get_orig(const Qel_hash_dict_t *kvs, const char *key)
+// A key of the outcome; orig holds that of the transaction being corrected or completed.
+struct outcome_key {
+    const char *orig;
+    const char *own;
+};
+
+constexpr outcome_key outcome_code = {"orig_code", "code"};
+constexpr outcome_key outcome_msoft_code = {"orig_msoft_code", "msoft_code"};
+constexpr outcome_key outcome_phard_code = {"orig_phard_code", "phard_code"};
+
+const char *Qel_rcpt_get_orig(const Qel_hash_dict_t *kvs, const outcome_key &key)
 {
-    std::array<char, 64> orig_key{};
-    Qel_snprintf(orig_key.data(), orig_key.size(), "orig_%s", key);
-    return get_nonempty(kvs, orig_key.data(), key);
+    return get_nonempty(kvs, key.orig, key.own);
 }
 
 } // namespace
@@ -330,10 +332,8 @@ payment_discounts get_payment_discounts(const Qel_hash_dict_t *kvs, const Qel_rc
     if (!has_cash_discount)
         return {qel::text(Qel_rcpt_format_money(discount, attrs)), {}};
 
-    const qel::list_str rest(Qel_list_str_create(QEL_LIST_STR_NONE));
-    Qel_list_str_insert(rest.get(), discount);
-    insert_negated(rest.get(), cash_discount);
-    return {drop_zero(qel::text(Qel_rcpt_format_monies(rest.get(), attrs))),
+    const hundredths rest = saturating_add(Qel_atofi100(discount), get_negated(cash_discount));
+    return {drop_zero(qel::text(format_hundredths(rest, attrs))),
             drop_zero(qel::text(Qel_rcpt_format_money(cash_discount, attrs)))};
 }
 
@@ -365,7 +365,7 @@ bool Qel_rcpt_is_order_parital_payment(const Qel_hash_dict_t *kvs) noexcept
 namespace
 {
 
-bool orig_is(const Qel_hash_dict_t *kvs, const char *key, const char *word)
+bool orig_is(const Qel_hash_dict_t *kvs, const outcome_key &key, const char *word)
 {
     return Qel_str_caseeq(Qel_rcpt_get_orig(kvs, key), word);
 }
@@ -383,7 +383,7 @@ bool was_voided(const Qel_hash_dict_t *kvs)
 
 bool was_approved(const Qel_hash_dict_t *kvs)
 {
-    return is_one_of(Qel_rcpt_get_orig(kvs, "code"), {"auth", "success"});
+    return is_one_of(Qel_rcpt_get_orig(kvs, outcome_code), {"auth", "success"});
 }
 
 bool was_partially_approved(const Qel_hash_dict_t *kvs)
@@ -393,7 +393,7 @@ bool was_partially_approved(const Qel_hash_dict_t *kvs)
 
 bool is_call_issuer(const Qel_hash_dict_t *kvs)
 {
-    return orig_is(kvs, "code", "call") || orig_is(kvs, "phard_code", "call");
+    return orig_is(kvs, outcome_code, "call") || orig_is(kvs, outcome_phard_code, "call");
 }
 
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
@@ -403,7 +403,7 @@ bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
 
 bool was_declined_by_processor(const Qel_hash_dict_t *kvs)
 {
-    const char *phard_code = Qel_rcpt_get_orig(kvs, "phard_code");
+    const char *phard_code = Qel_rcpt_get_orig(kvs, outcome_phard_code);
     return !Qel_str_isempty(phard_code) && !Qel_str_caseeq(phard_code, "unknown");
 }
 
@@ -444,21 +444,23 @@ bool is_payment_action(const Qel_hash_dict_t *kvs)
 bool is_approval_of_issuer(const Qel_hash_dict_t *kvs)
 {
     return key_is(kvs, "code", "auth") &&
-           (orig_is(kvs, "phard_code", "success") || key_is_true(kvs, "u_standin"));
+           (orig_is(kvs, outcome_phard_code, "success") || key_is_true(kvs, "u_standin"));
 }
 
 bool is_decline_of_issuer(const Qel_hash_dict_t *kvs)
 {
     const char *error = get(kvs, "u_errorcode");
     return (Qel_str_isempty(error) || Qel_str_caseeq(error, "paxtrel_proc_error")) &&
-           orig_is(kvs, "code", "deny") && orig_is(kvs, "msoft_code", "int_success");
+           orig_is(kvs, outcome_code, "deny") && orig_is(kvs, outcome_msoft_code, "int_success");
 }
 
 bool was_host_out_of_reach(const Qel_hash_dict_t *kvs)
 {
-    return key_is(kvs, "u_errorcode", "PAXTREL_CONNFAIL") || orig_is(kvs, "code", "TIMEOUT") ||
-           is_one_of(Qel_rcpt_get_orig(kvs, "msoft_code"), {"CONN_MAXATTEMPTS", "CONN_MAXSENDS"}) ||
-           orig_is(kvs, "phard_code", "NOREPLY");
+    return key_is(kvs, "u_errorcode", "PAXTREL_CONNFAIL") ||
+           orig_is(kvs, outcome_code, "TIMEOUT") ||
+           is_one_of(Qel_rcpt_get_orig(kvs, outcome_msoft_code),
+                     {"CONN_MAXATTEMPTS", "CONN_MAXSENDS"}) ||
+           orig_is(kvs, outcome_phard_code, "NOREPLY");
 }
 
 // The EMV authorisation response code of a transaction that was decided without the host.
@@ -466,7 +468,7 @@ char *Qel_rcpt_get_respcode_offline(const Qel_hash_dict_t *kvs)
 {
     if (!is_payment_action(kvs))
         return nullptr;
-    if (orig_is(kvs, "code", "auth"))
+    if (orig_is(kvs, outcome_code, "auth"))
         return key_is_true(kvs, "u_standin") ? Qel_strdup("Y3") : nullptr;
     if (was_host_out_of_reach(kvs))
         return Qel_strdup("Z3");
@@ -515,8 +517,8 @@ const char *Qel_rcpt_get_card_status(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t
 
 const char *Qel_rcpt_get_pin_status(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang) noexcept
 {
-    if (is_one_of(Qel_rcpt_get_orig(kvs, "code"), {"deny", "timeout"}) ||
-        orig_is(kvs, "phard_code", "bad_pin"))
+    if (is_one_of(Qel_rcpt_get_orig(kvs, outcome_code), {"deny", "timeout"}) ||
+        orig_is(kvs, outcome_phard_code, "bad_pin"))
         return nullptr;
     if (key_is_true(kvs, "rcpt_emv_pinbypass"))
         return Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_PIN_BYPASSED);
@@ -852,12 +854,6 @@ const char *Qel_rcpt_get_tran_type_moneris(const char *action, const char *orig_
 
 namespace qel_rcpt
 {
-
-std::string block_key(std::string_view name, bool is_custcopy)
-{
-    std::string key(is_custcopy ? "cust_" : "merch_");
-    return key.append(name);
-}
 
 const char *get_nonempty(const Qel_hash_dict_t *kvs, const char *key, const char *fallback)
 {

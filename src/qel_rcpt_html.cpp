@@ -7,6 +7,8 @@
 #include <utility>
 #include <variant>
 
+using qel_rcpt::block_copies;
+using qel_rcpt::block_place;
 using qel_rcpt::get;
 
 namespace
@@ -23,7 +25,6 @@ struct Qel_rcpt_html_t {
 // A block in the making: its element and the document that owns it.
 struct html_block {
     const Qel_rcpt_html_t &info;
-    const char *name;
     qel::xml_doc document;
     Qel_xml_node_t *element;
 
@@ -33,12 +34,17 @@ struct html_block {
     }
 };
 
+void set_attribute(Qel_xml_node_t *node, const char *name, const char *value)
+{
+    Qel_xml_node_insert_attribute(node, name, value, 0, true);
+}
+
 template <typename... Words>
 void set_attribute(Qel_xml_node_t *node, const char *name, const char *fmt, Words... words)
 {
-    std::array<char, 512> value{};
+    std::array<char, 512> value;
     Qel_snprintf(value.data(), value.size(), fmt, words...);
-    Qel_xml_node_insert_attribute(node, name, value.data(), 0, true);
+    set_attribute(node, name, value.data());
 }
 
 html_block create_block(const Qel_rcpt_html_t &info, const char *name,
@@ -51,7 +57,7 @@ html_block create_block(const Qel_rcpt_html_t &info, const char *name,
         set_attribute(element, "class", "rcpt_block %s", name);
     else
         set_attribute(element, "class", "rcpt_block %s %s", name, class_name);
-    return {info, name, std::move(document), element};
+    return {info, std::move(document), element};
 }
 
 // Without a text it still gets an end tag: HTML has no self-closed spans.
@@ -70,7 +76,7 @@ void add_val(const html_block &block, const char *id, const char *class_name, co
     if (Qel_str_isempty(value))
         return;
     Qel_xml_node_t *val = Qel_xml_create_element_with_text("div", value, 0, block.element);
-    set_attribute(val, "id", "%s", id);
+    set_attribute(val, "id", id);
     set_attribute(val, "class", "rcpt_val %s", class_name);
 }
 
@@ -83,7 +89,7 @@ void add_group(const html_block &block, const char *id, const char *class_name, 
     Qel_xml_node_t *group = Qel_xml_create_element("div", block.element);
     set_attribute(group, "id", "%s_group", id);
     set_attribute(group, "class", "rcpt_group %s", class_name);
-    std::array<char, 512> label_id{};
+    std::array<char, 512> label_id;
     Qel_snprintf(label_id.data(), label_id.size(), "%s_label", id);
     add_span(group, label_id.data(), "rcpt_group_label", label);
     add_span(group, id, "rcpt_group_val", value);
@@ -107,15 +113,14 @@ void add_group_money(const html_block &block, const char *id, const char *class_
 }
 
 // Stores the block for the copy, unless nothing is in it.
-void add_block(const html_block &block, bool is_custcopy)
+void add_block(const html_block &block, const block_place &place)
 {
     if (Qel_xml_node_num_children(block.element) == 0)
         return;
     const qel::text xml(
         Qel_xml_write(block.document.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
     const qel::text html(Qel_strdup_replace_str(xml.get(), "&apos;", "&#39;"));
-    Qel_hash_dict_insert(block.info.blocks, qel_rcpt::block_key(block.name, is_custcopy).c_str(),
-                         html.get());
+    Qel_hash_dict_insert(block.info.blocks, place.key, html.get());
 }
 
 // Rows
@@ -197,7 +202,7 @@ void add_rows(const html_block &block, std::span<const row> rows)
 
 // Blocks
 
-void generate_block_merchinfo(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_merchinfo(Qel_rcpt_html_t &info, const block_place &place)
 {
     static constexpr const char *classes[std::size(qel_rcpt::merchant_fields)] = {
         "name", "address", "address", "address", "phone", "email", "url"};
@@ -207,7 +212,7 @@ void generate_block_merchinfo(Qel_rcpt_html_t &info, bool is_custcopy)
         add_val(block, key, classes[i],
                 qel_rcpt::get_or_message(info.kvs, key, info.attrs.lang, missing));
     }
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 char *format_lane(const Qel_hash_dict_t *kvs)
@@ -246,12 +251,12 @@ void add_custom_fields(const html_block &block)
     }
 }
 
-void generate_block_reference(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_reference(Qel_rcpt_html_t &info, const block_place &place)
 {
     const html_block block = create_block(info, "reference");
     add_rows(block, reference_rows);
     add_custom_fields(block);
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 // How a line item looks: its class, and the format of its price where it has one.
@@ -296,20 +301,20 @@ void line_item_add(void * /*vinfo*/, const char *name, const char *qty, const ch
         add_item_span(group, "rcpt_group_val price", form.price, price);
 }
 
-void generate_block_line_items(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_line_items(Qel_rcpt_html_t &info, const block_place &place)
 {
     const html_block block = create_block(info, "items");
     Qel_rcpt_generate_line_items(get(info.kvs, "line_items"), &info, &info.attrs, line_item_add,
                                  block.element);
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 void add_heading(const html_block &block, const char *id, Qel_rcpt_msg_t text)
 {
     Qel_xml_node_t *heading =
         Qel_xml_create_element_with_text("div", block.message(text), 0, block.element);
-    set_attribute(heading, "id", "%s", id);
-    set_attribute(heading, "class", "%s", "money_heading rcpt_title");
+    set_attribute(heading, "id", id);
+    set_attribute(heading, "class", "money_heading rcpt_title");
 }
 
 constexpr row order_money_rows[] = {
@@ -322,7 +327,7 @@ constexpr row order_money_rows[] = {
     {element::money, QEL_RCPT_MSG_TOTAL, "order_total", "amount order total", "order_total"},
 };
 
-void generate_block_order_money(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_order_money(Qel_rcpt_html_t &info, const block_place &place)
 {
     if (!Qel_rcpt_have_order_money(info.kvs))
         return;
@@ -330,7 +335,7 @@ void generate_block_order_money(Qel_rcpt_html_t &info, bool is_custcopy)
     if (Qel_rcpt_is_order_parital_payment(info.kvs))
         add_heading(block, "rcpt_order_money_heading", QEL_RCPT_MSG_ORDER);
     add_rows(block, order_money_rows);
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 // What the amount holds beside the subtotal.
@@ -374,7 +379,7 @@ void add_payment_discounts(const html_block &block)
     add_discount(block, "cash_discount", QEL_RCPT_MSG_CASHDISCOUNT, qel::text(cash_discount).get());
 }
 
-void generate_block_money(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_money(Qel_rcpt_html_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     if (qel_rcpt::is_order_paid_in_full(kvs))
@@ -392,13 +397,13 @@ void generate_block_money(Qel_rcpt_html_t &info, bool is_custcopy)
               block.message(pays_part_of_order ? QEL_RCPT_MSG_PAID : QEL_RCPT_MSG_TOTAL),
               qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
     add_rows(block, authorised_amount_rows);
-    if (is_custcopy)
+    if (place.is_custcopy)
         add_group_money(block, "balance", "amount balance", block.message(QEL_RCPT_MSG_BALANCE),
                         get(kvs, "balance"));
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
-void generate_block_disposition(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_disposition(Qel_rcpt_html_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -408,12 +413,12 @@ void generate_block_disposition(Qel_rcpt_html_t &info, bool is_custcopy)
     add_val(block, "auth_result", "result", Qel_rcpt_get_result(kvs, lang));
     add_group(block, "auth_mode", "mode", "Mode", Qel_rcpt_get_mode(kvs, lang)); // in any language
     add_val(block, "printdata", "print", get(kvs, "printdata"));
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 constexpr std::size_t signature_line_len = 10;
 
-void generate_block_signature(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_signature(Qel_rcpt_html_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -426,18 +431,18 @@ void generate_block_signature(Qel_rcpt_html_t &info, bool is_custcopy)
     } else {
         add_val(block, "sigcaptured", "status", Qel_rcpt_get_signature_electronic(kvs, lang));
     }
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
-void generate_block_emv(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_emv(Qel_rcpt_html_t &info, const block_place &place)
 {
     const html_block block = create_block(info, "emv");
     for (const auto &[name, label, key] : qel_rcpt::emv_fields)
         add_group(block, name, "emv_data", block.message(label), get(info.kvs, key));
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
-void generate_block_notice(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_notice(Qel_rcpt_html_t &info, const block_place &place)
 {
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     const html_block block = create_block(info, "notice");
@@ -447,23 +452,29 @@ void generate_block_notice(Qel_rcpt_html_t &info, bool is_custcopy)
     add_group(block, "message", "message", nullptr, Qel_rcpt_get_notice(lang));
     if (Qel_rcpt_is_duplicate(info.kvs))
         add_group(block, "duplicate", "status", nullptr, Qel_rcpt_get_duplicate(lang));
-    add_group(block, "copy", "status", nullptr, Qel_rcpt_get_whos_copy(is_custcopy, lang));
-    add_block(block, is_custcopy);
+    add_group(block, "copy", "status", nullptr, Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
+    add_block(block, place);
 }
 
-void generate_block_notes(Qel_rcpt_html_t &info, bool is_custcopy)
+void generate_block_notes(Qel_rcpt_html_t &info, const block_place &place)
 {
     const html_block block = create_block(info, "notes");
     add_group(block, "order_notes", "order notes", nullptr, get(info.kvs, "order_notes"));
     add_group(block, "user_notes", "user notes", nullptr, get(info.kvs, "rcpt_user_notes"));
-    add_block(block, is_custcopy);
+    add_block(block, place);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_html_t> block_builders[] = {
-    {generate_block_merchinfo},       {generate_block_reference}, {generate_block_line_items},
-    {generate_block_order_money},     {generate_block_money},     {generate_block_disposition},
-    {generate_block_signature, true}, {generate_block_emv},       {generate_block_notice},
-    {generate_block_notes},
+    {"merch_info", generate_block_merchinfo},
+    {"reference", generate_block_reference},
+    {"items", generate_block_line_items},
+    {"order_money", generate_block_order_money},
+    {"money", generate_block_money, block_copies::alike_without_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, block_copies::merch_only},
+    {"emv", generate_block_emv},
+    {"notice", generate_block_notice, block_copies::differing},
+    {"notes", generate_block_notes},
 };
 
 } // namespace

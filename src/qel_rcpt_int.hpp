@@ -8,22 +8,84 @@
 #include <qelstdlib.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <string>
 #include <string_view>
 
 namespace qel_rcpt
 {
 
-// One step of a generator: builds a block of the copy that is_custcopy names. State is the
-// generator's state record, with the fields blocks, kvs and attrs.
+// The record's value, or absent.
+inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
+{
+    return Qel_hash_dict_get_direct(kvs, key);
+}
+
+// Where a block goes: the copy, and the key in the result.
+struct block_place {
+    bool is_custcopy;
+    const char *key;
+};
+
+// The keys that a block has in the result: "cust_" or "merch_" and its name.
+class block_keys
+{
+  public:
+    consteval block_keys(const char *name)
+        : cust_(joined("cust_", name)), merch_(joined("merch_", name))
+    {
+    }
+    [[nodiscard]] constexpr block_place place(bool is_custcopy) const
+    {
+        return {is_custcopy, is_custcopy ? cust_.data() : merch_.data()};
+    }
+
+  private:
+    using key_text = std::array<char, 24>;
+
+    static consteval key_text joined(std::string_view prefix, std::string_view name)
+    {
+        key_text key{};
+        std::ranges::copy(name, std::ranges::copy(prefix, key.begin()).out);
+        return key;
+    }
+
+    key_text cust_;
+    key_text merch_;
+};
+
+// How a block of the merchant's copy differs from the customer's in the same language.
+enum class block_copies {
+    alike,
+    alike_without_balance, // which only the customer is shown
+    differing,
+    merch_only,
+};
+
+// One step of a generator: builds a block of a copy. State is the generator's state record, with
+// the fields blocks, kvs and attrs.
 template <typename State>
 struct block_builder {
-    void (*build)(State &info, bool is_custcopy);
-    bool merch_only = false;
+    block_keys keys;
+    void (*build)(State &info, const block_place &place);
+    block_copies copies = block_copies::alike;
 };
+
+inline bool are_alike(block_copies copies, const Qel_hash_dict_t *kvs)
+{
+    return copies == block_copies::alike ||
+           (copies == block_copies::alike_without_balance && Qel_str_isempty(get(kvs, "balance")));
+}
+
+// Stores the customer's block for the merchant too, where the customer has one.
+inline void repeat_block(Qel_hash_dict_t *blocks, const block_keys &keys)
+{
+    const char *block = Qel_hash_dict_get_direct(blocks, keys.place(true).key);
+    if (block != nullptr)
+        Qel_hash_dict_insert(blocks, keys.place(false).key, block);
+}
 
 // The frame of every generator: the customer copy's blocks, then the merchant copy's when the
 // industry gets one, each copy with its own attributes. The caller owns the result.
@@ -34,27 +96,24 @@ Qel_hash_dict_t *generate_copies(State &info, const Qel_rcpt_config_t *config,
     qel::dict blocks(Qel_hash_dict_create(16, 75, QEL_HASH_DICT_KEYS_ORDERED));
     info.blocks = blocks.get();
 
-    const auto generate_copy = [&](bool is_custcopy) {
-        Qel_rcpt_setup_rcpt_attrs(&info.attrs, config, is_custcopy);
-        for (const block_builder<State> &builder : builders) {
-            if (!builder.merch_only || !is_custcopy)
-                builder.build(info, is_custcopy);
-        }
-    };
+    Qel_rcpt_setup_rcpt_attrs(&info.attrs, config, true);
+    for (const auto &[keys, build, copies] : builders) {
+        if (copies != block_copies::merch_only)
+            build(info, keys.place(true));
+    }
+    if (!Qel_rcpt_generate_merch_copy(config == nullptr ? QEL_RCPT_IND_UNKNOWN : config->industry))
+        return blocks.release();
 
-    generate_copy(true);
-    if (Qel_rcpt_generate_merch_copy(config == nullptr ? QEL_RCPT_IND_UNKNOWN : config->industry))
-        generate_copy(false);
+    const Qel_rcpt_lang_t cust_lang = info.attrs.lang;
+    Qel_rcpt_setup_rcpt_attrs(&info.attrs, config, false);
+    const bool same_lang = info.attrs.lang == cust_lang;
+    for (const auto &[keys, build, copies] : builders) {
+        if (same_lang && are_alike(copies, info.kvs))
+            repeat_block(blocks.get(), keys);
+        else
+            build(info, keys.place(false));
+    }
     return blocks.release();
-}
-
-// The key of a block: "cust_" or "merch_" and its name.
-std::string block_key(std::string_view name, bool is_custcopy);
-
-// The record's value, or absent.
-inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
-{
-    return Qel_hash_dict_get_direct(kvs, key);
 }
 
 // The record's value under key; the one under fallback when that is absent or empty.

@@ -1,6 +1,9 @@
 // The JSON receipt: a block is an object, its values are members that hold texts.
 #include "qel_rcpt_values.hpp"
 
+using qel_rcpt::block_copies;
+using qel_rcpt::block_place;
+
 namespace
 {
 
@@ -24,20 +27,18 @@ qel::json create_block(const Qel_rcpt_json_t &info, const qel_rcpt::value_block 
     return object;
 }
 
-void add_block(const Qel_rcpt_json_t &info, const char *name, bool is_custcopy,
-               const qel::json &node)
+void add_block(const Qel_rcpt_json_t &info, const block_place &place, const qel::json &node)
 {
     if (Qel_json_object_num_children(node.get()) == 0)
         return;
     const qel::text written(Qel_json_write(node.get(), QEL_JSON_WRITER_PRETTYPRINT_SPACE, nullptr));
-    Qel_hash_dict_insert(info.blocks, qel_rcpt::block_key(name, is_custcopy).c_str(),
-                         written.get());
+    Qel_hash_dict_insert(info.blocks, place.key, written.get());
 }
 
 template <const qel_rcpt::value_block &Block>
-void generate_block(Qel_rcpt_json_t &info, bool is_custcopy)
+void generate_block(Qel_rcpt_json_t &info, const block_place &place)
 {
-    add_block(info, Block.name, is_custcopy, create_block(info, Block, is_custcopy));
+    add_block(info, place, create_block(info, Block, place.is_custcopy));
 }
 
 // As the record has them: a reader of data wants the merchant's own names.
@@ -52,11 +53,11 @@ void add_custom_fields(const Qel_rcpt_json_t &info, Qel_json_node_t *reference)
     Qel_json_object_insert(reference, "rcpt_custom", custom.release());
 }
 
-void generate_block_reference(Qel_rcpt_json_t &info, bool is_custcopy)
+void generate_block_reference(Qel_rcpt_json_t &info, const block_place &place)
 {
-    const qel::json object = create_block(info, qel_rcpt::reference_block, is_custcopy);
+    const qel::json object = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
     add_custom_fields(info, object.get());
-    add_block(info, qel_rcpt::reference_block.name, is_custcopy, object);
+    add_block(info, place, object);
 }
 
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
@@ -70,25 +71,27 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
     Qel_json_array_insert(static_cast<Qel_json_node_t *>(ret), item.release());
 }
 
-void generate_block_line_items(Qel_rcpt_json_t &info, bool is_custcopy)
+void generate_block_line_items(Qel_rcpt_json_t &info, const block_place &place)
 {
     const qel::json items(Qel_json_node_create(QEL_JSON_TYPE_ARRAY));
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items.get());
-    add_block(info, "items", is_custcopy, items);
+    add_block(info, place, items);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_json_t> block_builders[] = {
-    {generate_block<qel_rcpt::merchinfo_block>},
-    {generate_block_reference},
-    {generate_block_line_items},
-    {generate_block<qel_rcpt::order_money_block>},
-    {generate_block<qel_rcpt::money_block>},
-    {generate_block<qel_rcpt::disposition_block>},
-    {generate_block<qel_rcpt::signature_block>, true},
-    {generate_block<qel_rcpt::emv_block>},
-    {generate_block<qel_rcpt::notice_block>},
-    {generate_block<qel_rcpt::notes_block>},
+    {qel_rcpt::merchinfo_block.name, generate_block<qel_rcpt::merchinfo_block>},
+    {qel_rcpt::reference_block.name, generate_block_reference},
+    {"items", generate_block_line_items},
+    {qel_rcpt::order_money_block.name, generate_block<qel_rcpt::order_money_block>},
+    {qel_rcpt::money_block.name, generate_block<qel_rcpt::money_block>,
+     block_copies::alike_without_balance},
+    {qel_rcpt::disposition_block.name, generate_block<qel_rcpt::disposition_block>},
+    {qel_rcpt::signature_block.name, generate_block<qel_rcpt::signature_block>,
+     block_copies::merch_only},
+    {qel_rcpt::emv_block.name, generate_block<qel_rcpt::emv_block>},
+    {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
+    {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
 };
 
 } // namespace

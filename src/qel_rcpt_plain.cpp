@@ -5,6 +5,8 @@
 #include <array>
 #include <string>
 
+using qel_rcpt::block_copies;
+using qel_rcpt::block_place;
 using qel_rcpt::get;
 using qel_rcpt::plain_block;
 
@@ -18,13 +20,13 @@ Qel_rcpt_msg_t missing_message(const qel_rcpt::merchant_field &field)
                                                        : field.missing;
 }
 
-void generate_block_merchinfo(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_merchinfo(Qel_rcpt_plain_t &info, const block_place &place)
 {
     plain_block block(info);
     for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
         block.center(
             qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, missing_message(field)));
-    block.store("merch_info", is_custcopy);
+    block.store(place);
 }
 
 void add_title(plain_block &block, const Qel_rcpt_plain_t &info)
@@ -58,7 +60,7 @@ void add_custom_fields(plain_block &block, const Qel_rcpt_plain_t &info)
         block.left_right(name, value);
 }
 
-void generate_block_reference(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_reference(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -77,7 +79,7 @@ void generate_block_reference(Qel_rcpt_plain_t &info, bool is_custcopy)
                      block.label(QEL_RCPT_MSG_BATCH).get(), get(kvs, "batch"));
     block.labelled(QEL_RCPT_MSG_STAN, get(kvs, "stan"));
     add_custom_fields(block, info);
-    block.store("reference", is_custcopy);
+    block.store(place);
 }
 
 // How a line item writes its name and its price: a format, or absent for the text as it is.
@@ -131,12 +133,12 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
                        format_item_text(price_text, line_item_forms[type].price, price));
 }
 
-void generate_block_line_items(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_line_items(Qel_rcpt_plain_t &info, const block_place &place)
 {
     plain_block block(info);
     Qel_rcpt_generate_line_items(get(info.kvs, "line_items"), &info, &info.attrs, line_item_add,
                                  &block);
-    block.store("items", is_custcopy);
+    block.store(place);
 }
 
 void add_heading(plain_block &block, Qel_rcpt_msg_t heading)
@@ -145,7 +147,7 @@ void add_heading(plain_block &block, Qel_rcpt_msg_t heading)
     block.blank();
 }
 
-void generate_block_order_money(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_order_money(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     if (!Qel_rcpt_have_order_money(kvs))
@@ -158,7 +160,7 @@ void generate_block_order_money(Qel_rcpt_plain_t &info, bool is_custcopy)
     block.positive_money(QEL_RCPT_MSG_TIP, get(kvs, "order_tip"));
     block.positive_money(QEL_RCPT_MSG_TAX, get(kvs, "order_tax"));
     block.positive_money(QEL_RCPT_MSG_TOTAL, get(kvs, "order_total"));
-    block.store("order_money", is_custcopy);
+    block.store(place);
 }
 
 void add_discount(plain_block &block, Qel_rcpt_msg_t label, const char *discount)
@@ -217,7 +219,7 @@ void add_balance(plain_block &block, const Qel_hash_dict_t *kvs)
     block.money(QEL_RCPT_MSG_BALANCE, balance);
 }
 
-void generate_block_money(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_money(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     if (qel_rcpt::is_order_paid_in_full(kvs))
@@ -234,12 +236,12 @@ void generate_block_money(Qel_rcpt_plain_t &info, bool is_custcopy)
     block.labelled(pays_part_of_order ? QEL_RCPT_MSG_PAID : QEL_RCPT_MSG_TOTAL,
                    qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
     add_authorised_amount(block, info);
-    if (is_custcopy)
+    if (place.is_custcopy)
         add_balance(block, kvs);
-    block.store("money", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_disposition(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_disposition(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -258,10 +260,10 @@ void generate_block_disposition(Qel_rcpt_plain_t &info, bool is_custcopy)
         block.blank();
         block.left(printdata);
     }
-    block.store("disposition", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_signature(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -276,10 +278,10 @@ void generate_block_signature(Qel_rcpt_plain_t &info, bool is_custcopy)
     } else {
         block.center(Qel_rcpt_get_signature_electronic(kvs, lang));
     }
-    block.store("signature", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_emv(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_emv(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -299,7 +301,7 @@ void generate_block_emv(Qel_rcpt_plain_t &info, bool is_custcopy)
         block.blank();
         block.message_prefix(QEL_RCPT_MSG_ODD, decline_data);
     }
-    block.store("emv", is_custcopy);
+    block.store(place);
 }
 
 void add_alternative_price(plain_block &block, const Qel_rcpt_plain_t &info)
@@ -314,7 +316,7 @@ void add_alternative_price(plain_block &block, const Qel_rcpt_plain_t &info)
     block.blank();
 }
 
-void generate_block_notice(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_notice(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     plain_block block(info);
@@ -325,23 +327,29 @@ void generate_block_notice(Qel_rcpt_plain_t &info, bool is_custcopy)
         block.center(Qel_rcpt_get_duplicate(lang));
     }
     block.blank();
-    block.center(Qel_rcpt_get_whos_copy(is_custcopy, lang));
-    block.store("notice", is_custcopy);
+    block.center(Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
+    block.store(place);
 }
 
-void generate_block_notes(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_notes(Qel_rcpt_plain_t &info, const block_place &place)
 {
     plain_block block(info);
     block.center(get(info.kvs, "order_notes"));
     block.center(get(info.kvs, "rcpt_user_notes"));
-    block.store("notes", is_custcopy);
+    block.store(place);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
-    {generate_block_merchinfo},       {generate_block_reference}, {generate_block_line_items},
-    {generate_block_order_money},     {generate_block_money},     {generate_block_disposition},
-    {generate_block_signature, true}, {generate_block_emv},       {generate_block_notice},
-    {generate_block_notes},
+    {"merch_info", generate_block_merchinfo},
+    {"reference", generate_block_reference},
+    {"items", generate_block_line_items},
+    {"order_money", generate_block_order_money},
+    {"money", generate_block_money, block_copies::alike_without_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, block_copies::merch_only},
+    {"emv", generate_block_emv},
+    {"notice", generate_block_notice, block_copies::differing},
+    {"notes", generate_block_notes},
 };
 
 constexpr std::size_t default_line_len = 40;

@@ -5,43 +5,87 @@
 #include "qel_rcpt_int.hpp"
 #include "qel_rcpt_plain.h"
 
+#include <string>
+#include <string_view>
+
 namespace qel_rcpt
 {
 
-// The lines of a block in the making. A block builder fills it from top to bottom and stores it.
-class plain_block
+// Takes the lines that the layout makes.
+class line_sink
+{
+  public:
+    // A line of two sides, either of which may be empty, with blanks in front of each.
+    virtual void add_line(std::size_t indent, std::string_view left, std::size_t gap,
+                          std::string_view right) = 0;
+
+  protected:
+    ~line_sink() = default;
+};
+
+// The layout operations of qel_rcpt_plain.h, for lines that go into any sink.
+void format_center(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines);
+void format_left(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines);
+void format_right(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines);
+void format_left_right(const Qel_rcpt_plain_t &info, const char *prefixl, const char *strl,
+                       const char *prefixr, const char *strr, line_sink &lines);
+void format_left_prefix(const Qel_rcpt_plain_t &info, const char *prefix, const char *str,
+                        line_sink &lines);
+void add_money(const Qel_rcpt_plain_t &info, const char *key, const char *val, line_sink &lines,
+               bool negative);
+
+// Upper-cases the block and stores it; nothing but white space is not stored.
+void store_block(const Qel_rcpt_plain_t &info, const char *key, char *block);
+
+// A message with a colon behind it.
+class label
+{
+  public:
+    explicit label(const char *message)
+    {
+        const std::string_view text = qel::view(message);
+        if (!text.empty())
+            text_[text.copy(text_.data(), text_.size() - 2)] = ':';
+    }
+    [[nodiscard]] const char *get() const { return text_.data(); }
+
+  private:
+    std::array<char, 128> text_{}; // several times as much as the longest message of this kind
+};
+
+// A block in the making: its lines, joined. A block builder fills it from top to bottom and stores
+// it.
+class plain_block final : private line_sink
 {
   public:
     explicit plain_block(const Qel_rcpt_plain_t &info)
-        : info_(info), lines_(Qel_list_str_create(QEL_LIST_STR_NONE))
+        : info_(info), line_break_(qel::view(info.line_break))
     {
+        constexpr std::size_t usual_len = 1000;
+        text_.reserve(usual_len);
     }
 
-    bool empty() const { return Qel_list_str_len(lines_.get()) == 0; }
-    Qel_list_str_t *lines() { return lines_.get(); }
+    bool empty() const { return !has_lines_; }
 
     // The message in the copy's language, without and with a colon.
     const char *message(Qel_rcpt_msg_t msg) const
     {
         return Qel_rcpt_msg_to_string(info_.attrs.lang, msg);
     }
-    qel::text label(Qel_rcpt_msg_t msg) const
-    {
-        return qel::text(Qel_rcpt_msg_to_string_colon(info_.attrs.lang, msg));
-    }
+    qel_rcpt::label label(Qel_rcpt_msg_t msg) const { return qel_rcpt::label(message(msg)); }
 
     // A line as it is, without trimming and wrapping.
-    void raw(const char *line) { Qel_list_str_insert(lines_.get(), line); }
+    void raw(const char *line) { add_line(0, qel::view(line), 0, {}); }
     void blank() { raw(""); }
 
-    void center(const char *str) { Qel_rcpt_plain_format_center(&info_, str, lines_.get()); }
+    void center(const char *str) { format_center(info_, str, *this); }
     void center(Qel_rcpt_msg_t msg) { center(message(msg)); }
-    void left(const char *str) { Qel_rcpt_plain_format_left(&info_, str, lines_.get()); }
+    void left(const char *str) { format_left(info_, str, *this); }
     void left(Qel_rcpt_msg_t msg) { left(message(msg)); }
 
     void left_prefix(const char *prefix, const char *str)
     {
-        Qel_rcpt_plain_format_left_prefix(&info_, prefix, str, lines_.get());
+        format_left_prefix(info_, prefix, str, *this);
     }
 
     // The message and the value flush left; nothing without a value.
@@ -65,8 +109,7 @@ class plain_block
     void left_right(const char *left_prefix_str, const char *left_str, const char *right_prefix_str,
                     const char *right_str)
     {
-        Qel_rcpt_plain_format_left_right(&info_, left_prefix_str, left_str, right_prefix_str,
-                                         right_str, lines_.get());
+        format_left_right(info_, left_prefix_str, left_str, right_prefix_str, right_str, *this);
     }
 
     // The label with a colon on the left and the value on the right; nothing without a value.
@@ -80,7 +123,7 @@ class plain_block
     void money(Qel_rcpt_msg_t msg, const char *amount, bool negative = false)
     {
         if (!Qel_str_isempty(amount))
-            Qel_rcpt_plain_add_money(&info_, label(msg).get(), amount, lines_.get(), negative);
+            add_money(info_, label(msg).get(), amount, *this, negative);
     }
     void positive_money(Qel_rcpt_msg_t msg, const char *amount, bool negative = false)
     {
@@ -88,15 +131,23 @@ class plain_block
             money(msg, amount, negative);
     }
 
-    // Stores the block for the copy, unless it is blank.
-    void store(std::string_view name, bool is_custcopy) const
-    {
-        Qel_rcpt_plain_add_block(&info_, block_key(name, is_custcopy).c_str(), lines_.get());
-    }
+    // Stores the block in its place, unless it is blank.
+    void store(const block_place &place) { store_block(info_, place.key, text_.data()); }
 
   private:
+    void add_line(std::size_t indent, std::string_view left, std::size_t gap,
+                  std::string_view right) override
+    {
+        if (has_lines_)
+            text_.append(line_break_);
+        text_.append(indent, ' ').append(left).append(gap, ' ').append(right);
+        has_lines_ = true;
+    }
+
     const Qel_rcpt_plain_t &info_;
-    qel::list_str lines_;
+    std::string_view line_break_;
+    std::string text_;
+    bool has_lines_ = false;
 };
 
 } // namespace qel_rcpt

@@ -1,16 +1,19 @@
 // Plain-text layout: lines of a fixed width.
-#include "qel_rcpt_plain.h"
-
-#include <qelstdlib.hpp>
+#include "qel_rcpt_plain.hpp"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 
+using qel_rcpt::line_sink;
+
 namespace
 {
 
-constexpr std::string_view white_space = " \t\n\v\f\r";
+bool is_space(char chr)
+{
+    return chr == ' ' || (chr >= '\t' && chr <= '\r');
+}
 
 bool is_continuation(char chr)
 {
@@ -25,13 +28,16 @@ std::size_t width(std::string_view text)
 
 std::string_view trim_front(std::string_view text)
 {
-    return text.substr(std::min(text.find_first_not_of(white_space), text.size()));
+    while (!text.empty() && is_space(text.front()))
+        text.remove_prefix(1);
+    return text;
 }
 
 std::string_view trim(std::string_view text)
 {
-    const std::string_view trimmed = trim_front(text);
-    return trimmed.substr(0, trimmed.find_last_not_of(white_space) + 1); // npos + 1 is 0
+    while (!text.empty() && is_space(text.back()))
+        text.remove_suffix(1);
+    return trim_front(text);
 }
 
 std::string_view trim(const char *text)
@@ -39,31 +45,39 @@ std::string_view trim(const char *text)
     return trim(qel::view(text));
 }
 
-std::size_t line_len(const Qel_rcpt_plain_t *info)
+std::size_t line_len(const Qel_rcpt_plain_t &info)
 {
-    return std::max<std::size_t>(info->line_len, 1);
+    return std::max<std::size_t>(info.line_len, 1);
 }
 
-// A text on its way into lines. Its width is counted once and kept as lines are cut off, so that
-// wrapping costs the same a byte however long the text is.
+// A trimmed text on its way into lines. Its width is counted once and kept as lines are cut off, so
+// that wrapping costs the same a byte however long the text is.
 class long_text
 {
   public:
-    explicit long_text(std::string_view text) : rest_(trim(text)), width_(width(rest_)) {}
+    explicit long_text(std::string_view text) : rest_(text), width_(::width(text)) {}
 
     bool empty() const { return rest_.empty(); }
     std::string_view rest() const { return rest_; }
 
+    // A piece of the text and its width.
+    struct line {
+        std::string_view text;
+        std::size_t width;
+    };
+
     // Cuts off at most one line's width, without white space in front.
-    std::string_view split_long_line(std::size_t len)
+    line split_long_line(std::size_t len)
     {
-        drop(rest_.size() - trim_front(rest_).size());
+        cut_off(rest_.size() - trim_front(rest_).size());
         if (width_ <= len)
-            return take(rest_.size(), 0);
+            return cut_off(rest_.size());
         const std::size_t space = rest_.rfind(' ', len - 1);
-        if (space != std::string_view::npos)
-            return take(space, 1);
-        return take(hard_cut(len), 0);
+        if (space == std::string_view::npos)
+            return cut_off(hard_cut(len));
+        const line before = cut_off(space);
+        cut_off(1);
+        return before;
     }
 
   private:
@@ -81,18 +95,13 @@ class long_text
         return cut;
     }
 
-    // Cuts off len bytes, and drops as many after them as said.
-    std::string_view take(std::size_t len, std::size_t dropped)
+    line cut_off(std::size_t len)
     {
-        const std::string_view line = rest_.substr(0, len);
-        drop(len + dropped);
-        return line;
-    }
-
-    void drop(std::size_t len)
-    {
-        width_ -= width(rest_.substr(0, len));
+        const std::string_view text = rest_.substr(0, len);
+        const line off = {text, len == rest_.size() ? width_ : ::width(text)};
+        width_ -= off.width;
         rest_.remove_prefix(len);
+        return off;
     }
 
     std::string_view rest_;
@@ -102,9 +111,8 @@ class long_text
 // Where the padding of a line goes: none of it, half of it or all of it in front.
 enum class align { left, center, right };
 
-std::size_t padding(align how, std::size_t len, std::string_view line)
+std::size_t padding(align how, std::size_t len, std::size_t used)
 {
-    const std::size_t used = width(line);
     const std::size_t spare = len > used ? len - used : 0;
     switch (how) {
     case align::left:
@@ -117,100 +125,101 @@ std::size_t padding(align how, std::size_t len, std::string_view line)
     return 0;
 }
 
-void format_aligned(const Qel_rcpt_plain_t *info, std::string_view str, align how,
-                    Qel_list_str_t *ret)
+void format_aligned(const Qel_rcpt_plain_t &info, std::string_view str, align how, line_sink &lines)
 {
     const std::size_t len = line_len(info);
-    std::string line; // reused for every line
-    for (long_text text(str); !text.empty();) {
-        const std::string_view piece = text.split_long_line(len);
-        line.assign(padding(how, len, piece), ' ').append(piece);
-        Qel_list_str_insert(ret, line.c_str());
+    for (long_text text(trim(str)); !text.empty();) {
+        const auto [line, width] = text.split_long_line(len);
+        lines.add_line(padding(how, len, width), line, 0, {});
     }
 }
 
 // A label and its text, which go together: without a text there is no label.
-std::string join_prefix(std::string_view prefix, std::string_view str)
+class labelled_text
 {
-    std::string joined;
-    if (!prefix.empty() && !str.empty())
-        joined.append(prefix).append(1, ' ');
-    return joined.append(str);
-}
+  public:
+    labelled_text(std::string_view label, std::string_view text) : view_(text)
+    {
+        if (label.empty() || text.empty())
+            return;
+        joined_.reserve(label.size() + 1 + text.size());
+        view_ = joined_.append(label).append(1, ' ').append(text);
+    }
+    labelled_text(const labelled_text &) = delete;
+    labelled_text &operator=(const labelled_text &) = delete;
 
-void format_one_line(std::size_t len, std::string_view left, std::string_view right,
-                     Qel_list_str_t *ret)
-{
-    std::string line(left);
-    line.append(len - width(left) - width(right), ' ').append(right);
-    Qel_list_str_insert(ret, line.c_str());
-}
+    operator std::string_view() const { return view_; }
+
+  private:
+    std::string joined_;
+    std::string_view view_; // of the text alone or of joined_
+};
 
 // The left side's first line flush left, the rest of it and the right side below, flush right.
-void format_below(const Qel_rcpt_plain_t *info, std::string_view left, std::string_view right,
-                  Qel_list_str_t *ret)
+void format_below(const Qel_rcpt_plain_t &info, std::string_view left, std::string_view right,
+                  line_sink &lines)
 {
     long_text text(left);
-    format_aligned(info, text.split_long_line(line_len(info)), align::left, ret);
+    format_aligned(info, text.split_long_line(line_len(info)).text, align::left, lines);
     std::string rest(text.rest());
-    format_aligned(info, rest.append(1, ' ').append(right), align::right, ret);
+    format_aligned(info, rest.append(1, ' ').append(right), align::right, lines);
 }
 
-void format_sides(const Qel_rcpt_plain_t *info, std::string_view left, std::string_view right,
-                  Qel_list_str_t *ret)
+void format_sides(const Qel_rcpt_plain_t &info, std::string_view left, std::string_view right,
+                  line_sink &lines)
 {
     if (left.empty() || right.empty()) {
-        format_aligned(info, left, align::left, ret);
-        format_aligned(info, right, align::right, ret);
+        format_aligned(info, left, align::left, lines);
+        format_aligned(info, right, align::right, lines);
         return;
     }
-    if (width(left) + width(right) + 1 <= line_len(info))
-        format_one_line(line_len(info), left, right, ret);
+    const std::size_t len = line_len(info);
+    const std::size_t used = width(left) + width(right);
+    if (used + 1 <= len)
+        lines.add_line(0, left, len - used, right);
     else
-        format_below(info, left, right, ret);
+        format_below(info, left, right, lines);
 }
+
+// Lines as entries of a list.
+class list_sink final : public line_sink
+{
+  public:
+    explicit list_sink(Qel_list_str_t *list) : list_(list) {}
+
+    void add_line(std::size_t indent, std::string_view left, std::size_t gap,
+                  std::string_view right) override
+    {
+        line_.assign(indent, ' ').append(left).append(gap, ' ').append(right);
+        Qel_list_str_insert(list_, line_.c_str());
+    }
+
+  private:
+    Qel_list_str_t *list_;
+    std::string line_; // reused for every line
+};
 
 } // namespace
 
-void Qel_rcpt_plain_add_block(const Qel_rcpt_plain_t *info, const char *block_name,
-                              const Qel_list_str_t *ret) noexcept
+void qel_rcpt::format_center(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
 {
-    if (info == nullptr || Qel_list_str_len(ret) == 0)
-        return;
-    const qel::text block(Qel_list_str_join_str(ret, info->line_break));
-    if (Qel_str_isspace(block.get()))
-        return;
-    Qel_str_upper(block.get());
-    Qel_hash_dict_insert(info->blocks, block_name, block.get());
+    format_aligned(info, qel::view(str), align::center, lines);
 }
 
-void Qel_rcpt_plain_format_center(const Qel_rcpt_plain_t *info, const char *str,
-                                  Qel_list_str_t *ret) noexcept
+void qel_rcpt::format_left(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
 {
-    if (info != nullptr)
-        format_aligned(info, qel::view(str), align::center, ret);
+    format_aligned(info, qel::view(str), align::left, lines);
 }
 
-void Qel_rcpt_plain_format_left(const Qel_rcpt_plain_t *info, const char *str,
-                                Qel_list_str_t *ret) noexcept
+void qel_rcpt::format_right(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
 {
-    if (info != nullptr)
-        format_aligned(info, qel::view(str), align::left, ret);
+    format_aligned(info, qel::view(str), align::right, lines);
 }
 
-void Qel_rcpt_plain_format_right(const Qel_rcpt_plain_t *info, const char *str,
-                                 Qel_list_str_t *ret) noexcept
+void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const char *prefixl,
+                                 const char *strl, const char *prefixr, const char *strr,
+                                 line_sink &lines)
 {
-    if (info != nullptr)
-        format_aligned(info, qel::view(str), align::right, ret);
-}
-
-void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *prefixl,
-                                      const char *strl, const char *prefixr, const char *strr,
-                                      Qel_list_str_t *ret) noexcept
-{
-    if (info == nullptr)
-        return;
     const std::string_view left_label = trim(prefixl);
     const std::string_view left = trim(strl);
     const std::string_view right_label = trim(prefixr);
@@ -222,32 +231,99 @@ void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *
         !left_label.empty() && !left.empty() && !right_label.empty() && !right.empty();
     if (two_pairs &&
         width(left_label) + width(left) + right_label.size() + right.size() + 3 > line_len(info)) {
-        format_sides(info, left_label, left, ret);
-        format_sides(info, right_label, right, ret);
+        format_sides(info, left_label, left, lines);
+        format_sides(info, right_label, right, lines);
         return;
     }
-    format_sides(info, join_prefix(left_label, left), join_prefix(right_label, right), ret);
+    format_sides(info, labelled_text(left_label, left), labelled_text(right_label, right), lines);
+}
+
+void qel_rcpt::format_left_prefix(const Qel_rcpt_plain_t &info, const char *prefix, const char *str,
+                                  line_sink &lines)
+{
+    std::string line(qel::view(prefix));
+    line.append(1, ' ').append(qel::view(str));
+    format_aligned(info, line, align::left, lines);
+}
+
+void qel_rcpt::add_money(const Qel_rcpt_plain_t &info, const char *key, const char *val,
+                         line_sink &lines, bool negative)
+{
+    const qel::text money(Qel_rcpt_format_money(val, &info.attrs));
+    if (!money)
+        return;
+    if (!negative) {
+        format_left_right(info, nullptr, key, nullptr, money.get(), lines);
+        return;
+    }
+    const std::string amount = std::string("- ").append(qel::view(money));
+    format_left_right(info, nullptr, key, nullptr, amount.c_str(), lines);
+}
+
+void qel_rcpt::store_block(const Qel_rcpt_plain_t &info, const char *key, char *block)
+{
+    if (Qel_str_isspace(block))
+        return;
+    Qel_str_upper(block);
+    Qel_hash_dict_insert(info.blocks, key, block);
+}
+
+// The exported operations, whose lines go into a list
+
+void Qel_rcpt_plain_add_block(const Qel_rcpt_plain_t *info, const char *block_name,
+                              const Qel_list_str_t *ret) noexcept
+{
+    if (info == nullptr)
+        return;
+    const qel::text block(Qel_list_str_join_str(ret, info->line_break));
+    qel_rcpt::store_block(*info, block_name, block.get());
+}
+
+void Qel_rcpt_plain_format_center(const Qel_rcpt_plain_t *info, const char *str,
+                                  Qel_list_str_t *ret) noexcept
+{
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::format_center(*info, str, lines);
+}
+
+void Qel_rcpt_plain_format_left(const Qel_rcpt_plain_t *info, const char *str,
+                                Qel_list_str_t *ret) noexcept
+{
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::format_left(*info, str, lines);
+}
+
+void Qel_rcpt_plain_format_right(const Qel_rcpt_plain_t *info, const char *str,
+                                 Qel_list_str_t *ret) noexcept
+{
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::format_right(*info, str, lines);
+}
+
+void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *prefixl,
+                                      const char *strl, const char *prefixr, const char *strr,
+                                      Qel_list_str_t *ret) noexcept
+{
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::format_left_right(*info, prefixl, strl, prefixr, strr, lines);
 }
 
 void Qel_rcpt_plain_format_left_prefix(const Qel_rcpt_plain_t *info, const char *prefix,
                                        const char *str, Qel_list_str_t *ret) noexcept
 {
-    if (info == nullptr)
-        return;
-    std::string line(qel::view(prefix));
-    line.append(1, ' ').append(qel::view(str));
-    format_aligned(info, line, align::left, ret);
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::format_left_prefix(*info, prefix, str, lines);
 }
 
 void Qel_rcpt_plain_add_money(const Qel_rcpt_plain_t *info, const char *key, const char *val,
                               Qel_list_str_t *ret, bool negative) noexcept
 {
-    if (info == nullptr)
-        return;
-    const qel::text money(Qel_rcpt_format_money(val, &info->attrs));
-    if (!money)
-        return;
-    std::string amount(negative ? "- " : "");
-    amount.append(qel::view(money));
-    Qel_rcpt_plain_format_left_right(info, nullptr, key, nullptr, amount.c_str(), ret);
+    list_sink lines(ret);
+    if (info != nullptr)
+        qel_rcpt::add_money(*info, key, val, lines, negative);
 }

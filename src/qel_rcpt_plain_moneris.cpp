@@ -5,6 +5,8 @@
 #include <array>
 #include <iterator>
 
+using qel_rcpt::block_copies;
+using qel_rcpt::block_place;
 using qel_rcpt::get;
 using qel_rcpt::is_one_of;
 using qel_rcpt::key_contains;
@@ -181,7 +183,7 @@ Qel_rcpt_msg_t missing_message(const qel_rcpt::merchant_field &field)
     return field.missing == QEL_RCPT_MSG_UNKNOWN_PHONE ? QEL_RCPT_MSG_NONE : field.missing;
 }
 
-void generate_block_merchinfo(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_merchinfo(Qel_rcpt_plain_t &info, const block_place &place)
 {
     plain_block block(info);
     block.center(QEL_RCPT_MSG_TRECORD);
@@ -193,17 +195,17 @@ void generate_block_merchinfo(Qel_rcpt_plain_t &info, bool is_custcopy)
     for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
         block.left(
             qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, missing_message(field)));
-    block.store("merch_info", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_type(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_type(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const qel::dict custom = qel_rcpt::parse_custom_fields(info.kvs);
     plain_block block(info);
     block.label_prefix(QEL_RCPT_MSG_TYPE,
                        qel_rcpt::get_title_moneris(info.kvs, info.attrs.lang,
                                                    get(custom.get(), "correction_type")));
-    block.store("type", is_custcopy);
+    block.store(place);
 }
 
 // After a partial approval: what was authorised and what is still due.
@@ -217,7 +219,7 @@ void add_authorised_amount(plain_block &block, const Qel_rcpt_plain_t &info)
                    qel::text(Qel_rcpt_format_amount_due(info.kvs, &info.attrs)).get());
 }
 
-void generate_block_money(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_money(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -233,9 +235,9 @@ void generate_block_money(Qel_rcpt_plain_t &info, bool is_custcopy)
     block.positive_money(QEL_RCPT_MSG_TAX, get(kvs, "tax"));
     block.labelled(QEL_RCPT_MSG_TOTAL,
                    qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
-    if (is_custcopy)
+    if (place.is_custcopy)
         block.money(QEL_RCPT_MSG_BALANCE, get(kvs, "balance"));
-    block.store("money", is_custcopy);
+    block.store(place);
 }
 
 // The processor's reference number with the letter of the entry mode.
@@ -251,7 +253,7 @@ void add_reference_number(plain_block &block, const Qel_rcpt_plain_t &info)
     block.left_right("REFERENCE: ", reference.data());
 }
 
-void generate_block_reference(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_reference(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -261,7 +263,7 @@ void generate_block_reference(Qel_rcpt_plain_t &info, bool is_custcopy)
     block.labelled(QEL_RCPT_MSG_AUTH_NUM, get(kvs, "auth"));
     for (const char *key : {"rcpt_emv_name", "rcpt_emv_aid", "rcpt_emv_tvr", "rcpt_emv_tsi"})
         block.left(get(kvs, key));
-    block.store("reference", is_custcopy);
+    block.store(place);
 }
 
 void add_card_status(plain_block &block, const Qel_rcpt_plain_t &info)
@@ -294,7 +296,7 @@ void add_form_factor(plain_block &block, const Qel_rcpt_plain_t &info, bool is_c
     block.left_right("FF/DT", form_factor);
 }
 
-void generate_block_disposition(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_disposition(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -309,11 +311,11 @@ void generate_block_disposition(Qel_rcpt_plain_t &info, bool is_custcopy)
     block.labelled(QEL_RCPT_MSG_TTID, get(kvs, "ttid"));
     block.blank();
     block.center(get_result(info).data());
-    add_form_factor(block, info, is_custcopy);
-    block.store("disposition", is_custcopy);
+    add_form_factor(block, info, place.is_custcopy);
+    block.store(place);
 }
 
-void generate_block_signature(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -327,27 +329,31 @@ void generate_block_signature(Qel_rcpt_plain_t &info, bool is_custcopy)
     } else {
         block.center(Qel_rcpt_get_signature_electronic(kvs, lang));
     }
-    block.store("signature", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_notice(Qel_rcpt_plain_t &info, bool is_custcopy)
+void generate_block_notice(Qel_rcpt_plain_t &info, const block_place &place)
 {
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     plain_block block(info);
     block.center(Qel_rcpt_get_notice(lang));
     block.blank();
-    block.center(Qel_rcpt_get_whos_copy(is_custcopy, lang));
+    block.center(Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
     if (Qel_rcpt_is_duplicate(info.kvs)) {
         block.blank();
         block.center(Qel_rcpt_get_duplicate(lang));
     }
-    block.store("notice", is_custcopy);
+    block.store(place);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
-    {generate_block_merchinfo}, {generate_block_type},        {generate_block_money},
-    {generate_block_reference}, {generate_block_disposition}, {generate_block_signature, true},
-    {generate_block_notice},
+    {"merch_info", generate_block_merchinfo},
+    {"type", generate_block_type},
+    {"money", generate_block_money, block_copies::alike_without_balance},
+    {"reference", generate_block_reference},
+    {"disposition", generate_block_disposition, block_copies::differing},
+    {"signature", generate_block_signature, block_copies::merch_only},
+    {"notice", generate_block_notice, block_copies::differing},
 };
 
 bool has_industry(const Qel_rcpt_config_t *config, Qel_rcpt_ind_t industry)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+using qel_rcpt::block_place;
 using qel_rcpt::get;
 using qel_rcpt::key_is;
 using qel_rcpt::plain_block;
@@ -30,7 +31,7 @@ const Qel_json_node_t *get_moneris_rcpt_node(const ecomm_receipt &info, const ch
     return Qel_json_object_value(info.rcpt_data.get(), name);
 }
 
-void generate_block_merchinfo(ecomm_receipt &info, bool is_custcopy)
+void generate_block_merchinfo(ecomm_receipt &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -43,7 +44,7 @@ void generate_block_merchinfo(ecomm_receipt &info, bool is_custcopy)
     block.center(get(kvs, "merch_addr3"));
     block.blank();
     block.center(qel_rcpt::get_or_message(kvs, "merch_url", lang, QEL_RCPT_MSG_UNKNOWN_URL));
-    block.store("merch_info", is_custcopy);
+    block.store(place);
 }
 
 // A corrected purchase shows no rows of nothing.
@@ -64,7 +65,7 @@ void add_reference_number(plain_block &block, const Qel_hash_dict_t *kvs, const 
     block.left_right("REFERENCE: ", number, "Response / ISO Code: ", codes.data());
 }
 
-void generate_block_reference(ecomm_receipt &info, bool is_custcopy)
+void generate_block_reference(ecomm_receipt &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const qel::dict custom = qel_rcpt::parse_custom_fields(kvs);
@@ -80,7 +81,7 @@ void generate_block_reference(ecomm_receipt &info, bool is_custcopy)
                      qel::text(Qel_rcpt_format_time(kvs, &info.attrs)).get(),
                      block.label(QEL_RCPT_MSG_APPROVAL_CODE).get(), get(kvs, "auth"));
     add_reference_number(block, kvs, get(custom.get(), "refnum"));
-    block.store("reference", is_custcopy);
+    block.store(place);
 }
 
 // Table of items
@@ -201,7 +202,7 @@ void add_each(plain_block &block, const Qel_json_node_t *array,
         add(block, Qel_json_array_at(array, i));
 }
 
-void generate_block_items(ecomm_receipt &info, bool is_custcopy)
+void generate_block_items(ecomm_receipt &info, const block_place &place)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -218,7 +219,7 @@ void generate_block_items(ecomm_receipt &info, bool is_custcopy)
                             key_is(kvs, "action_trans", "preauth") ? QEL_RCPT_MSG_AUTH_AMOUNT
                                                                    : QEL_RCPT_MSG_TOTAL);
     block.raw(table_rule);
-    block.store("line_items", is_custcopy);
+    block.store(place);
 }
 
 // Addresses
@@ -234,7 +235,7 @@ constexpr address_row address_rows[] = {
     {"bill_zip", "ship_zip"},     {"bill_country", "ship_country"},
 };
 
-void generate_block_customer_info(ecomm_receipt &info, bool is_custcopy)
+void generate_block_customer_info(ecomm_receipt &info, const block_place &place)
 {
     const bool is_recurring = Qel_str_eq(get(info.kvs, "recurring"), "recurring");
     const Qel_json_node_t *customer = get_moneris_rcpt_node(info, "customer");
@@ -249,20 +250,23 @@ void generate_block_customer_info(ecomm_receipt &info, bool is_custcopy)
         if (!Qel_str_isempty(bill) || !Qel_str_isempty(ship))
             table_row("").cell(bill, 34).text(" ").cell(ship, 35).store(block);
     }
-    block.store("customer_info", is_custcopy);
+    block.store(place);
 }
 
-void generate_block_refund_policy(ecomm_receipt &info, bool is_custcopy)
+void generate_block_refund_policy(ecomm_receipt &info, const block_place &place)
 {
     plain_block block(info);
     block.center("RETURNS & REFUND POLICY");
     block.center(Qel_json_object_value_string(info.rcpt_data.get(), "policy"));
-    block.store("refund_policy", is_custcopy);
+    block.store(place);
 }
 
 constexpr qel_rcpt::block_builder<ecomm_receipt> block_builders[] = {
-    {generate_block_merchinfo},     {generate_block_reference},     {generate_block_items},
-    {generate_block_customer_info}, {generate_block_refund_policy},
+    {"merch_info", generate_block_merchinfo},
+    {"reference", generate_block_reference},
+    {"line_items", generate_block_items},
+    {"customer_info", generate_block_customer_info},
+    {"refund_policy", generate_block_refund_policy},
 };
 
 } // namespace

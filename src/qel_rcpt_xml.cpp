@@ -1,6 +1,9 @@
 // The XML receipt: a block is an element, its values are elements in it.
 #include "qel_rcpt_values.hpp"
 
+using qel_rcpt::block_copies;
+using qel_rcpt::block_place;
+
 namespace
 {
 
@@ -23,21 +26,19 @@ qel::xml_doc create_block(const Qel_rcpt_xml_t &info, const qel_rcpt::value_bloc
     return element;
 }
 
-void add_block(const Qel_rcpt_xml_t &info, const char *name, bool is_custcopy,
-               const qel::xml_doc &element)
+void add_block(const Qel_rcpt_xml_t &info, const block_place &place, const qel::xml_doc &element)
 {
     if (Qel_xml_node_num_children(element.get()) == 0)
         return;
     const qel::text written(
         Qel_xml_write(element.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
-    Qel_hash_dict_insert(info.blocks, qel_rcpt::block_key(name, is_custcopy).c_str(),
-                         written.get());
+    Qel_hash_dict_insert(info.blocks, place.key, written.get());
 }
 
 template <const qel_rcpt::value_block &Block>
-void generate_block(Qel_rcpt_xml_t &info, bool is_custcopy)
+void generate_block(Qel_rcpt_xml_t &info, const block_place &place)
 {
-    add_block(info, Block.name, is_custcopy, create_block(info, Block, is_custcopy));
+    add_block(info, place, create_block(info, Block, place.is_custcopy));
 }
 
 void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
@@ -50,11 +51,11 @@ void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
         add_value(custom, qel_rcpt::clean_field_name(name).get(), value);
 }
 
-void generate_block_reference(Qel_rcpt_xml_t &info, bool is_custcopy)
+void generate_block_reference(Qel_rcpt_xml_t &info, const block_place &place)
 {
-    const qel::xml_doc element = create_block(info, qel_rcpt::reference_block, is_custcopy);
+    const qel::xml_doc element = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
     add_custom_fields(info, element.get());
-    add_block(info, qel_rcpt::reference_block.name, is_custcopy, element);
+    add_block(info, place, element);
 }
 
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
@@ -67,25 +68,27 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
     add_value(item, "type", Qel_rcpt_line_item_type_to_str(type));
 }
 
-void generate_block_line_items(Qel_rcpt_xml_t &info, bool is_custcopy)
+void generate_block_line_items(Qel_rcpt_xml_t &info, const block_place &place)
 {
     const qel::xml_doc items(Qel_xml_create_element("items", nullptr));
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items.get());
-    add_block(info, "items", is_custcopy, items);
+    add_block(info, place, items);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_xml_t> block_builders[] = {
-    {generate_block<qel_rcpt::merchinfo_block>},
-    {generate_block_reference},
-    {generate_block_line_items},
-    {generate_block<qel_rcpt::order_money_block>},
-    {generate_block<qel_rcpt::money_block>},
-    {generate_block<qel_rcpt::disposition_block>},
-    {generate_block<qel_rcpt::signature_block>, true},
-    {generate_block<qel_rcpt::emv_block>},
-    {generate_block<qel_rcpt::notice_block>},
-    {generate_block<qel_rcpt::notes_block>},
+    {qel_rcpt::merchinfo_block.name, generate_block<qel_rcpt::merchinfo_block>},
+    {qel_rcpt::reference_block.name, generate_block_reference},
+    {"items", generate_block_line_items},
+    {qel_rcpt::order_money_block.name, generate_block<qel_rcpt::order_money_block>},
+    {qel_rcpt::money_block.name, generate_block<qel_rcpt::money_block>,
+     block_copies::alike_without_balance},
+    {qel_rcpt::disposition_block.name, generate_block<qel_rcpt::disposition_block>},
+    {qel_rcpt::signature_block.name, generate_block<qel_rcpt::signature_block>,
+     block_copies::merch_only},
+    {qel_rcpt::emv_block.name, generate_block<qel_rcpt::emv_block>},
+    {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
+    {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
 };
 
 } // namespace

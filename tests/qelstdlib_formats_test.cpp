@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -375,6 +376,25 @@ TEST(XmlWrite, Layout)
     EXPECT_EQ(write(block, QEL_XML_WRITER_NONE), "<Block><a>x y</a></Block>");
 }
 
+TEST(Xml, LosesAnyOfItsChildren)
+{
+    const std::pair<std::string_view, const char *> cases[] = {
+        {"a", "<r><b/><c/><d/></r>"}, {"b", "<r><a/><c/><d/></r>"}, {"c", "<r><a/><b/><d/></r>"},
+        {"ca", "<r><b/><d/></r>"},    {"bac", "<r><d/></r>"},
+    };
+    for (const auto &[lost, expected] : cases) {
+        const qel::xml_doc root(Qel_xml_create_element("r", nullptr));
+        std::map<char, Qel_xml_node_t *> children;
+        for (const char name : {'a', 'b', 'c'})
+            children[name] = Qel_xml_create_element(std::string(1, name).c_str(), root.get());
+        for (const char name : lost)
+            Qel_xml_node_destroy(children[name]);
+        Qel_xml_create_element("d", root.get());
+        EXPECT_EQ(write(root.get(), QEL_XML_WRITER_NONE), expected) << lost;
+        EXPECT_EQ(Qel_xml_node_num_children(root.get()), 4 - lost.size());
+    }
+}
+
 TEST(XmlWrite, Encoding)
 {
     const struct {
@@ -495,6 +515,9 @@ TEST(Absent, EveryArgument)
     EXPECT_FALSE(Qel_xml_node_insert_attribute(nullptr, "a", "b", 0, true));
     EXPECT_EQ(Qel_xml_node_num_children(nullptr), 0u);
     EXPECT_EQ(Qel_xml_write(nullptr, 0, nullptr), nullptr);
+    size_t len = 1;
+    EXPECT_EQ(Qel_xml_write(nullptr, 0, &len), nullptr);
+    EXPECT_EQ(len, 0u);
     Qel_xml_node_destroy(nullptr);
     const qel::xml_doc element(Qel_xml_create_element_with_text(nullptr, nullptr, 0, nullptr));
     EXPECT_FALSE(Qel_xml_node_insert_attribute(element.get(), nullptr, "b", 0, true));

@@ -2,12 +2,15 @@
 #ifndef QELSTDLIB_FORMATS_INT_H
 #define QELSTDLIB_FORMATS_INT_H
 
+#include "new_text.h"
 #include "qelstdlib.hpp"
 
 #include <utf8.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -23,19 +26,36 @@ inline constexpr char32_t replacement_char = 0xFFFD;
 inline constexpr std::string_view replacement_utf8 = "\xEF\xBF\xBD";
 
 // Text as the C interface returns it; its length goes to *len unless len is absent.
-inline char *new_text(const std::string &str, std::size_t *len)
+inline char *finish(qel::text_builder &out, std::size_t *len)
 {
     if (len != nullptr) {
-        *len = str.size();
+        *len = out.size();
     }
-    return Qel_strdup(str.c_str());
+    return out.release();
+}
+
+// The number of ASCII bytes at the start, or somewhat fewer: whole words are looked at.
+inline std::size_t ascii_words(std::string_view text)
+{
+    constexpr std::uint64_t high_bits = 0x8080808080808080U;
+    std::uint64_t word = 0;
+    std::size_t len = 0;
+    while (len + sizeof word <= text.size()) {
+        std::memcpy(&word, text.data() + len, sizeof word);
+        if ((word & high_bits) != 0) {
+            break;
+        }
+        len += sizeof word;
+    }
+    return len;
 }
 
 // The number of bytes before the first broken one.
 inline std::size_t valid_prefix(std::string_view text)
 {
-    return static_cast<std::size_t>(
-        std::distance(text.begin(), utf8::find_invalid(text.begin(), text.end())));
+    const char *const begin = text.data() + ascii_words(text);
+    const char *const end = text.data() + text.size();
+    return static_cast<std::size_t>(utf8::find_invalid(begin, end) - text.data());
 }
 
 inline bool begins_valid(std::string_view text)
@@ -61,7 +81,7 @@ inline std::optional<char32_t> take_char(std::string_view &text)
 
 // Takes the bytes for which is_plain holds off the front of the text and appends them.
 template <typename Predicate>
-void append_plain(std::string &out, std::string_view &text, Predicate is_plain)
+void append_plain(qel::text_builder &out, std::string_view &text, Predicate is_plain)
 {
     const auto end = std::find_if_not(text.begin(), text.end(), is_plain);
     const auto len = static_cast<std::size_t>(std::distance(text.begin(), end));
@@ -87,6 +107,9 @@ std::unique_ptr<Node> take_out(Node &node)
 template <typename Node>
 void release_children(std::vector<std::unique_ptr<Node>> &children)
 {
+    if (children.empty()) {
+        return;
+    }
     auto doomed = std::move(children);
     while (!doomed.empty()) {
         const std::unique_ptr<Node> node = std::move(doomed.back());

@@ -1,12 +1,12 @@
 #include "qelstdlib_int.h"
 
 #include <array>
+#include <bit>
 #include <cstring>
-#include <functional>
 #include <list>
 #include <memory>
 #include <optional>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace
@@ -15,6 +15,8 @@ namespace
 struct entry {
     std::string key;
     std::string val;
+    std::size_t hash = 0;
+    std::list<entry>::iterator place{}; // its own
 };
 
 unsigned char lower_byte(char chr)
@@ -29,7 +31,41 @@ struct key_hash {
 
     std::size_t operator()(std::string_view key) const
     {
-        return ignore_case ? lower_hash(key) : std::hash<std::string_view>()(key);
+        return ignore_case ? lower_hash(key) : word_hash(key);
+    }
+
+    // Takes eight bytes at a time: keys are short and looked up often.
+    static std::size_t word_hash(std::string_view key)
+    {
+        std::uint64_t hash = key.size();
+        for (; key.size() > 8; key.remove_prefix(8))
+            hash = mixed(hash ^ word_of(key.substr(0, 8)));
+        return static_cast<std::size_t>(mixed(hash ^ word_of(key)));
+    }
+
+    // Up to eight bytes as a number; shorter keys read some of theirs twice.
+    static std::uint64_t word_of(std::string_view bytes)
+    {
+        std::uint64_t word = 0;
+        if (bytes.size() == 8) {
+            std::memcpy(&word, bytes.data(), 8);
+        } else if (bytes.size() >= 4) {
+            std::array<std::uint32_t, 2> halves{};
+            std::memcpy(&halves[0], bytes.data(), 4);
+            std::memcpy(&halves[1], bytes.data() + bytes.size() - 4, 4);
+            word = std::uint64_t{halves[0]} << 32U | halves[1];
+        } else {
+            for (const char byte : bytes)
+                word = word << 8U | static_cast<unsigned char>(byte);
+        }
+        return word;
+    }
+
+    // Lets every bit have a say in the lowest ones, which choose the slot.
+    static std::uint64_t mixed(std::uint64_t hash)
+    {
+        hash *= 0x9E3779B97F4A7C15U; // 2 to the 64th over the golden ratio
+        return hash ^ hash >> 32U;
     }
 
     // FNV-1a of the key as if in lower case.
@@ -62,16 +98,91 @@ struct key_less {
     }
 };
 
+// Finds entries by key: slots as many as a power of two, each with one entry or none. An entry
+// stands in the slot that its hash names or, where that is taken, in one of the next, with no empty
+// slot between.
+class key_index
+{
+  public:
+    explicit key_index(key_equal equal) : equal_(equal), slots_(fewest_slots) {}
+
+    // Follows a creator's hints within reason: they come from callers and may be anything.
+    void make_room(std::size_t num_keys, std::size_t fill_pct)
+    {
+        constexpr std::size_t most_keys = 4096;
+        fill_pct_ = std::clamp<std::size_t>(fill_pct, 10, 90);
+        const std::size_t wanted = std::min(num_keys, most_keys) * 100 / fill_pct_ + 1;
+        if (wanted > slots_.size())
+            resize(std::bit_ceil(wanted));
+    }
+
+    [[nodiscard]] entry *find(std::string_view key, std::size_t hash) const
+    {
+        std::size_t at = first_slot(hash);
+        while (slots_[at] != nullptr && !(slots_[at]->hash == hash && equal_(slots_[at]->key, key)))
+            at = next_slot(at);
+        return slots_[at];
+    }
+
+    void add(entry &added)
+    {
+        ++used_;
+        if (used_ * 100 > slots_.size() * fill_pct_)
+            resize(2 * slots_.size());
+        put(added);
+    }
+
+    // Moves the entries behind it up, so that none is cut off from its slot.
+    void remove(const entry &removed)
+    {
+        --used_;
+        std::size_t at = first_slot(removed.hash);
+        while (slots_[at] != &removed)
+            at = next_slot(at);
+        slots_[at] = nullptr;
+        for (at = next_slot(at); slots_[at] != nullptr; at = next_slot(at))
+            put(*std::exchange(slots_[at], nullptr));
+    }
+
+  private:
+    static constexpr std::size_t fewest_slots = 16;
+
+    [[nodiscard]] std::size_t first_slot(std::size_t hash) const
+    {
+        return hash & (slots_.size() - 1);
+    }
+    [[nodiscard]] std::size_t next_slot(std::size_t slot) const { return first_slot(slot + 1); }
+
+    void put(entry &placed)
+    {
+        std::size_t at = first_slot(placed.hash);
+        while (slots_[at] != nullptr)
+            at = next_slot(at);
+        slots_[at] = &placed;
+    }
+
+    void resize(std::size_t count)
+    {
+        const std::vector<entry *> old = std::exchange(slots_, std::vector<entry *>(count));
+        for (entry *const moved : old) {
+            if (moved != nullptr)
+                put(*moved);
+        }
+    }
+
+    key_equal equal_;
+    std::size_t fill_pct_ = 75;
+    std::size_t used_ = 0;
+    std::vector<entry *> slots_; // never all in use
+};
+
 } // namespace
 
-// Entries stay where they are, in insertion order, so borrowed texts outlive other insertions; the
-// index views the keys in them.
+// Entries stay where they are, in insertion order, so borrowed texts outlive other insertions.
 struct Qel_hash_dict {
-    using place = std::list<entry>::iterator;
-
     explicit Qel_hash_dict(std::uint32_t flags)
         : ignore_case((flags & QEL_HASH_DICT_CASECMP) != 0), sorted(has_sorted_order(flags)),
-          index(0, key_hash{ignore_case}, key_equal{ignore_case})
+          index(key_equal{ignore_case})
     {
     }
 
@@ -81,45 +192,55 @@ struct Qel_hash_dict {
         return (flags & both) == both;
     }
 
-    [[nodiscard]] const entry *find(const char *key) const
+    [[nodiscard]] std::size_t hash(std::string_view key) const
     {
-        if (key == nullptr)
-            return nullptr;
-        const auto found = index.find(qel::view(key));
-        return found == index.end() ? nullptr : &*found->second;
+        return key_hash{ignore_case}(key);
     }
+
+    [[nodiscard]] entry *find(std::string_view key) const { return index.find(key, hash(key)); }
 
     void store(std::string_view key, std::string_view val)
     {
-        const auto found = index.find(key);
-        if (found != index.end()) {
-            found->second->val.assign(val);
+        const std::size_t key_hash = hash(key);
+        if (entry *const found = index.find(key, key_hash)) {
+            found->val.assign(val);
             return;
         }
-        entries.push_back({std::string(key), std::string(val)});
-        add_to_index(std::prev(entries.end()));
+        entries.push_back({std::string(key), std::string(val), key_hash});
+        add_last_to_index();
     }
-
-    void add_to_index(place added) { index.emplace(added->key, added); }
 
     // Takes the first entry of another dictionary's list, without copying it.
     void take_first(std::list<entry> &source)
     {
         const auto first = source.begin();
-        const auto found = index.find(first->key);
-        if (found != index.end()) {
-            found->second->val = std::move(first->val);
+        first->hash = hash(first->key); // this dictionary may compare in another way
+        if (entry *const found = index.find(first->key, first->hash)) {
+            found->val = std::move(first->val);
             source.erase(first);
             return;
         }
         entries.splice(entries.end(), source, first);
-        add_to_index(first);
+        add_last_to_index();
+    }
+
+    void remove(const entry &removed)
+    {
+        index.remove(removed);
+        entries.erase(removed.place);
     }
 
     bool ignore_case;
     bool sorted;
     std::list<entry> entries;
-    std::unordered_map<std::string_view, place, key_hash, key_equal> index;
+    key_index index;
+
+  private:
+    void add_last_to_index()
+    {
+        entries.back().place = std::prev(entries.end());
+        index.add(entries.back());
+    }
 };
 
 struct Qel_hash_dict_enum {
@@ -130,7 +251,7 @@ struct Qel_hash_dict_enum {
 Qel_hash_dict_t *Qel_hash_dict_create(size_t init_size, size_t fill_pct, uint32_t flags) noexcept
 {
     auto dict = std::make_unique<Qel_hash_dict>(flags);
-    qel::make_room(dict->index, init_size, fill_pct);
+    dict->index.make_room(init_size, fill_pct);
     return dict.release();
 }
 
@@ -144,7 +265,7 @@ bool Qel_hash_dict_insert(Qel_hash_dict_t *dict, const char *key, const char *va
 
 bool Qel_hash_dict_get(const Qel_hash_dict_t *dict, const char *key, const char **val) noexcept
 {
-    const entry *const found = dict == nullptr ? nullptr : dict->find(key);
+    const entry *const found = dict == nullptr || key == nullptr ? nullptr : dict->find(key);
     if (val != nullptr)
         *val = found == nullptr ? nullptr : found->val.c_str();
     return found != nullptr;
@@ -166,14 +287,10 @@ bool Qel_hash_dict_remove(Qel_hash_dict_t *dict, const char *key) noexcept
 {
     if (dict == nullptr || key == nullptr)
         return false;
-    const auto found = dict->index.find(qel::view(key));
-    if (found == dict->index.end())
+    const entry *const found = dict->find(key);
+    if (found == nullptr)
         return false;
-
-    // The index views the key in the entry, so it lets go first.
-    const Qel_hash_dict::place removed = found->second;
-    dict->index.erase(found);
-    dict->entries.erase(removed);
+    dict->remove(*found);
     return true;
 }
 
@@ -192,7 +309,6 @@ void Qel_hash_dict_merge(Qel_hash_dict_t **dest, Qel_hash_dict_t *src) noexcept
     }
 
     const std::unique_ptr<Qel_hash_dict> source(src);
-    source->index.clear(); // it views keys that are about to move
     if (source->sorted)
         source->entries.sort([less = key_less{source->ignore_case}](
                                  const entry &a, const entry &b) { return less(a.key, b.key); });

@@ -7,11 +7,26 @@ struct Qel_hash_u64str {
     std::unordered_map<std::uint64_t, std::string> texts;
 };
 
+namespace
+{
+
+// Follows a creator's hints within reason: they come from callers and may be anything.
+void make_room(std::unordered_map<std::uint64_t, std::string> &table, std::size_t init_size,
+               std::size_t fill_pct)
+{
+    constexpr std::size_t max_reserved = 4096;
+    const auto percent = static_cast<float>(std::clamp<std::size_t>(fill_pct, 10, 100));
+    table.max_load_factor(percent / 100.0F);
+    table.reserve(std::min(init_size, max_reserved));
+}
+
+} // namespace
+
 Qel_hash_u64str_t *Qel_hash_u64str_create(size_t init_size, size_t fill_pct,
                                           uint32_t /*none exist*/) noexcept
 {
     auto table = std::make_unique<Qel_hash_u64str>();
-    qel::make_room(table->texts, init_size, fill_pct);
+    make_room(table->texts, init_size, fill_pct);
     return table.release();
 }
 

@@ -39,7 +39,7 @@ Qel_json_node *Qel_json_node::member(std::string_view member_name) const
 
 void Qel_json_node::update_index()
 {
-    constexpr std::size_t few = 8;
+    constexpr std::size_t few = 32;
     index_.reset();
     if (type != QEL_JSON_TYPE_OBJECT || children.size() <= few) {
         return;
@@ -52,6 +52,10 @@ void Qel_json_node::update_index()
 
 Qel_json_node *Qel_json_node::append(node_ptr value)
 {
+    constexpr std::size_t usual = 8;
+    if (children.empty()) {
+        children.reserve(usual);
+    }
     value->parent = this;
     Qel_json_node *const added = children.emplace_back(std::move(value)).get();
     if (index_) {

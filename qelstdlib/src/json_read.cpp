@@ -334,9 +334,10 @@ outcome parse(std::string_view source, bool repair)
     const scanner scan(source, repair);
     const std::string &masked = scan.masked();
     builder build(scan.numbers());
-    const bool parsed = nlohmann::json::sax_parse(
-        masked.begin(), masked.end(), &build, nlohmann::json::input_format_t::json, /*strict=*/true,
-        /*ignore_comments=*/true);
+    const bool parsed =
+        nlohmann::json::sax_parse(masked.data(), masked.data() + masked.size(), &build,
+                                  nlohmann::json::input_format_t::json, /*strict=*/true,
+                                  /*ignore_comments=*/true);
     const std::size_t parser_stop = std::min(build.fault_offset(), masked.size());
     if (!parsed && (parser_stop < masked.size() || !scan.found())) {
         return {nullptr, {QEL_JSON_ERROR_SYNTAX, parser_stop}};

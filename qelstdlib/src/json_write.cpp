@@ -2,15 +2,17 @@
 #include "formats_int.h"
 #include "json_node.h"
 
+#include <array>
+
 namespace
 {
 
-void append_unit(std::string &out, char32_t unit)
+void append_unit(qel::text_builder &out, char32_t unit)
 {
     constexpr std::string_view digits = "0123456789abcdef";
-    out += "\\u";
+    out.append("\\u");
     for (int shift = 12; shift >= 0; shift -= 4) {
-        out += digits[(unit >> shift) & 0xF];
+        out.append(digits[(unit >> shift) & 0xF]);
     }
 }
 
@@ -36,11 +38,11 @@ char short_escape(char32_t chr)
     }
 }
 
-void append_escape(std::string &out, char32_t chr)
+void append_escape(qel::text_builder &out, char32_t chr)
 {
     if (const char letter = short_escape(chr); letter != 0) {
-        out += '\\';
-        out += letter;
+        out.append('\\');
+        out.append(letter);
         return;
     }
     if (chr <= 0xFFFF) {
@@ -52,21 +54,29 @@ void append_escape(std::string &out, char32_t chr)
     append_unit(out, 0xDC00 + (offset & 0x3FF));
 }
 
+// By byte, whether it stands for itself.
+constexpr std::array<bool, 256> plain_bytes = [] {
+    std::array<bool, 256> plain{};
+    std::fill(plain.begin() + ' ', plain.begin() + 0x80, true);
+    plain['"'] = false;
+    plain['\\'] = false;
+    return plain;
+}();
+
 bool is_plain(char chr)
 {
-    const auto byte = static_cast<unsigned char>(chr);
-    return byte >= ' ' && byte < 0x80 && chr != '"' && chr != '\\';
+    return plain_bytes[static_cast<unsigned char>(chr)];
 }
 
-void append_quoted(std::string &out, std::string_view text)
+void append_quoted(qel::text_builder &out, std::string_view text)
 {
-    out += '"';
+    out.append('"');
     formats::append_plain(out, text, is_plain);
     while (!text.empty()) {
         append_escape(out, formats::take_char(text).value_or(formats::replacement_char));
         formats::append_plain(out, text, is_plain);
     }
-    out += '"';
+    out.append('"');
 }
 
 // Walks the tree with a stack of its own: a tree that was built may be deeper than the program's
@@ -74,9 +84,9 @@ void append_quoted(std::string &out, std::string_view text)
 class writer
 {
   public:
-    explicit writer(bool on_lines) : on_lines_(on_lines) { out_.reserve(1024); }
+    explicit writer(bool on_lines) : on_lines_(on_lines) {}
 
-    const std::string &write(const Qel_json_node &root)
+    qel::text_builder &write(const Qel_json_node &root)
     {
         begin_value(root);
         while (!open_.empty()) {
@@ -100,13 +110,13 @@ class writer
             return;
         }
         if (top.next > 0) {
-            out_ += ',';
+            out_.append(',');
         }
         begin_line();
         const Qel_json_node &child = *node.children[top.next++];
         if (node.type == QEL_JSON_TYPE_OBJECT) {
             append_quoted(out_, child.name);
-            out_ += on_lines_ ? ": " : ":";
+            out_.append(on_lines_ ? ": " : ":");
         }
         begin_value(child);
     }
@@ -115,12 +125,12 @@ class writer
     void begin_value(const Qel_json_node &node)
     {
         if (node.is_container()) {
-            out_ += node.type == QEL_JSON_TYPE_OBJECT ? '{' : '[';
+            out_.append(node.type == QEL_JSON_TYPE_OBJECT ? '{' : '[');
             open_.push_back({&node, 0});
         } else if (node.type == QEL_JSON_TYPE_STRING) {
             append_quoted(out_, node.text);
         } else {
-            out_ += node.text;
+            out_.append(node.text);
         }
     }
 
@@ -130,18 +140,18 @@ class writer
         if (!node.children.empty()) {
             begin_line();
         }
-        out_ += node.type == QEL_JSON_TYPE_OBJECT ? '}' : ']';
+        out_.append(node.type == QEL_JSON_TYPE_OBJECT ? '}' : ']');
     }
 
     void begin_line()
     {
         if (on_lines_) {
-            out_ += '\n';
+            out_.append('\n');
             out_.append(2 * open_.size(), ' ');
         }
     }
 
-    std::string out_;
+    qel::text_builder out_{1023};
     std::vector<level> open_;
     bool on_lines_;
 };
@@ -157,5 +167,5 @@ char *Qel_json_write(const Qel_json_node_t *node, uint32_t flags, size_t *len) n
         return nullptr;
     }
     writer out((flags & QEL_JSON_WRITER_PRETTYPRINT_SPACE) != 0);
-    return formats::new_text(out.write(*node), len);
+    return formats::finish(out.write(*node), len);
 }

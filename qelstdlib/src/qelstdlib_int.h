@@ -2,37 +2,17 @@
 #ifndef QELSTDLIB_INT_H
 #define QELSTDLIB_INT_H
 
+#include "new_text.h"
 #include "qelstdlib.h"
 #include "qelstdlib.hpp"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
-#include <exception>
 #include <string>
 #include <string_view>
 
 namespace qel
 {
-
-// Room for a text of len bytes that Qel_free releases, terminated; its bytes are the caller's to
-// fill. It comes from malloc because programs in other languages hand it to Qel_free.
-inline char *new_text_area(std::size_t len) noexcept
-{
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
-    auto *area = static_cast<char *>(std::malloc(len + 1));
-    if (area == nullptr)
-        std::terminate();
-    area[len] = '\0';
-    return area;
-}
-
-inline char *new_text(std::string_view str) noexcept
-{
-    char *const area = new_text_area(str.size());
-    str.copy(area, str.size());
-    return area;
-}
 
 constexpr bool is_space(char chr) noexcept
 {
@@ -63,16 +43,6 @@ std::string decimal(Int value, std::size_t min_digits)
     if (digits.size() < min_digits && digits.front() != '-')
         digits.insert(0, min_digits - digits.size(), '0');
     return digits;
-}
-
-// Follows a creator's hints within reason: they come from callers and may be anything.
-template <typename Table>
-void make_room(Table &table, std::size_t init_size, std::size_t fill_pct)
-{
-    constexpr std::size_t max_reserved = 4096;
-    const auto percent = static_cast<float>(std::clamp<std::size_t>(fill_pct, 10, 100));
-    table.max_load_factor(percent / 100.0F);
-    table.reserve(std::min(init_size, max_reserved));
 }
 
 } // namespace qel

@@ -174,18 +174,49 @@ bool is_latin_lead(char chr)
     return byte >= 0xC3U && byte <= 0xC5U;
 }
 
+// Every byte from begin to end; a letter that begins there may end one byte after it.
+void upper_characters(char *begin, const char *end)
+{
+    for (; begin < end; ++begin) {
+        if (is_latin_lead(begin[0]) && qel::is_continuation(begin[1]))
+            upper_latin(begin[0], begin[1]);
+        else
+            *begin = ascii_capital(*begin);
+    }
+}
+
+// Most text is ASCII, and a stretch of known length goes through the processor's wide registers.
+constexpr std::ptrdiff_t stretch_len = 32;
+
+bool is_ascii_stretch(const char *begin)
+{
+    std::array<std::uint64_t, 4> words;
+    static_assert(sizeof words == stretch_len);
+    std::memcpy(words.data(), begin, sizeof words);
+    return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080U) == 0;
+}
+
+void upper_ascii_stretch(char *begin)
+{
+    for (std::ptrdiff_t i = 0; i < stretch_len; ++i)
+        begin[i] = ascii_capital(begin[i]);
+}
+
 } // namespace
 
 void Qel_str_upper(char *str) noexcept
 {
     if (str == nullptr)
         return;
-    for (; *str != '\0'; ++str) {
-        if (is_latin_lead(str[0]) && qel::is_continuation(str[1]))
-            upper_latin(str[0], str[1]);
+    char *const end = str + std::strlen(str);
+    while (end - str >= stretch_len) {
+        if (is_ascii_stretch(str))
+            upper_ascii_stretch(str);
         else
-            *str = ascii_capital(*str);
+            upper_characters(str, str + stretch_len);
+        str += stretch_len;
     }
+    upper_characters(str, end);
 }
 
 namespace
@@ -279,10 +310,10 @@ char *Qel_str_dot_money_out(const char *str) noexcept
     const std::array<char, 2> hundredths = parts.hundredths();
     const bool zero = units.empty() && hundredths == std::array<char, 2>{'0', '0'};
 
-    std::string money(minus && !zero ? "-" : "");
-    money.append(units.empty() ? "0" : units).push_back('.');
-    money.append(hundredths.data(), hundredths.size());
-    return qel::new_text(money);
+    qel::text_builder money(units.size() + 5); // room for the sign, a 0 and the decimals
+    money.append(minus && !zero ? "-" : "").append(units.empty() ? "0" : units).append('.');
+    money.append({hundredths.data(), hundredths.size()});
+    return money.release();
 }
 
 char *Qel_strdup(const char *str) noexcept
@@ -349,6 +380,16 @@ constexpr std::array<directive, 5> directives{{
     {"%%", argument::none},
 }};
 
+// The directive that the format begins with, or absent.
+const directive *find_directive(std::string_view fmt)
+{
+    if (!fmt.starts_with('%'))
+        return nullptr;
+    const auto *const found = std::ranges::find_if(
+        directives, [&](const directive &known) { return fmt.starts_with(known.spelling); });
+    return found == directives.end() ? nullptr : found;
+}
+
 // A va_list that functions can share: passed by itself, it would be spent after the first.
 struct arguments {
     va_list list;
@@ -382,9 +423,7 @@ void format(const char *fmt, arguments &args, Put &put)
 {
     std::string_view rest = view(fmt);
     while (!rest.empty()) {
-        const auto *const found = std::ranges::find_if(
-            directives, [&](const directive &known) { return rest.starts_with(known.spelling); });
-        if (found != directives.end()) {
+        if (const directive *const found = find_directive(rest)) {
             put_argument(found->takes, args, put);
             rest.remove_prefix(found->spelling.size());
             continue;
@@ -456,14 +495,15 @@ size_t Qel_asprintf(char **out, const char *fmt, ...) noexcept
     if (out == nullptr)
         return 0;
 
-    std::string text;
+    qel::text_builder text(31);
     const auto append = [&](std::string_view piece) { text.append(piece); };
     arguments args;
     va_start(args.list, fmt);
     format(fmt, args, append);
     va_end(args.list);
-    *out = qel::new_text(text);
-    return text.size();
+    const std::size_t len = text.size();
+    *out = text.release();
+    return len;
 }
 
 void Qel_mem_move(void *dest, const void *src, size_t len) noexcept

@@ -2,36 +2,101 @@
 #include "formats_int.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 namespace
 {
 
 enum class node_type { document, element, text };
 
+// The attributes of an element, in their order.
 struct attribute {
-    std::string name;
-    std::string value;
+    std::string_view name;
+    std::string_view value;
+    attribute *next = nullptr;
+};
+
+// Holds the nodes of one tree with their texts. They go when the tree does, all at once: the
+// nodes link to each other and own nothing.
+class arena
+{
+  public:
+    arena() = default;
+    arena(const arena &) = delete;
+    arena &operator=(const arena &) = delete;
+
+    template <typename T>
+    T *create(const T &value)
+    {
+        static_assert(std::is_trivially_destructible_v<T>);
+        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the arena owns the place
+        return new (allocate<alignof(T)>(sizeof(T))) T(value);
+    }
+
+    std::string_view keep(std::string_view text)
+    {
+        std::byte *const kept = allocate<1>(text.size());
+        if (!text.empty()) {
+            std::memcpy(kept, text.data(), text.size());
+        }
+        return {reinterpret_cast<const char *>(kept), text.size()};
+    }
+
+  private:
+    template <std::size_t Alignment>
+    std::byte *allocate(std::size_t size)
+    {
+        const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(free_) % Alignment;
+        const std::size_t padding = misaligned == 0 ? 0 : Alignment - misaligned;
+        if (padding + size > left_) {
+            return add_chunk(size);
+        }
+        std::byte *const allocated = free_ + padding;
+        free_ = allocated + size;
+        left_ -= padding + size;
+        return allocated;
+    }
+
+    // Each chunk is twice as large as the one before, so that many nodes take few of them.
+    std::byte *add_chunk(std::size_t size)
+    {
+        next_chunk_ *= 2;
+        left_ = std::max(size, next_chunk_) - size;
+        std::byte *const chunk =
+            chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(size + left_)).get();
+        free_ = chunk + size;
+        return chunk;
+    }
+
+    static constexpr std::size_t first_chunk = 4000;
+
+    alignas(std::max_align_t) std::array<std::byte, first_chunk> first_;
+    std::vector<std::unique_ptr<std::byte[]>> chunks_; // beside the first
+    std::size_t next_chunk_ = first_chunk;
+    std::size_t left_ = first_chunk;
+    std::byte *free_ = first_.data();
 };
 
 } // namespace
 
 struct Qel_xml_node {
-    Qel_xml_node(node_type kind, std::string node_text) : type(kind), text(std::move(node_text)) {}
-    ~Qel_xml_node() { formats::release_children(children); }
-    Qel_xml_node(const Qel_xml_node &) = delete;
-    Qel_xml_node &operator=(const Qel_xml_node &) = delete;
-
     node_type type;
-    std::string text; // of an element, its name
-    std::vector<attribute> attributes;
+    std::string_view text; // of an element, its name
+    arena *memory;
     Qel_xml_node *parent = nullptr;
-    std::vector<std::unique_ptr<Qel_xml_node>> children;
+    Qel_xml_node *previous = nullptr; // the siblings
+    Qel_xml_node *next = nullptr;
+    Qel_xml_node *first_child = nullptr;
+    Qel_xml_node *last_child = nullptr;
+    std::size_t num_children = 0;
+    attribute *first_attribute = nullptr;
+    attribute *last_attribute = nullptr;
 };
 
 namespace
 {
-
-using node_ptr = std::unique_ptr<Qel_xml_node>;
 
 struct char_range {
     char32_t first;
@@ -77,9 +142,26 @@ bool may_stand_in_name(char32_t chr)
     return may_begin_name(chr) || in_ranges(chr, name_inner_ranges);
 }
 
-// Names are made valid when they enter the tree and not when they are written, so that attributes
-// whose names would be written alike count as one.
-std::string valid_name(std::string_view name)
+// By byte, whether it is a letter or digit of ASCII, or '_'.
+constexpr std::array<bool, 256> word_bytes = [] {
+    std::array<bool, 256> word{};
+    std::fill(word.begin() + '0', word.begin() + '9' + 1, true);
+    std::fill(word.begin() + 'A', word.begin() + 'Z' + 1, true);
+    std::fill(word.begin() + 'a', word.begin() + 'z' + 1, true);
+    word['_'] = true;
+    return word;
+}();
+
+// Whether the name certainly stands in the tree as it is. Most do, and this is quick to tell.
+bool is_plain_name(std::string_view name)
+{
+    const auto is_word_byte = [](char chr) { return word_bytes[static_cast<unsigned char>(chr)]; };
+    const auto is_digit = [](char chr) { return chr >= '0' && chr <= '9'; };
+    return !name.empty() && !is_digit(name.front()) &&
+           std::all_of(name.begin(), name.end(), is_word_byte);
+}
+
+std::string made_valid(std::string_view name)
 {
     if (name.empty()) {
         return "_";
@@ -100,6 +182,13 @@ std::string valid_name(std::string_view name)
     return out;
 }
 
+// Names are made valid when they enter the tree and not when they are written, so that attributes
+// whose names would be written alike count as one.
+std::string_view keep_name(arena &memory, std::string_view name)
+{
+    return is_plain_name(name) ? memory.keep(name) : memory.keep(made_valid(name));
+}
+
 bool is_continuation(char chr)
 {
     return (static_cast<unsigned char>(chr) & 0xC0) == 0x80;
@@ -117,27 +206,49 @@ std::string_view limited(std::string_view text, std::size_t max_len)
     return text.substr(0, max_len);
 }
 
-node_ptr new_element(const char *name)
+Qel_xml_node *append(Qel_xml_node &parent, const Qel_xml_node &node)
 {
-    return std::make_unique<Qel_xml_node>(node_type::element, valid_name(qel::view(name)));
-}
-
-Qel_xml_node *append(node_ptr child, Qel_xml_node &parent)
-{
+    Qel_xml_node *const child = parent.memory->create(node);
     child->parent = &parent;
-    return parent.children.emplace_back(std::move(child)).get();
+    child->previous = parent.last_child;
+    (parent.last_child == nullptr ? parent.first_child : parent.last_child->next) = child;
+    parent.last_child = child;
+    ++parent.num_children;
+    return child;
 }
 
-// The node in its place; without a parent it is the caller's.
-Qel_xml_node *hand_out(node_ptr node, Qel_xml_node *parent)
+// A tree of one node, in an arena of its own.
+Qel_xml_node *create_root(node_type type, const char *name)
 {
-    return parent != nullptr ? append(std::move(node), *parent) : node.release();
+    auto memory = std::make_unique_for_overwrite<arena>();
+    const std::string_view text =
+        type == node_type::element ? keep_name(*memory, qel::view(name)) : std::string_view();
+    arena &kept = *memory.release(); // the root's from here on
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): destroying the root releases it
+    return kept.create(Qel_xml_node{type, text, &kept});
+}
+
+void unlink(Qel_xml_node &node)
+{
+    Qel_xml_node &parent = *node.parent;
+    (node.previous == nullptr ? parent.first_child : node.previous->next) = node.next;
+    (node.next == nullptr ? parent.last_child : node.next->previous) = node.previous;
+    --parent.num_children;
+}
+
+attribute *find_attribute(const Qel_xml_node &node, std::string_view name)
+{
+    attribute *found = node.first_attribute;
+    while (found != nullptr && found->name != name) {
+        found = found->next;
+    }
+    return found;
 }
 
 enum class place { content, attribute };
 
 // What is written for an ASCII character in place of it; empty when it stands for itself.
-std::string_view ascii_entity(char chr, place where)
+constexpr std::string_view ascii_entity(char chr, place where)
 {
     switch (chr) {
     case '&':
@@ -166,26 +277,41 @@ bool is_ascii(char chr)
     return static_cast<unsigned char>(chr) < 0x80;
 }
 
-void append_non_ascii(std::string &out, std::string_view &text)
+// By byte, whether it stands for itself.
+using plain_bytes = std::array<bool, 256>;
+
+constexpr plain_bytes bytes_plain_in(place where)
+{
+    plain_bytes plain{};
+    for (int byte = 0; byte < 0x80; ++byte) {
+        plain[static_cast<std::size_t>(byte)] =
+            ascii_entity(static_cast<char>(byte), where).empty();
+    }
+    return plain;
+}
+
+constexpr plain_bytes plain_in_content = bytes_plain_in(place::content);
+constexpr plain_bytes plain_in_attribute = bytes_plain_in(place::attribute);
+
+void append_non_ascii(qel::text_builder &out, std::string_view &text)
 {
     const std::string_view before = text;
     const std::optional<char32_t> chr = formats::take_char(text);
     if (!chr || *chr == 0xFFFE || *chr == 0xFFFF) {
-        out += formats::replacement_utf8;
+        out.append(formats::replacement_utf8);
     } else {
-        out += before.substr(0, before.size() - text.size());
+        out.append(before.substr(0, before.size() - text.size()));
     }
 }
 
-void append_encoded(std::string &out, std::string_view text, place where)
+void append_encoded(qel::text_builder &out, std::string_view text, place where)
 {
-    const auto is_plain = [where](char chr) {
-        return is_ascii(chr) && ascii_entity(chr, where).empty();
-    };
+    const plain_bytes &plain = where == place::content ? plain_in_content : plain_in_attribute;
+    const auto is_plain = [&](char chr) { return plain[static_cast<unsigned char>(chr)]; };
     formats::append_plain(out, text, is_plain);
     while (!text.empty()) {
         if (is_ascii(text.front())) {
-            out += ascii_entity(text.front(), where);
+            out.append(ascii_entity(text.front(), where));
             text.remove_prefix(1);
         } else {
             append_non_ascii(out, text);
@@ -194,129 +320,119 @@ void append_encoded(std::string &out, std::string_view text, place where)
     }
 }
 
-// Walks the tree with a stack of its own: a tree that was built may be deeper than the program's
-// stack allows.
+// Walks the tree along its links: one that was built may be deeper than the program's stack allows.
 class writer
 {
   public:
-    explicit writer(bool on_lines) : on_lines_(on_lines) { out_.reserve(1024); }
+    explicit writer(bool on_lines) : on_lines_(on_lines) {}
 
-    const std::string &write(const Qel_xml_node &root)
+    qel::text_builder &write(const Qel_xml_node &root)
     {
-        begin_node(root, on_lines_);
-        while (!open_.empty()) {
-            step();
+        const Qel_xml_node *node = &root;
+        while (node != nullptr) {
+            begin_node(*node);
+            if (node->first_child != nullptr) {
+                node = node->first_child;
+                continue;
+            }
+            while (node != &root && node->next == nullptr) {
+                node = node->parent;
+                end_node(*node);
+            }
+            node = node == &root ? nullptr : node->next;
         }
         return out_;
     }
 
   private:
-    struct level {
-        const Qel_xml_node *node;
-        std::size_t next; // the child to write next
-        bool on_lines;    // whether each child goes on a line of its own
-    };
-
-    void step()
+    void begin_node(const Qel_xml_node &node)
     {
-        level &top = open_.back();
-        if (top.next == top.node->children.size()) {
-            end_node();
+        if (node.type == node_type::document) {
             return;
         }
-        if (top.on_lines) {
-            begin_line();
-        }
-        begin_node(*top.node->children[top.next++], top.on_lines);
-    }
-
-    void begin_node(const Qel_xml_node &node, bool on_lines)
-    {
-        switch (node.type) {
-        case node_type::document:
-            open_.push_back({&node, 0, on_lines});
-            return;
-        case node_type::element:
-            begin_element(node, on_lines);
-            return;
-        case node_type::text:
+        if (node.type == node_type::text) {
             append_encoded(out_, node.text, place::content);
-        }
-    }
-
-    void begin_element(const Qel_xml_node &element, bool on_lines)
-    {
-        out_ += '<';
-        out_ += element.text;
-        for (const attribute &attr : element.attributes) {
-            out_ += ' ';
-            out_ += attr.name;
-            out_ += "=\"";
-            append_encoded(out_, attr.value, place::attribute);
-            out_ += '"';
-        }
-        if (element.children.empty()) {
-            out_ += "/>";
             return;
         }
-        out_ += '>';
-        // White space beside a text would become part of it.
-        const bool begins_with_text = element.children.front()->type == node_type::text;
-        open_.push_back({&element, 0, on_lines && !begins_with_text});
-        ++depth_;
+        begin_line();
+        begin_element(node);
     }
 
-    void end_node()
+    void begin_element(const Qel_xml_node &element)
     {
-        const level ended = open_.back();
-        open_.pop_back();
-        if (ended.node->type != node_type::element) {
+        out_.append('<').append(element.text);
+        for (const attribute *attr = element.first_attribute; attr != nullptr; attr = attr->next) {
+            out_.append(' ').append(attr->name).append("=\"");
+            append_encoded(out_, attr->value, place::attribute);
+            out_.append('"');
+        }
+        if (element.first_child == nullptr) {
+            out_.append("/>");
+            return;
+        }
+        out_.append('>');
+        ++depth_;
+        // White space beside a text would become part of it.
+        if (on_lines_ && element.first_child->type == node_type::text) {
+            on_lines_ = false;
+            on_one_line_ = &element;
+        }
+    }
+
+    // Of a node with children.
+    void end_node(const Qel_xml_node &node)
+    {
+        if (node.type != node_type::element) {
             return;
         }
         --depth_;
-        if (ended.on_lines) {
-            begin_line();
+        begin_line();
+        if (on_one_line_ == &node) {
+            on_one_line_ = nullptr;
+            on_lines_ = true;
         }
-        out_ += "</";
-        out_ += ended.node->text;
-        out_ += '>';
+        out_.append("</").append(node.text).append('>');
     }
 
     void begin_line()
     {
-        if (!out_.empty()) {
-            out_ += '\n';
-            out_.append(2 * depth_, ' ');
+        if (on_lines_ && !out_.empty()) {
+            out_.append('\n').append(2 * depth_, ' ');
         }
     }
 
-    std::string out_;
-    std::vector<level> open_;
+    qel::text_builder out_{1023};
     std::size_t depth_ = 0; // of open elements
     bool on_lines_;
+    const Qel_xml_node *on_one_line_ =
+        nullptr; // the open element for which on_lines_ was turned off
 };
 
 } // namespace
 
 Qel_xml_node_t *Qel_xml_create_doc(void) noexcept
 {
-    return std::make_unique<Qel_xml_node>(node_type::document, "").release();
+    return create_root(node_type::document, "");
 }
 
 Qel_xml_node_t *Qel_xml_create_element(const char *name, Qel_xml_node_t *parent) noexcept
 {
-    return hand_out(new_element(name), parent);
+    if (parent == nullptr) {
+        return create_root(node_type::element, name);
+    }
+    arena &memory = *parent->memory;
+    return append(*parent, {node_type::element, keep_name(memory, qel::view(name)), &memory});
 }
 
 Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const char *text, size_t max_len,
                                                  Qel_xml_node_t *parent) noexcept
 {
-    node_ptr element = new_element(name);
+    Qel_xml_node_t *const element = Qel_xml_create_element(name, parent);
     if (text != nullptr) {
-        std::string kept(limited(text, max_len));
-        append(std::make_unique<Qel_xml_node>(node_type::text, std::move(kept)), *element);
+        arena &memory = *element->memory;
+        append(*element, {node_type::text, memory.keep(limited(text, max_len)), &memory});
     }
-    return hand_out(std::move(element), parent);
+    return element;
 }
 
 bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const char *value,
@@ -326,24 +442,26 @@ bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const
     if (!takes_attributes || name == nullptr || value == nullptr) {
         return false;
     }
-    std::string written_name = valid_name(name);
-    std::string kept(limited(value, max_len));
-    const auto present =
-        std::find_if(node->attributes.begin(), node->attributes.end(),
-                     [&](const attribute &attr) { return attr.name == written_name; });
-    if (present == node->attributes.end()) {
-        node->attributes.push_back({std::move(written_name), std::move(kept)});
+    arena &memory = *node->memory;
+    const std::string_view kept_name = keep_name(memory, name);
+    attribute *const present = find_attribute(*node, kept_name);
+    if (present != nullptr && !overwrite) {
+        return false;
+    }
+    const std::string_view kept = memory.keep(limited(value, max_len));
+    if (present != nullptr) {
+        present->value = kept;
         return true;
     }
-    if (overwrite) {
-        present->value = std::move(kept);
-    }
-    return overwrite;
+    attribute *const added = memory.create(attribute{kept_name, kept});
+    (node->last_attribute == nullptr ? node->first_attribute : node->last_attribute->next) = added;
+    node->last_attribute = added;
+    return true;
 }
 
 size_t Qel_xml_node_num_children(const Qel_xml_node_t *node) noexcept
 {
-    return node != nullptr ? node->children.size() : 0;
+    return node != nullptr ? node->num_children : 0;
 }
 
 char *Qel_xml_write(const Qel_xml_node_t *node, uint32_t flags, size_t *len) noexcept
@@ -355,13 +473,18 @@ char *Qel_xml_write(const Qel_xml_node_t *node, uint32_t flags, size_t *len) noe
         return nullptr;
     }
     writer out((flags & QEL_XML_WRITER_PRETTYPRINT_SPACE) != 0);
-    return formats::new_text(out.write(*node), len);
+    return formats::finish(out.write(*node), len);
 }
 
+// What hangs below a tree keeps its memory until the tree goes.
 void Qel_xml_node_destroy(Qel_xml_node_t *node) noexcept
 {
     if (node == nullptr) {
         return;
     }
-    const node_ptr doomed = node->parent != nullptr ? formats::take_out(*node) : node_ptr(node);
+    if (node->parent != nullptr) {
+        unlink(*node);
+        return;
+    }
+    const std::unique_ptr<arena> doomed(node->memory); // and the node in it
 }

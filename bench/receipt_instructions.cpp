@@ -1,0 +1,46 @@
+// One receipt of each form and sample, and its floor, for scripts/instructions to count under
+// Callgrind: the counts of each go to a dump of their own.
+#include "workload.h"
+
+#include <valgrind/callgrind.h>
+
+#include <string>
+
+namespace
+{
+
+using namespace workload;
+
+template <typename Call>
+void count(const form &form, const sample &sample, const char *what, Call call)
+{
+    call(); // binds symbols and builds what is built on first use
+    CALLGRIND_ZERO_STATS;
+    CALLGRIND_TOGGLE_COLLECT;
+    call();
+    CALLGRIND_TOGGLE_COLLECT;
+    const std::string name = std::string(form.name) + "|" + sample.name + "|" + what;
+    CALLGRIND_DUMP_STATS_AT(name.c_str());
+}
+
+} // namespace
+
+// With names of a form and a sample as arguments only these.
+int main(int argc, char **argv)
+{
+    const auto wanted = [&](int at, const char *name) {
+        return argc <= at || std::string(argv[at]) == name;
+    };
+    Qel_rcpt_init();
+    for (const form &form : forms) {
+        for (const sample &sample : samples) {
+            if (!wanted(1, form.name) || !wanted(2, sample.name))
+                continue;
+            const input in = read(sample);
+            const qel::dict finished = finished_blocks(form, in);
+            count(form, sample, "floor", [&] { floor(finished.get()); });
+            count(form, sample, "receipt", [&] { generate(form, in); });
+        }
+    }
+    Qel_rcpt_deinit();
+}
