@@ -387,6 +387,34 @@ TEST_F(Command, WarnsOfKeysThatTheLibraryDoesNotKnow)
     EXPECT_TRUE(has(told, "further warnings"));
 }
 
+TEST_F(Command, WarnsOfAnUnmaskedCardNumberWithoutShowingIt)
+{
+    struct {
+        std::string account;
+        bool is_warned;
+    } const cases[] = {
+        {"4111111111111111", true},       {"4111 1111-1111 1111", true},
+        {"378282246310005", true},        {"4222222222222", true}, // 13 digits
+        {"6304000000000000000", true},                             // 19 digits
+        {"4111111111111112", false},                               // wrong check digit
+        {"XXXXXXXXXXXX1111", false},      {"411111XXXXXX1111", false},
+        {"000000000000", false},          {"00000000000000000000", false}, // 12 and 20 digits
+        {"4111111111111111=2512", false}, {"", false},
+    };
+    for (const auto &[account, is_warned] : cases) {
+        const result made = run({"--block=money"}, "amount=5\naccount=" + account);
+        EXPECT_EQ(made.status, 0);
+        EXPECT_EQ(made.out, run({"--block=money"}, "amount=5").out);
+        EXPECT_EQ(made.err, is_warned ? "qelrcpt: <stdin>:2:1: warning: account looks like an "
+                                        "unmasked card number; receipts must show it masked\n"
+                                      : "")
+            << account;
+    }
+    EXPECT_TRUE(has(run({}, R"({"record": {"account": 4111111111111111}})").err, "unmasked"));
+    EXPECT_EQ(run({"--quiet"}, "account=4111111111111111").err, "");
+    EXPECT_EQ(run({}, "ordernum=4111111111111111").err, "");
+}
+
 TEST_F(Command, ReplacesTheOutputFileOnlyByACompleteOne)
 {
     const fs::path out = write("receipt.txt", "old");
@@ -432,7 +460,7 @@ TEST_F(Command, ShowsHelpAndVersion)
     for (const char *option :
          {"--form", "--width", "--line-break", "--copy", "--block", "--lang", "--customer-lang",
           "--merchant-lang", "--country", "--currency", "--industry", "--timezone", "--output",
-          "-o", "--quiet", "--version", "\nExamples:\n"})
+          "-o", "--quiet", "--version", "--batch", "--jobs", "\nExamples:\n"})
         EXPECT_TRUE(has(help.out, option)) << option;
     std::istringstream lines(help.out);
     for (std::string line; std::getline(lines, line);)

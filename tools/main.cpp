@@ -1,12 +1,16 @@
 // qelrcpt: prints the receipts of card transactions.
+#include "batch.h"
 #include "html_page.h"
 #include "messages.h"
 #include "options.h"
 #include "output.h"
 #include "record_file.h"
 #include "render.h"
+#include "signals.h"
 
+#include <csignal>
 #include <exception>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -40,7 +44,6 @@ std::string make_page(const tool::options &options)
 // Everything is rendered before anything is written, so that there is never half an output.
 std::string make_output(const tool::options &options)
 {
-    const library library;
     if (options.page)
         return make_page(options);
     std::vector<tool::receipt> receipts;
@@ -53,26 +56,37 @@ std::string make_output(const tool::options &options)
                                                        : tool::as_text(receipts, options.layout);
 }
 
-void run(int argc, char **argv)
+void write(const std::string &file, std::string_view text)
+{
+    tool::output output(file);
+    output.write(text);
+    output.finish();
+}
+
+int run(int argc, char **argv)
 {
     const auto parsed = tool::parse_options(argc, argv);
-    if (const auto *information = std::get_if<tool::information>(&parsed))
-        return tool::write_standard_output(information->text);
+    if (const auto *information = std::get_if<tool::information>(&parsed)) {
+        write("", information->text);
+        return 0;
+    }
+    const library library;
     const auto &options = std::get<tool::options>(parsed);
-    const std::string output = make_output(options);
-    if (options.output_file.empty())
-        tool::write_standard_output(output);
-    else
-        tool::write_file(options.output_file, output);
+    if (options.batch)
+        return tool::run_batch(options);
+    write(options.output_file, make_output(options));
+    return 0;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    std::signal(SIGPIPE, SIG_IGN); // what is left to do is done before the program ends
     try {
-        run(argc, argv);
-        return 0;
+        return run(argc, argv);
+    } catch (const tool::reader_gone &) {
+        tool::end_by(SIGPIPE); // quietly, as filters do
     } catch (const tool::usage_error &fault) {
         tool::complain(fault.what() + std::string("\nsee qelrcpt --help"));
         return 2;

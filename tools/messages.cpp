@@ -1,5 +1,7 @@
 #include "messages.h"
 
+#include "safe_text.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -25,7 +27,8 @@ bool continues_character(char byte)
 
 void complain(const std::string &message)
 {
-    std::cerr << "qelrcpt: " + message + "\n";
+    std::string line("qelrcpt: ");
+    std::cerr << line.append(for_terminal(message)).append("\n");
 }
 
 std::string in_quotes(std::string_view text)

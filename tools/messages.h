@@ -27,7 +27,7 @@ struct text_error : std::runtime_error {
     size_t offset;
 };
 
-// Writes "qelrcpt: " and the message as a line to standard error.
+// Writes "qelrcpt: " and the message as a line to standard error, harmless to a terminal.
 void complain(const std::string &message);
 
 // The text in single quotes, fit for a terminal: no control characters, no broken UTF-8, and the

@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <sched.h>
+
 #include <algorithm>
 #include <charconv>
 #include <memory>
@@ -18,6 +20,7 @@ namespace
 
 constexpr size_t least_width = 10;
 constexpr size_t most_width = 10000;
+constexpr size_t most_jobs = 256;
 
 constexpr const char *introduction =
     "Usage: qelrcpt [OPTIONS] [FILE...]\n\n"
@@ -34,7 +37,8 @@ constexpr const char *conclusion =
     "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
     "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
     "  qelrcpt --form html --page -o sale.html sale.json\n"
-    "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n\n"
+    "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
+    "  qelrcpt --batch archive.jsonl > receipts.jsonl\n\n"
     "Exit status: 0 when the receipts are written, 1 when the input or the output is at\n"
     "fault, 2 when the command line is.\n";
 
@@ -99,6 +103,26 @@ size_t to_width(const std::string &given)
                                     std::to_string(least_width) + " to " +
                                     std::to_string(most_width));
     return width;
+}
+
+size_t to_jobs(const std::string &given)
+{
+    size_t jobs = 0;
+    const char *const end = given.data() + given.size();
+    const auto [stop, error] = std::from_chars(given.data(), end, jobs);
+    if (error != std::errc() || stop != end || jobs < 1 || jobs > most_jobs)
+        throw std::invalid_argument(in_quotes(given) + " is not a number of jobs, expected 1 to " +
+                                    std::to_string(most_jobs));
+    return jobs;
+}
+
+// The cores that this process may use.
+size_t usable_cores()
+{
+    cpu_set_t cores;
+    const bool is_known = ::sched_getaffinity(0, sizeof cores, &cores) == 0;
+    const size_t count = is_known ? static_cast<size_t>(CPU_COUNT(&cores)) : 1;
+    return std::clamp<size_t>(count, 1, most_jobs);
 }
 
 std::string to_file_name(const std::string &given)
@@ -176,9 +200,23 @@ void add_output_options(CLI::App &app, options &options)
     add_value(app, "-o", "FILE", "write to FILE instead of standard output",
               [&](const std::string &given) { options.output_file = to_file_name(given); })
         ->group(group);
-    app.add_flag("-q,--quiet", options.quiet, "no warnings")->group(group);
+    app.add_flag("-q,--quiet", options.quiet,
+                 "no warnings, not even of card numbers; no progress or summary\nof --batch")
+        ->group(group);
     app.set_help_flag("-h,--help", "show this help")->group(group);
     app.set_version_flag("--version", "qelrcpt " QELRCPT_VERSION, "show the version")->group(group);
+}
+
+void add_batch_options(CLI::App &app, options &options)
+{
+    constexpr const char *group = "Archives";
+    app.add_flag("--batch", options.batch,
+                 "a FILE holds one JSON object a line, and so does the output: the\n"
+                 "line's number and its blocks, or what is wrong with it")
+        ->group(group);
+    add_value(app, "--jobs", "N", "with --batch: render with N threads (default: the cores)",
+              [&](const std::string &given) { options.jobs = to_jobs(given); })
+        ->group(group);
 }
 
 void check_blocks(const layout &layout)
@@ -204,6 +242,18 @@ void check_page(const options &options)
         throw usage_error("--page: expected one FILE");
 }
 
+void check_batch(const options &options)
+{
+    if (options.jobs > 0 && !options.batch)
+        throw usage_error("--jobs: expected --batch with it");
+    if (!options.batch)
+        return;
+    if (options.page)
+        throw usage_error("--page: expected no --batch with it");
+    if (options.format == output_format::text)
+        throw usage_error("--output: with --batch every line is JSON, expected no text");
+}
+
 } // namespace
 
 std::variant<options, information> parse_options(int argc, char **argv)
@@ -216,6 +266,7 @@ std::variant<options, information> parse_options(int argc, char **argv)
     add_layout_options(app, options.layout);
     add_merchant_options(app, options.merchant);
     add_output_options(app, options);
+    add_batch_options(app, options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp &) {
@@ -232,6 +283,9 @@ std::variant<options, information> parse_options(int argc, char **argv)
     }
     check_blocks(options.layout);
     check_page(options);
+    check_batch(options);
+    if (options.batch && options.jobs == 0)
+        options.jobs = usable_cores();
     if (options.files.empty())
         options.files.emplace_back("-");
     return options;

@@ -5,6 +5,8 @@
 #include "merchant.h"
 #include "render.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -18,10 +20,12 @@ struct options {
     std::vector<std::string> files; // at least one; "-" is standard input
     tool::layout layout;
     tool::merchant merchant;
-    output_format format = output_format::text;
-    bool page = false;       // one copy as an HTML page
-    std::string output_file; // empty: standard output
+    std::optional<output_format> format; // absent: as usual
+    bool page = false;                   // one copy as an HTML page
+    std::string output_file;             // empty: standard output
     bool quiet = false;
+    bool batch = false; // a record a line
+    size_t jobs = 0;    // threads that render; at least one with batch
 };
 
 // A text that the command line asks for instead of receipts: the help or the version.

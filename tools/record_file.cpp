@@ -1,18 +1,15 @@
 #include "record_file.h"
 
 #include "entries.h"
+#include "input_file.h"
 #include "messages.h"
 #include "record_keys.h"
 
-#include <fcntl.h>
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
+#include <optional>
 #include <set>
-#include <span>
-#include <system_error>
-#include <vector>
 
 namespace tool
 {
@@ -22,49 +19,9 @@ namespace
 
 constexpr size_t longest_input = size_t{256} * 1024 * 1024;
 
-class input_file
-{
-  public:
-    input_file(const std::string &name, std::string shown_name)
-        : fd_(name == "-" ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)),
-          shown_name_(std::move(shown_name))
-    {
-        if (fd_ < 0)
-            fail();
-    }
-    ~input_file()
-    {
-        if (fd_ != STDIN_FILENO)
-            ::close(fd_);
-    }
-    input_file(const input_file &) = delete;
-    input_file &operator=(const input_file &) = delete;
-
-    // Reads what there is into the bytes; 0 only at the end.
-    size_t read(std::span<char> bytes) const
-    {
-        for (;;) {
-            const ssize_t count = ::read(fd_, bytes.data(), bytes.size());
-            if (count >= 0)
-                return static_cast<size_t>(count);
-            if (errno != EINTR)
-                fail();
-        }
-    }
-
-  private:
-    [[noreturn]] void fail() const
-    {
-        throw input_error(shown_name_ + ": " + std::generic_category().message(errno));
-    }
-
-    int fd_;
-    std::string shown_name_;
-};
-
 std::string read_bytes(const std::string &name, const std::string &shown_name)
 {
-    const input_file file(name, shown_name);
+    const input_file file(name);
     std::vector<char> chunk(size_t{64} * 1024);
     std::string text;
     while (const size_t count = file.read(chunk)) {
@@ -75,16 +32,26 @@ std::string read_bytes(const std::string &name, const std::string &shown_name)
     return text;
 }
 
-std::vector<entry> read_entries(std::string_view text)
+constexpr std::string_view blanks = " \t\r\n\v\f";
+
+// Where the text begins, blanks aside. Throws text_error for what cannot be a text.
+size_t begin_of(std::string_view text)
 {
-    const size_t first = text.find_first_not_of(" \t\r\n\v\f");
+    const size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos)
         throw text_error(0, "nothing to read, expected a JSON object or lines of key=value");
     if (const size_t nul = text.find('\0'); nul != std::string_view::npos)
         throw text_error(nul, "NUL byte, expected text");
-    const bool is_json = std::string_view("{[\"/").find(text[first]) != std::string_view::npos;
-    std::vector<entry> entries = is_json ? json_entries(text) : line_entries(text);
-    if (!is_json && entries.empty())
+    return first;
+}
+
+std::vector<entry> read_entries(std::string_view text)
+{
+    const char first = text[begin_of(text)];
+    if (std::string_view("{[\"/").find(first) != std::string_view::npos)
+        return json_entries(text);
+    std::vector<entry> entries = line_entries(text);
+    if (entries.empty())
         throw text_error(0, "nothing but comments, expected lines of key=value");
     return entries;
 }
@@ -147,17 +114,36 @@ void apply_setting(merchant &merchant, const entry &member)
     }
 }
 
-// What is probably a mistake about the member; empty when nothing is.
-std::string doubt_about(const entry &member, const Qel_hash_dict_t *record)
+// The check digit of card numbers (ISO/IEC 7812): every second digit from the right counts twice.
+bool has_check_digit(std::string_view digits)
 {
+    int sum = 0;
+    for (size_t i = 0; i < digits.size(); ++i) {
+        const int digit = digits[digits.size() - 1 - i] - '0';
+        const int weighted = i % 2 == 0 ? digit : 2 * digit;
+        sum += weighted > 9 ? weighted - 9 : weighted;
+    }
+    return sum % 10 == 0;
+}
+
+bool looks_unmasked(std::string account)
+{
+    constexpr size_t shortest_number = 13;
+    constexpr size_t longest_number = 19;
+    std::erase_if(account, [](char byte) { return byte == ' ' || byte == '-'; });
+    return account.size() >= shortest_number && account.size() <= longest_number &&
+           account.find_first_not_of("0123456789") == std::string::npos && has_check_digit(account);
+}
+
+std::optional<doubt_kind> doubt_about(const entry &member, const Qel_hash_dict_t *record)
+{
+    if (member.key == "account" && looks_unmasked(member.value))
+        return doubt_kind::unmasked_account;
     if (Qel_hash_dict_get(record, member.key.c_str(), nullptr))
-        return "record key " + in_quotes(member.key) + " again, the later value counts";
-    if (is_record_key(member.key))
-        return {};
-    const std::string_view nearest = nearest_record_key(member.key);
-    const std::string hint =
-        nearest.empty() ? "" : " (did you mean '" + std::string(nearest) + "'?)";
-    return "unknown record key " + in_quotes(member.key) + hint;
+        return doubt_kind::repeated_key;
+    if (!is_record_key(member.key))
+        return doubt_kind::unknown_key;
+    return std::nullopt;
 }
 
 void check_record_member(const entry &member)
@@ -176,13 +162,11 @@ void check_nul(const entry &member)
         throw text_error(member.offset, "NUL character in " + in_quotes(member.key));
 }
 
-record_file make_record_file(const std::vector<entry> &entries, bool quiet, places &where)
+record_file make_record_file(const std::vector<entry> &entries)
 {
-    constexpr int most_warnings = 20;
     check_envelope(entries);
     record_file file;
     file.record.reset(Qel_hash_dict_create(entries.size(), 75, QEL_HASH_DICT_NONE));
-    int warnings_left = quiet ? 0 : most_warnings;
     for (const entry &member : entries) {
         if (member.kind == entry_kind::opening)
             continue;
@@ -192,30 +176,63 @@ record_file make_record_file(const std::vector<entry> &entries, bool quiet, plac
             continue;
         }
         check_record_member(member);
-        const std::string doubt =
-            warnings_left > 0 ? doubt_about(member, file.record.get()) : std::string();
-        if (!doubt.empty()) {
-            complain(where.at(member.offset) + ": warning: " + doubt);
-            if (--warnings_left == 0)
-                complain(where.at(member.offset) + ": warning: further warnings are left out");
-        }
+        if (const auto kind = doubt_about(member, file.record.get()))
+            file.doubts.push_back({*kind, member.key, member.offset});
         Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
     }
     return file;
 }
 
+void warn_of(const std::vector<doubt> &doubts, places &where)
+{
+    constexpr size_t most_warnings = 20;
+    for (size_t i = 0; i < doubts.size(); ++i) {
+        const std::string begin = where.at(doubts[i].offset) + ": warning: ";
+        if (i == most_warnings)
+            return complain(begin + "further warnings are left out");
+        complain(begin + warning_of(doubts[i]));
+    }
+}
+
 } // namespace
+
+std::string warning_of(const doubt &doubt)
+{
+    switch (doubt.kind) {
+    case doubt_kind::unmasked_account:
+        return "account looks like an unmasked card number; receipts must show it masked";
+    case doubt_kind::repeated_key:
+        return "record key " + in_quotes(doubt.key) + " again, the later value counts";
+    case doubt_kind::unknown_key:
+        break;
+    }
+    const std::string_view nearest = nearest_record_key(doubt.key);
+    const std::string hint =
+        nearest.empty() ? "" : " (did you mean '" + std::string(nearest) + "'?)";
+    return "unknown record key " + in_quotes(doubt.key) + hint;
+}
+
+record_file parse_json_record(std::string_view text)
+{
+    const size_t first = begin_of(text);
+    if (std::string_view("{/").find(text[first]) == std::string_view::npos)
+        throw text_error(first, "expected a JSON object");
+    return make_record_file(json_entries(text));
+}
 
 record_file read_record_file(const std::string &name, bool quiet)
 {
-    const std::string shown_name = name == "-" ? "<stdin>" : name;
+    const std::string shown_name = shown_file_name(name);
     const std::string bytes = read_bytes(name, shown_name);
     std::string_view text = bytes;
     if (text.starts_with("\xEF\xBB\xBF")) // byte-order mark
         text.remove_prefix(3);
     places where(shown_name, text);
     try {
-        return make_record_file(read_entries(text), quiet, where);
+        record_file file = make_record_file(read_entries(text));
+        if (!quiet)
+            warn_of(file.doubts, where);
+        return file;
     } catch (const text_error &fault) {
         throw input_error(where.at(fault.offset) + ": " + fault.what());
     }

@@ -6,15 +6,34 @@
 
 #include <qelstdlib.hpp>
 
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tool
 {
 
+// What is probably a mistake about a member of a record.
+enum class doubt_kind { unknown_key, repeated_key, unmasked_account };
+
+struct doubt {
+    doubt_kind kind;
+    std::string key;
+    size_t offset; // in the text
+};
+
+// The warning in words.
+std::string warning_of(const doubt &doubt);
+
 struct record_file {
     tool::merchant merchant; // an envelope's "config"
     qel::dict record;
+    std::vector<doubt> doubts;
 };
+
+// The record of a JSON text. Throws text_error.
+record_file parse_json_record(std::string_view text);
 
 // Reads the file, standard input for "-". Warns of what is probably a mistake, unless quiet.
 // Throws input_error.

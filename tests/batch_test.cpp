@@ -1,0 +1,595 @@
+// Archives through the command: every line in, one whole line out, whatever happens on the way.
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using arguments = std::vector<std::string>;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool is_sanitized = true;
+#elif defined(__has_feature)
+constexpr bool is_sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool is_sanitized = false;
+#endif
+
+std::string read_file(const fs::path &path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+bool has(const std::string &text, const std::string &part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+class descriptor
+{
+  public:
+    explicit descriptor(int fd) : fd_(fd) {}
+    descriptor(descriptor &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    descriptor &operator=(descriptor &&) = delete;
+    ~descriptor() { close(); }
+
+    int get() const { return fd_; }
+    void close()
+    {
+        if (fd_ >= 0)
+            ::close(std::exchange(fd_, -1));
+    }
+    bool write(std::string_view text) const
+    {
+        while (!text.empty()) {
+            const ssize_t count = ::write(fd_, text.data(), text.size());
+            if (count <= 0)
+                return false;
+            text.remove_prefix(static_cast<size_t>(count));
+        }
+        return true;
+    }
+    // Up to the end, or until the text has the mark; a terminal ends with an error.
+    std::string read(const std::string &mark = "") const
+    {
+        std::string text;
+        char bytes[4096];
+        ssize_t count = 0;
+        while ((mark.empty() || !has(text, mark)) && (count = ::read(fd_, bytes, sizeof bytes)) > 0)
+            text.append(bytes, static_cast<size_t>(count));
+        return text;
+    }
+
+  private:
+    int fd_;
+};
+
+struct channel {
+    descriptor ours;
+    descriptor theirs;
+};
+
+channel make_pipe(bool we_read)
+{
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    return {descriptor(ends[we_read ? 0 : 1]), descriptor(ends[we_read ? 1 : 0])};
+}
+
+channel make_terminal()
+{
+    int ours = -1;
+    int theirs = -1;
+    winsize size{24, 100, 0, 0};
+    EXPECT_EQ(openpty(&ours, &theirs, nullptr, nullptr, &size), 0);
+    termios settings{};
+    tcgetattr(theirs, &settings);
+    cfmakeraw(&settings);
+    tcsetattr(theirs, TCSANOW, &settings);
+    fcntl(ours, F_SETFD, FD_CLOEXEC);
+    fcntl(theirs, F_SETFD, FD_CLOEXEC);
+    return {descriptor(ours), descriptor(theirs)};
+}
+
+pid_t start(arguments args, int in, int out, int err)
+{
+    args.insert(args.begin(), "qelrcpt");
+    std::vector<char *> argv;
+    for (std::string &arg : args)
+        argv.push_back(arg.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    for (const auto &[given, wanted] : {std::pair(in, 0), std::pair(out, 1), std::pair(err, 2)})
+        posix_spawn_file_actions_adddup2(&files, given, wanted);
+    pid_t child = 0;
+    EXPECT_EQ(posix_spawn(&child, QELRCPT_COMMAND, &files, nullptr, argv.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&files);
+    return child;
+}
+
+struct ending {
+    int status; // negative: the signal
+    long most_kilobytes;
+};
+
+ending wait_for(pid_t child)
+{
+    int status = 0;
+    rusage usage{};
+    EXPECT_EQ(wait4(child, &status, 0, &usage), child);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), usage.ru_maxrss};
+}
+
+struct result {
+    ending end;
+    std::string out;
+    std::string err;
+};
+
+using feeder = std::function<void(const descriptor &)>;
+
+class Batch : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        std::signal(SIGPIPE, SIG_IGN); // the command may end before its input
+        setenv("TZ", "UTC", 0); // without it the C library reads its zone under a lock of its own,
+                                // which the thread sanitizer does not see
+        std::string name = (fs::temp_directory_path() / "batch_test.XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        directory_ = name;
+    }
+    void TearDown() override { fs::remove_all(directory_); }
+
+    std::string write(const std::string &name, const std::string &content) const
+    {
+        std::ofstream(directory_ / name, std::ios::binary) << content;
+        return (directory_ / name).string();
+    }
+
+    result run_fed(arguments args, const feeder &feed, const char *out_path = nullptr) const
+    {
+        args.insert(args.begin(), "--batch");
+        channel in = make_pipe(false);
+        channel out = make_pipe(true);
+        const std::string err_path = (directory_ / "stderr").string();
+        const descriptor err(
+            open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+        const descriptor other(out_path != nullptr ? open(out_path, O_WRONLY | O_CLOEXEC) : -1);
+        const pid_t child = start(args, in.theirs.get(),
+                                  out_path != nullptr ? other.get() : out.theirs.get(), err.get());
+        in.theirs.close();
+        out.theirs.close();
+        std::jthread feeding([&] {
+            feed(in.ours);
+            in.ours.close();
+        });
+        std::string text = out.ours.read();
+        feeding.join();
+        const ending end = wait_for(child);
+        return {end, std::move(text), read_file(err_path)};
+    }
+
+    result run(const arguments &args, const std::string &input = "",
+               const char *out_path = nullptr) const
+    {
+        return run_fed(
+            args, [&](const descriptor &in) { in.write(input); }, out_path);
+    }
+
+    fs::path directory_;
+};
+
+std::vector<json> lines_of(const std::string &text)
+{
+    EXPECT_TRUE(text.empty() || text.ends_with('\n')) << "half a line";
+    std::vector<json> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(json::parse(line));
+    return lines;
+}
+
+const arguments money_only = {"--block=money", "--copy=customer", "--width=20"};
+
+std::string money_line(uint64_t line, const std::string &file = "")
+{
+    const std::string begin = file.empty() ? "" : R"("file": ")" + file + R"(", )";
+    return "{" + begin + R"("line": )" + std::to_string(line) +
+           R"(, "blocks": {"cust_money": "SUBTOTAL:      $5.00\nTOTAL:         $5.00"}})" + "\n";
+}
+
+TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
+{
+    const std::string five = R"({"amount": 5})";
+    struct {
+        std::string input;
+        std::string expected; // an error's line up to its message
+        arguments words;      // of the message
+    } const cases[] = {
+        {"", "", {}},
+        {"\n \r\n\t\n", "", {}},
+        {five + "\n" + five + "\n", money_line(1) + money_line(2), {}},
+        {five + "\n\n\r\n" + five, money_line(1) + money_line(4), {}}, // no line feed at the end
+        {"\xEF\xBB\xBF" + five + "\r\n" + five + "\r\n", money_line(1) + money_line(2), {}},
+        {R"({"record": {"amount": 6, "amount": "5"}, "config": {}})", money_line(1), {}},
+        {five + "\n{\"amount\"",
+         money_line(1) + R"({"line": 2, "error": ")",
+         {"column 10: ", "':'", "the input ends within this line"}},
+        {"{\"amount\n" + five, R"({"line": 1, "error": ")", {"column 2: ", "closing quote"}},
+        {"amount=5\n" + five, R"({"line": 1, "error": ")", {"column 1: ", "JSON object"}},
+        {"[" + five + "]\n" + five, R"({"line": 1, "error": ")", {"JSON object"}},
+        {five + five + "\n" + five, R"({"line": 1, "error": ")", {"column 14: ", "nothing after"}},
+        {std::string("\0\x1B[2J\xFF\x01\n", 8) + five, R"({"line": 1, "error": ")", {"NUL"}},
+        {"\xFF\xFE{\x80\n" + five, R"({"line": 1, "error": ")", {"JSON object"}},
+        {R"({"config": {"lang": "tlh"}, "record": {}})"
+         "\n" +
+             five,
+         R"({"line": 1, "error": ")",
+         {"lang", "en, fr, es, de or it"}},
+    };
+    for (const auto &[input, expected, words] : cases) {
+        arguments args = money_only;
+        args.emplace_back("--jobs=2");
+        const result made = run(args, input);
+        EXPECT_TRUE(made.out.starts_with(expected)) << made.out << "instead of\n" << expected;
+        EXPECT_EQ(made.end.status, words.empty() ? 0 : 1) << input;
+        EXPECT_EQ(has(made.err, " records, 1 errors\n"), !words.empty()) << made.err;
+        const auto lines = std::ranges::count(made.out, '\n');
+        EXPECT_EQ(lines, words.empty() ? std::ranges::count(expected, '\n')
+                                       : std::ranges::count(input, '\n') + 1);
+        for (const auto &line : lines_of(made.out)) {
+            for (const std::string &word : words)
+                EXPECT_TRUE(!line.contains("error") || has(line["error"], word)) << line;
+        }
+    }
+}
+
+TEST_F(Batch, CountsTheLinesOfEveryFileByItself)
+{
+    const std::string one = write("one", "\n{\"amount\": 5}");
+    const std::string two = write("two", "{\"amount\": 5}\n");
+    const std::string out = write("out", "old");
+    arguments args = money_only;
+    args.insert(args.end(), {"-o", out, one, two, "-", one});
+    const result made = run(args, "{\"amount\": 5}\n");
+    EXPECT_EQ(made.end.status, 0) << made.err;
+    EXPECT_EQ(made.out, "");
+    EXPECT_EQ(read_file(out),
+              money_line(2, one) + money_line(1, two) + money_line(1, "-") + money_line(2, one));
+
+    args.emplace_back((directory_ / "missing").string());
+    const result failed = run(args);
+    EXPECT_EQ(failed.end.status, 1);
+    EXPECT_TRUE(has(failed.err, "missing: No such file")) << failed.err;
+    EXPECT_TRUE(has(read_file(out), "SUBTOTAL")) << "the old output is lost";
+    EXPECT_EQ(run({directory_.string()}).end.status, 1);
+}
+
+TEST_F(Batch, GivesTheBlocksOfTheSameRecordAlone)
+{
+    std::string archive;
+    std::vector<fs::path> samples;
+    for (const auto &sample : fs::directory_iterator(QELRCPT_RECORDS)) {
+        if (sample.path().extension() != ".json")
+            continue;
+        samples.push_back(sample.path());
+        archive += json::parse(read_file(sample.path())).dump() + "\n";
+    }
+    for (const char *form : {"plain", "html", "xml", "json", "moneris", "moneris-ecomm"}) {
+        const arguments how = {"--form", form, "--customer-lang", "fr"};
+        const auto lines = lines_of(run(how, archive).out);
+        ASSERT_EQ(lines.size(), samples.size());
+        for (size_t i = 0; i < samples.size(); ++i) {
+            const fs::path alone = directory_ / "alone";
+            channel err = make_pipe(true);
+            arguments args = how;
+            args.insert(args.end(),
+                        {"--output", "json", "-o", alone.string(), samples[i].string()});
+            EXPECT_EQ(wait_for(start(args, 0, 1, err.theirs.get())).status, 0);
+            EXPECT_EQ(lines[i]["blocks"], json::parse(read_file(alone))) << samples[i] << form;
+        }
+    }
+}
+
+// Records of very different lengths are not done in the order in which they come.
+TEST_F(Batch, KeepsTheOrderWithAnyNumberOfJobs)
+{
+    constexpr size_t count = 6000;
+    std::string archive;
+    for (size_t i = 1; i <= count; ++i) {
+        const std::string notes(i % 1000 == 7 ? 200000 : i % 7 * 30, 'x');
+        archive += R"({"timestamp": 1, "ordernum": "N)" + std::to_string(i) +
+                   R"(", "order_notes": ")" + notes + "\"}" + (i % 11 == 0 ? "!" : "") + "\n";
+    }
+    const result expected = run({"--jobs=1"}, archive);
+    const auto lines = lines_of(expected.out);
+    ASSERT_EQ(lines.size(), count);
+    for (size_t i = 1; i <= count; ++i) {
+        const json &line = lines[i - 1];
+        EXPECT_EQ(line["line"], i);
+        EXPECT_EQ(line.contains("error"), i % 11 == 0);
+        if (line.contains("blocks")) {
+            EXPECT_TRUE(has(line["blocks"]["cust_reference"], " N" + std::to_string(i)));
+        }
+    }
+    EXPECT_EQ(expected.end.status, 1);
+    EXPECT_TRUE(has(expected.err, "qelrcpt: 5455 records, 545 errors\n")) << expected.err;
+    for (const char *jobs : {"--jobs=2", "--jobs=7"})
+        EXPECT_TRUE(run({jobs}, archive).out == expected.out) << jobs;
+}
+
+// The reader, the workers and the writer hold a bounded part of the input only.
+TEST_F(Batch, NeedsNoMoreMemoryForMoreRecordsOrLongerLines)
+{
+    constexpr long ceiling = 100 * 1024; // kilobytes
+    const arguments args = {"--jobs=2", "--block=money"};
+    const std::string block(1 << 20, 'x');
+    const result long_line = run_fed(args, [&](const descriptor &in) {
+        in.write("{\"amount\": 5}\n{\"order_notes\": \"");
+        for (int i = 0; i < 100; ++i)
+            in.write(block);
+        in.write("\"}\n{\"amount\": 5}\n");
+    });
+    const auto lines = lines_of(long_line.out);
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(long_line.end.status, 1);
+    EXPECT_TRUE(has(lines[1]["error"], "longer than 16 MiB")) << lines[1];
+    EXPECT_EQ(lines[2]["line"], 3);
+    EXPECT_TRUE(lines[2].contains("blocks"));
+
+    std::string records;
+    for (int i = 0; i < 1000; ++i)
+        records += R"({"amount": 5, "order_notes": ")" + std::string(900, 'y') + "\"}\n";
+    const result many = run_fed(args, [&](const descriptor &in) {
+        for (int i = 0; i < (is_sanitized ? 5 : 100); ++i)
+            in.write(records);
+    });
+    EXPECT_EQ(many.end.status, 0);
+    if (!is_sanitized) {
+        EXPECT_LT(long_line.end.most_kilobytes, ceiling);
+        EXPECT_LT(many.end.most_kilobytes, ceiling);
+    }
+}
+
+TEST_F(Batch, SaysThatTheOutputIsFull)
+{
+    std::string archive;
+    for (int i = 0; i < 5000; ++i)
+        archive += "{\"amount\": 5}\n";
+    const result made = run({"--jobs=2"}, archive, "/dev/full");
+    EXPECT_EQ(made.end.status, 1);
+    EXPECT_EQ(made.err, "qelrcpt: standard output: No space left on device\n");
+}
+
+// A run whose input stays open, so that it is still at work.
+class BatchAtWork : public Batch
+{
+  protected:
+    void begin(arguments args)
+    {
+        args.insert(args.begin(), {"--batch", "--jobs=2"});
+        child_ = start(args, in_.theirs.get(), out_.theirs.get(), err_.theirs.get());
+        in_.theirs.close();
+        out_.theirs.close();
+        err_.theirs.close();
+    }
+
+    channel in_ = make_pipe(false);
+    channel out_ = make_pipe(true);
+    channel err_ = make_pipe(true);
+    pid_t child_ = 0;
+};
+
+TEST_F(BatchAtWork, GivesEveryLineAtOnceAndEndsQuietlyWithItsReader)
+{
+    begin(money_only);
+    for (uint64_t line = 1; line <= 3; ++line) {
+        in_.ours.write("{\"amount\": 5}\n");
+        EXPECT_EQ(out_.ours.read("\n"), money_line(line));
+    }
+    out_.ours.close();
+    while (in_.ours.write("{\"amount\": 5}\n")) {
+    }
+    EXPECT_EQ(wait_for(child_).status, -SIGPIPE);
+    EXPECT_EQ(err_.ours.read(), "");
+}
+
+class BatchInterrupted : public BatchAtWork, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(BatchInterrupted, WritesWholeLinesAndEndsByTheSignal)
+{
+    begin(money_only);
+    in_.ours.write("{\"amount\": 5}\n{\"amount\": 5}\n{\"amount\"");
+    std::string text = out_.ours.read(money_line(2));
+    kill(child_, GetParam());
+    text += out_.ours.read();
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    EXPECT_EQ(text, money_line(1) + money_line(2));
+    EXPECT_EQ(err_.ours.read(), "");
+}
+
+TEST_P(BatchInterrupted, FinishesWhatASlowReaderStillTakes)
+{
+    begin({});
+    std::jthread feeding([&] { // until nobody reads
+        while (in_.ours.write("{\"amount\": 5, \"ordernum\": \"A-1\"}\n")) {
+        }
+    });
+    std::string text = out_.ours.read("\n");
+    kill(child_, GetParam());
+    text += out_.ours.read();
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    const auto lines = lines_of(text);
+    for (size_t i = 0; i < lines.size(); ++i)
+        ASSERT_EQ(lines[i]["line"], i + 1);
+}
+
+TEST_P(BatchInterrupted, KeepsTheOldOutputFile)
+{
+    const std::string file = write("out", "old");
+    begin({"-o", file});
+    in_.ours.write("{\"amount\": 5}\n");
+    const auto is_begun = [&] {
+        return std::distance(fs::directory_iterator(directory_), {}) == 2; // the temporary one
+    };
+    while (!is_begun())
+        std::this_thread::yield();
+    kill(child_, GetParam());
+    EXPECT_EQ(out_.ours.read(), "");
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    EXPECT_EQ(read_file(file), "old");
+    EXPECT_FALSE(is_begun()) << "a file is left over";
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, BatchInterrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_F(Batch, WarnsOfEveryKindOfMistakeButNeverFloods)
+{
+    std::string archive;
+    for (int i = 0; i < 1000; ++i)
+        archive += R"({"amuont": 5, "auth": 1, "auth": 2})"
+                   "\n";
+    archive += R"({"auth": "é", "account": "4111-1111-1111-1111"})"
+               "\n";
+    const result made = run({"--jobs=2"}, archive);
+    EXPECT_EQ(made.end.status, 0);
+    EXPECT_EQ(std::ranges::count(made.err, '\n'), 5 + 5 + 1 + 1) << made.err;
+    for (const char *part :
+         {"qelrcpt: <stdin>:1:2: warning: unknown record key 'amuont' (did you mean 'amount'?)\n",
+          ":5:26: warning: record key 'auth' again, ", ":1001:15: warning: account looks like ",
+          "qelrcpt: warnings: 1000 unknown record keys, 1000 repeated record keys, 1 accounts "})
+        EXPECT_TRUE(has(made.err, part)) << part << made.err;
+    EXPECT_FALSE(has(made.err, "1111-")) << "a card number is shown";
+    EXPECT_EQ(run({"--quiet"}, archive + "bad").err, "");
+}
+
+TEST_F(Batch, ChecksItsOptions)
+{
+    struct {
+        arguments args;
+        std::string word;
+    } const cases[] = {
+        {{"--jobs", "0"}, "1 to 256"},         {{"--jobs", "257"}, "1 to 256"},
+        {{"--jobs", "two"}, "'two'"},          {{"--output", "text"}, "--output"},
+        {{"--form=html", "--page"}, "--page"},
+    };
+    for (const auto &[args, word] : cases) {
+        const result made = run(args, "{}");
+        EXPECT_EQ(made.end.status, 2);
+        EXPECT_EQ(made.out, "");
+        EXPECT_TRUE(has(made.err, word)) << made.err;
+    }
+    EXPECT_EQ(run({"--output=json"}, "").end.status, 0);
+    const channel err = make_pipe(true);
+    EXPECT_EQ(wait_for(start({"--jobs", "2"}, 0, 1, err.theirs.get())).status, 2);
+}
+
+// What a terminal shows of the arguments' run, the command's end not included.
+std::string shown_on_terminal(const arguments &args, bool is_stderr, const descriptor &other)
+{
+    channel terminal = make_terminal();
+    const int theirs = terminal.theirs.get();
+    const pid_t child =
+        start(args, 0, is_stderr ? other.get() : theirs, is_stderr ? theirs : other.get());
+    terminal.theirs.close();
+    std::string shown = terminal.ours.read();
+    wait_for(child);
+    return shown;
+}
+
+TEST_F(Batch, NeverLetsAValueActOnTheTerminal)
+{
+    const std::string hostile = "A\x1b[2JB\x07"
+                                "C\u009b31mD\x7f"
+                                "E\rF";
+    const std::string escaped = R"(A\u001b[2JB\u0007C\u009b31mD\u007fE\rF)";
+    const std::string record = "{\"cardholdername\": \"" + escaped + "\", \"\\u001b[9m\": 1}\n";
+    const std::string file = write("\x1b[5mname", record);
+    const std::string bytes = write("bytes", "cardholdername=A\x9b"
+                                             "31mB\x1b[2J");
+    const descriptor nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
+    const auto is_harmless = [](std::string shown) {
+        for (size_t bar = 0; (bar = shown.find("\r[", bar)) != std::string::npos;)
+            shown.erase(bar, 1); // progress that goes back to the begin of its line
+        return std::ranges::none_of(shown,
+                                    [](char byte) {
+                                        return (static_cast<unsigned char>(byte) < 0x20 &&
+                                                byte != '\n') ||
+                                               byte == 0x7F;
+                                    }) &&
+               !has(shown, "\u009b") && json(shown).dump() != ""; // dump throws for broken UTF-8
+    };
+    for (const arguments &args : std::vector<arguments>{{file},
+                                                        {bytes},
+                                                        {"--form=xml", file},
+                                                        {"--form=html", "--page", file},
+                                                        {"--output=json", file},
+                                                        {"--batch", file},
+                                                        {"--batch", file, file},
+                                                        {"-o/dev/tty/no", file},
+                                                        {"\x1b[5mmissing"}}) {
+        for (const bool is_stderr : {false, true}) {
+            const std::string shown = shown_on_terminal(args, is_stderr, nowhere);
+            EXPECT_TRUE(is_harmless(shown))
+                << json(shown).dump(-1, ' ', true, json::error_handler_t::replace);
+        }
+    }
+    EXPECT_TRUE(has(shown_on_terminal({"--copy=merchant", file}, false, nowhere), "A^[[2JB^G"));
+    EXPECT_TRUE(has(shown_on_terminal({file}, true, nowhere), "^[[5mname:1:"));
+
+    // What is not a terminal gets the text as it is.
+    const std::string out = (directory_ / "out").string();
+    wait_for(start({"-q", "-o", out, file}, 0, 1, 2));
+    EXPECT_TRUE(has(read_file(out), "A\x1b[2JB\x07"));
+    const auto lines = lines_of(run({"-q", file}).out);
+    EXPECT_TRUE(has(lines[0]["blocks"]["cust_reference"], "A\x1b[2JB\x07"
+                                                          "C\u009b31MD\x7f"))
+        << lines[0];
+}
+
+TEST_F(Batch, ShowsItsProgressOnATerminalOnly)
+{
+    const std::string file = write("file", "{}\n{}\n{}\nbad\n");
+    const descriptor nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
+    const std::string shown = shown_on_terminal({"--batch", file}, true, nowhere);
+    const size_t end = shown.find('\n');
+    const std::string last = shown.substr(shown.rfind('\r', end) + 1);
+    EXPECT_TRUE(last.starts_with("[" + std::string(30, '#') + "] 100%  3 records  ")) << last;
+    EXPECT_TRUE(has(last, "/s  0:00 left")) << last;
+    EXPECT_TRUE(last.ends_with("\nqelrcpt: 3 records, 1 errors\n")) << last;
+    EXPECT_EQ(shown_on_terminal({"--batch", "--quiet", file}, true, nowhere), "");
+    EXPECT_FALSE(has(run({file}).err, "\r"));
+}
+
+} // namespace
