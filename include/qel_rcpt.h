@@ -59,9 +59,10 @@ typedef enum Qel_rcpt_ind QEL_ENUM_U32 {
 typedef struct Qel_rcpt_config {
     Qel_rcpt_lang_t cust_lang;  /* language of the customer's copy */
     Qel_rcpt_lang_t merch_lang; /* language of the merchant's copy */
-    uint32_t country_code;  /* ISO 3166-1 numeric, such as 840 or 124; 840 puts the month first */
-    uint32_t currency_code; /* ISO 4217 numeric: 978 is written with "€" and ',', 826 with "£", */
-                            /* every other with "$"; '.' but for 978 */
+    uint32_t country_code; /* ISO 3166-1 numeric, such as 840 or 124; 840 puts the month first */
+    /* ISO 4217 numeric: 978 is written with "€" and ',', 826 with "£" and '.', every other with "$"
+     * and '.'. */
+    uint32_t currency_code;
     Qel_rcpt_ind_t industry;             /* decides whether there is a merchant copy */
     const Qel_time_tz_t *merch_timezone; /* borrowed; absent: the system's local zone */
 } Qel_rcpt_config_t;
@@ -83,8 +84,8 @@ QEL_API Qel_rcpt_lang_t Qel_rcpt_lang_from_str(const char *lang) QEL_NOEXCEPT;
 QEL_API bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) QEL_NOEXCEPT;
 
 /* The generators. Each takes
- *   kvs     the transaction record, keys in lower case; absent counts as empty. README.md lists
- *           the keys.
+ *   kvs     the transaction record, keys in lower case; absent counts as empty. docs/record.md
+ *           lists the keys.
  *   config  the merchant; absent: English, US dollars, country 840, local time zone, unknown
  *           industry.
  * and returns a new dictionary that the caller releases with Qel_hash_dict_destroy, never absent.

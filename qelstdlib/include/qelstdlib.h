@@ -211,8 +211,9 @@ typedef enum Qel_hash_dict_flags QEL_ENUM_U32 {
     QEL_HASH_DICT_NONE = 0,
     QEL_HASH_DICT_CASECMP = 1,      /* keys that differ only in ASCII case are one key */
     QEL_HASH_DICT_KEYS_ORDERED = 8, /* enumeration in insertion order */
-    QEL_HASH_DICT_KEYS_SORTASC = 16 /* with KEYS_ORDERED: in ascending order of keys, by bytes; */
-                                    /* with CASECMP as if in lower case */
+    /* With KEYS_ORDERED: enumeration in ascending order of keys, by bytes; with CASECMP as if in
+     * lower case. */
+    QEL_HASH_DICT_KEYS_SORTASC = 16
 } Qel_hash_dict_flags_t;
 
 /* New empty dictionary, released by Qel_hash_dict_destroy. init_size is the number of keys to make

@@ -1,0 +1,28 @@
+# What is installed beside the targets, and where the targets look for their libraries.
+
+# Outside the system's own folders, programs and libraries find the libraries beside them.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${bin_to_lib}")
+endif()
+
+if(BUILD_SHARED_LIBS)
+  set(QELRCPT_IS_SHARED TRUE)
+else()
+  set(QELRCPT_IS_SHARED FALSE)
+endif()
+
+install(FILES share/receipt.css
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/qelrcpt COMPONENT qelrcpt_development)
+install(FILES man/libqelrcpt.3
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT qelrcpt_development)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
+install(DIRECTORY docs examples
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
+if(QELRCPT_TOOLS)
+  install(FILES man/qelrcpt.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT qelrcpt_command)
+  install(FILES completion/qelrcpt
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT qelrcpt_command)
+endif()

@@ -1,0 +1,139 @@
+// The HTML receipt, as an HTML5 parser sees it.
+#include "receipt.hpp"
+
+#include <memory>
+
+#include <gumbo.h>
+
+namespace
+{
+
+using fuzz::receipt_input;
+using fuzz::require;
+
+// Texts of the record on which nothing but their own element depends, and the ids of those.
+struct free_text {
+    const char *key;
+    std::string_view id;
+};
+constexpr free_text free_texts[] = {
+    {"merch_name", "merch_name"},
+    {"merch_addr1", "merch_addr1"},
+    {"merch_addr2", "merch_addr2"},
+    {"merch_addr3", "merch_addr3"},
+    {"merch_phone", "merch_phone"},
+    {"merch_email", "merch_email"},
+    {"merch_url", "merch_url"},
+    {"account", "account"},
+    {"custref", "custref"},
+    {"ttid", "ttid"},
+    {"auth", "auth"},
+    {"batch", "batch"},
+    {"stan", "stan"},
+    {"printdata", "printdata"},
+    {"rcpt_emv_name", "name"},
+    {"rcpt_emv_tvr", "tvr"},
+    {"rcpt_emv_iad", "iad"},
+    {"order_notes", "order_notes"},
+    {"rcpt_user_notes", "user_notes"},
+};
+
+struct destroy_output {
+    void operator()(GumboOutput *output) const
+    {
+        gumbo_destroy_output(&kGumboDefaultOptions, output);
+    }
+};
+
+const GumboNode &child_at(const GumboNode &node, unsigned int at)
+{
+    return *static_cast<const GumboNode *>(node.v.element.children.data[at]);
+}
+
+// The elements of a receipt, a line each, without their texts, and the texts of the elements that
+// have an id.
+struct outline {
+    std::string elements;
+    fuzz::pairs texts;
+};
+
+std::string text_of(const GumboNode &node)
+{
+    std::string text;
+    for (unsigned int i = 0; i < node.v.element.children.length; ++i) {
+        const GumboNode &child = child_at(node, i);
+        if (child.type != GUMBO_NODE_ELEMENT)
+            text += child.v.text.text;
+    }
+    return text;
+}
+
+void add_element(const GumboNode &node, std::size_t depth, outline &out)
+{
+    const GumboElement &element = node.v.element;
+    require(element.tag == GUMBO_TAG_DIV || element.tag == GUMBO_TAG_SPAN,
+            "a receipt is made of div and span");
+    out.elements.append(depth, ' ').append(gumbo_normalized_tagname(element.tag));
+    for (unsigned int i = 0; i < element.attributes.length; ++i) {
+        const auto &attribute = *static_cast<const GumboAttribute *>(element.attributes.data[i]);
+        const std::string_view name = attribute.name;
+        require(name == "id" || name == "class", "elements have an id and a class");
+        out.elements.append(" ").append(attribute.value);
+        if (name == "id")
+            out.texts.emplace_back(attribute.value, text_of(node));
+    }
+    out.elements += '\n';
+    for (unsigned int i = 0; i < element.children.length; ++i) {
+        const GumboNode &child = child_at(node, i);
+        require(child.type == GUMBO_NODE_ELEMENT || child.type == GUMBO_NODE_TEXT ||
+                    child.type == GUMBO_NODE_WHITESPACE,
+                "a receipt holds elements and texts");
+        if (child.type == GUMBO_NODE_ELEMENT)
+            add_element(child, depth + 1, out);
+    }
+}
+
+// A page with all blocks of the receipt in its body.
+outline outline_of(const receipt_input &from)
+{
+    const auto blocks = fuzz::checked_receipt(from, fuzz::common_blocks, [&] {
+        return Qel_rcpt_generate_html(from.record(), from.config());
+    });
+    std::string page = "<!DOCTYPE html><title>t</title><body>";
+    for (const fuzz::block &block : blocks) {
+        require(block.text.starts_with("<div id=\"rcpt_" + block.name + "\""),
+                "the element has the block's name");
+        page += block.text;
+    }
+    page += "</body>";
+    const std::unique_ptr<GumboOutput, destroy_output> parsed(gumbo_parse(page.c_str()));
+    require(parsed->errors.length == 0 || !fuzz::is_clean_text(page) ||
+                page.find("&#13;") != std::string::npos,
+            "the blocks are valid");
+
+    outline out;
+    const GumboNode &body = child_at(*parsed->root, 1);
+    require(body.v.element.children.length == blocks.size(), "a block is one element");
+    for (unsigned int i = 0; i < blocks.size(); ++i)
+        add_element(child_at(body, i), 0, out);
+    return out;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    Qel_rcpt_init();
+    const receipt_input from(fuzz::input(data, size));
+    const outline shown = outline_of(from);
+    for (const auto &[key, id] : free_texts) {
+        const std::string value = Qel_str_safe(from.value(key));
+        for (const auto &[shown_id, text] : shown.texts)
+            require(shown_id != id || value.empty() || !fuzz::is_clean(value) || text == value,
+                    "the text is shown as it is");
+        if (!value.empty())
+            Qel_hash_dict_insert(from.record(), key, "harmless");
+    }
+    require(outline_of(from).elements == shown.elements, "no text becomes markup");
+    return 0;
+}

@@ -1,0 +1,336 @@
+// libqelrcpt for C++: records and configurations as values, receipts to iterate over, nothing to
+// release by hand. Header only, C++17, over the C interface of qel_rcpt.h.
+//
+//     using namespace qel;
+//     const rcpt::session session;
+//     const rcpt::record sale{{"action", "sale"}, {"amount", "12.34"}, {"code", "AUTH"}};
+//     rcpt::config shop;
+//     shop.customer_lang = rcpt::language::french;
+//     shop.zone = rcpt::time_zone("America/Toronto");
+//     for (const auto &[copy, name, text] : rcpt::render_plain(sale, shop, 32, "\n"))
+//         std::cout << text << '\n';
+//
+// Nothing here throws but std::bad_alloc, and std::invalid_argument for an unknown time zone. A
+// text that is put in ends at its first NUL. Between the begin and the end of the session, any
+// number of threads may render at once, each from records that no thread changes.
+#ifndef QEL_RCPT_HPP
+#define QEL_RCPT_HPP
+
+#include <qel_rcpt.h>
+#include <qelstdlib.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace qel::rcpt
+{
+
+// The time in which the library may be used. One for the process, made before the first receipt and
+// gone after the last.
+class session
+{
+  public:
+    session() noexcept { Qel_rcpt_init(); }
+    ~session() { Qel_rcpt_deinit(); }
+    session(const session &) = delete;
+    session &operator=(const session &) = delete;
+};
+
+// Configuration
+
+enum class language : std::uint32_t {
+    english = QEL_RCPT_LANG_EN,
+    french = QEL_RCPT_LANG_FR,
+    spanish = QEL_RCPT_LANG_ES,
+    german = QEL_RCPT_LANG_DE,
+    italian = QEL_RCPT_LANG_IT
+};
+
+// The language for an ISO 639-1 code in any case; English for all else, regional forms included.
+inline language language_of(const std::string &code) noexcept
+{
+    return static_cast<language>(Qel_rcpt_lang_from_str(code.c_str()));
+}
+
+// ISO 3166-1 numeric; country{276} is one without a name here.
+enum class country : std::uint32_t { canada = 124, united_kingdom = 826, united_states = 840 };
+
+// ISO 4217 numeric; only the euro and sterling are not written with a dollar sign.
+enum class currency : std::uint32_t {
+    canadian_dollar = 124,
+    pound_sterling = 826,
+    us_dollar = 840,
+    euro = 978
+};
+
+// Bits, which may be combined.
+enum class industry : std::uint32_t {
+    unknown = QEL_RCPT_IND_UNKNOWN,
+    retail = QEL_RCPT_IND_RETAIL,
+    mail = QEL_RCPT_IND_MAIL,
+    ecommerce = QEL_RCPT_IND_ECOMM,
+    restaurant = QEL_RCPT_IND_RESTAURANT,
+    lodging = QEL_RCPT_IND_LODGING,
+    automated_fuel = QEL_RCPT_IND_AUTOFUEL, // no merchant copy
+    grocery = QEL_RCPT_IND_GROCERY,
+    self_service = QEL_RCPT_IND_SELFSERV // no merchant copy
+};
+
+constexpr industry operator|(industry a, industry b) noexcept
+{
+    return static_cast<industry>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
+}
+
+// A time zone: the system's local one, or one of the IANA time zone database. Copies are cheap.
+class time_zone
+{
+  public:
+    time_zone() noexcept = default;
+
+    // Throws std::invalid_argument for a name that the system does not know.
+    explicit time_zone(const std::string &name)
+        : zone_(Qel_time_tz_load(name.c_str()), Qel_time_tz_destroy)
+    {
+        if (!zone_)
+            throw std::invalid_argument("unknown time zone: " + name);
+    }
+
+    const Qel_time_tz_t *native() const noexcept { return zone_.get(); } // absent: the local one
+
+  private:
+    std::shared_ptr<Qel_time_tz_t> zone_;
+};
+
+// The merchant. As it is, one in the United States.
+struct config {
+    language customer_lang = language::english;
+    language merchant_lang = language::english;
+    country country_code = country::united_states;
+    currency currency_code = currency::us_dollar;
+    industry industries = industry::unknown;
+    time_zone zone;
+
+    // For the C interface, while this configuration lives.
+    Qel_rcpt_config_t native() const noexcept
+    {
+        Qel_rcpt_config_t out{};
+        out.cust_lang = static_cast<Qel_rcpt_lang_t>(customer_lang);
+        out.merch_lang = static_cast<Qel_rcpt_lang_t>(merchant_lang);
+        out.country_code = static_cast<std::uint32_t>(country_code);
+        out.currency_code = static_cast<std::uint32_t>(currency_code);
+        out.industry = static_cast<Qel_rcpt_ind_t>(industries);
+        out.merch_timezone = zone.native();
+        return out;
+    }
+};
+
+// The record of one transaction: texts by key, in the order in which they were put in.
+class record
+{
+  public:
+    using field = std::pair<std::string_view, std::string_view>;
+
+    record() = default;
+
+    record(std::initializer_list<field> fields) : record(fields.begin(), fields.end()) {}
+
+    // From a range of pairs of texts, such as std::map<std::string, std::string>.
+    template <typename Range,
+              typename = std::enable_if_t<!std::is_base_of_v<record, std::decay_t<Range>>>,
+              typename = decltype(std::begin(std::declval<const Range &>())->second)>
+    explicit record(const Range &fields) : record(std::begin(fields), std::end(fields))
+    {
+    }
+
+    template <typename Iterator, typename = decltype(std::declval<Iterator &>()->second)>
+    record(Iterator first, Iterator last)
+    {
+        for (; first != last; ++first)
+            set(first->first, first->second);
+    }
+
+    record(const record &other)
+    {
+        for (const auto &[key, value] : qel::pairs(other.native()))
+            Qel_hash_dict_insert(dict_.get(), key, value);
+    }
+    record(record &&other) noexcept = default;
+    record &operator=(record other) noexcept
+    {
+        dict_.swap(other.dict_);
+        return *this;
+    }
+    ~record() = default;
+
+    // A key that is there keeps its place and takes the new value.
+    record &set(std::string_view key, std::string_view value)
+    {
+        Qel_hash_dict_insert(native(), std::string(key).c_str(), std::string(value).c_str());
+        return *this;
+    }
+
+    // Borrowed until the value is replaced or erased.
+    std::optional<std::string_view> get(std::string_view key) const
+    {
+        const char *value = nullptr;
+        if (!Qel_hash_dict_get(native(), std::string(key).c_str(), &value))
+            return std::nullopt;
+        return qel::view(value);
+    }
+
+    // True when the key was there.
+    bool erase(std::string_view key)
+    {
+        return Qel_hash_dict_remove(native(), std::string(key).c_str());
+    }
+
+    std::size_t size() const noexcept { return Qel_hash_dict_num_keys(native()); }
+
+    // For the C interface. What was moved from is absent, an empty record, until it is changed.
+    const Qel_hash_dict_t *native() const noexcept { return dict_.get(); }
+    Qel_hash_dict_t *native()
+    {
+        if (!dict_)
+            dict_ = make_dict();
+        return dict_.get();
+    }
+
+  private:
+    static qel::dict make_dict() noexcept
+    {
+        return qel::dict(Qel_hash_dict_create(64, 75, QEL_HASH_DICT_KEYS_ORDERED));
+    }
+
+    qel::dict dict_ = make_dict();
+};
+
+// Receipts
+
+enum class copy { customer, merchant };
+
+struct block {
+    rcpt::copy copy;
+    std::string_view name; // such as "money"; borrowed from the blocks, like the text
+    std::string_view text;
+};
+
+// A transaction's receipts: the customer copy's blocks from top to bottom, then the merchant
+// copy's.
+class blocks
+{
+  public:
+    using const_iterator = std::vector<block>::const_iterator;
+
+    // Takes over what a generator of the C interface returned.
+    explicit blocks(qel::dict rendered) : dict_(std::move(rendered))
+    {
+        constexpr std::string_view customer = "cust_";
+        constexpr std::string_view merchant = "merch_";
+        blocks_.reserve(Qel_hash_dict_num_keys(dict_.get()));
+        for (const auto &[key, text] : qel::pairs(dict_.get())) {
+            std::string_view name = qel::view(key);
+            const bool is_customer = name.substr(0, customer.size()) == customer;
+            name.remove_prefix(is_customer ? customer.size() : merchant.size());
+            blocks_.push_back(
+                {is_customer ? copy::customer : copy::merchant, name, qel::view(text)});
+        }
+    }
+
+    const_iterator begin() const noexcept { return blocks_.begin(); }
+    const_iterator end() const noexcept { return blocks_.end(); }
+    std::size_t size() const noexcept { return blocks_.size(); }
+    bool empty() const noexcept { return blocks_.empty(); }
+
+    // The text of one block; nothing when the receipt does not have it.
+    std::optional<std::string_view> find(copy of, std::string_view name) const noexcept
+    {
+        for (const block &one : blocks_) {
+            if (one.copy == of && one.name == name)
+                return one.text;
+        }
+        return std::nullopt;
+    }
+
+    bool has(copy of) const noexcept
+    {
+        for (const block &one : blocks_) {
+            if (one.copy == of)
+                return true;
+        }
+        return false;
+    }
+
+    // One copy's blocks, the separator between each two; empty without that copy.
+    std::string join(copy of, std::string_view separator) const
+    {
+        std::string joined;
+        for (const block &one : blocks_) {
+            if (one.copy != of)
+                continue;
+            if (!joined.empty())
+                joined.append(separator);
+            joined.append(one.text);
+        }
+        return joined;
+    }
+
+  private:
+    qel::dict dict_;
+    std::vector<block> blocks_;
+};
+
+// The generators of qel_rcpt.h, which says what their receipts hold.
+
+inline blocks render_plain(const record &transaction, const config &merchant = {},
+                           std::size_t width = 40, const std::string &line_break = "\r\n")
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(
+        Qel_rcpt_generate_plain(transaction.native(), &native, width, line_break.c_str())));
+}
+
+inline blocks render_html(const record &transaction, const config &merchant = {})
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(Qel_rcpt_generate_html(transaction.native(), &native)));
+}
+
+inline blocks render_xml(const record &transaction, const config &merchant = {})
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(Qel_rcpt_generate_xml(transaction.native(), &native)));
+}
+
+inline blocks render_json(const record &transaction, const config &merchant = {})
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(Qel_rcpt_generate_json(transaction.native(), &native)));
+}
+
+// With the e-commerce industry this is render_moneris_ecommerce and may change the record.
+inline blocks render_moneris(record &transaction, const config &merchant = {})
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(Qel_rcpt_generate_plain_moneris(transaction.native(), &native)));
+}
+
+// Takes zero amounts out of the record of a corrected purchase.
+inline blocks render_moneris_ecommerce(record &transaction, const config &merchant = {})
+{
+    const Qel_rcpt_config_t native = merchant.native();
+    return blocks(qel::dict(Qel_rcpt_generate_plain_moneris_ecomm(transaction.native(), &native)));
+}
+
+} // namespace qel::rcpt
+
+#endif
