@@ -51,7 +51,7 @@ struct key_hash {
             std::memcpy(&word, bytes.data(), 8);
         } else if (bytes.size() >= 4) {
             std::array<std::uint32_t, 2> halves{};
-            std::memcpy(&halves[0], bytes.data(), 4);
+            std::memcpy(halves.data(), bytes.data(), 4);
             std::memcpy(&halves[1], bytes.data() + bytes.size() - 4, 4);
             word = std::uint64_t{halves[0]} << 32U | halves[1];
         } else {
