@@ -88,7 +88,8 @@ inline void repeat_block(Qel_hash_dict_t *blocks, const block_keys &keys)
 }
 
 // The frame of every generator: the customer copy's blocks, then the merchant copy's when the
-// industry gets one, each copy with its own attributes. The caller owns the result.
+// industry gets one, each copy with its own attributes, which differ by the language alone. The
+// caller owns the result.
 template <typename State, std::size_t Count>
 Qel_hash_dict_t *generate_copies(State &info, const Qel_rcpt_config_t *config,
                                  const block_builder<State> (&builders)[Count])

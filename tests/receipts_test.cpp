@@ -71,6 +71,38 @@ TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
     }
 }
 
+// The merchant's blocks when the customer's copy is in the language given.
+std::vector<tool::block> merchant_blocks(const fs::path &sample, tool::form form,
+                                         Qel_rcpt_lang_t cust_lang, Qel_rcpt_lang_t merch_lang)
+{
+    const bool quiet = true;
+    const tool::record_file file = tool::read_record_file(sample.string(), quiet);
+    Qel_rcpt_config_t config = tool::merchant_config({}, file.merchant);
+    config.cust_lang = cust_lang;
+    config.merch_lang = merch_lang;
+    tool::layout layout;
+    layout.form = form;
+    layout.customer_copy = false;
+    return tool::render(file.record.get(), config, layout).blocks;
+}
+
+// Blocks that read the same on both copies are built once when the copies share a language. The
+// merchant must not see any of that.
+TEST_P(Receipts, GiveTheMerchantTheSameWhateverTheCustomersLanguage)
+{
+    for (const tool::form_facts &form : tool::forms()) {
+        SCOPED_TRACE(form.name);
+        const auto shared =
+            merchant_blocks(GetParam(), form.id, QEL_RCPT_LANG_FR, QEL_RCPT_LANG_FR);
+        const auto own = merchant_blocks(GetParam(), form.id, QEL_RCPT_LANG_EN, QEL_RCPT_LANG_FR);
+        ASSERT_EQ(shared.size(), own.size());
+        for (size_t i = 0; i < own.size(); ++i) {
+            EXPECT_EQ(shared[i].key, own[i].key);
+            EXPECT_EQ(shared[i].text, own[i].text);
+        }
+    }
+}
+
 std::string test_name(const testing::TestParamInfo<fs::path> &sample)
 {
     std::string name = sample.param.stem().string();
