@@ -1,8 +1,8 @@
+#include "key_hash.h"
 #include "qelstdlib_int.h"
 
 #include <array>
 #include <bit>
-#include <cstring>
 #include <list>
 #include <memory>
 #include <optional>
@@ -31,50 +31,15 @@ struct key_hash {
 
     std::size_t operator()(std::string_view key) const
     {
-        return ignore_case ? lower_hash(key) : word_hash(key);
+        return ignore_case ? of_lower(key) : qel::own_hasher()(key);
     }
 
-    // Takes eight bytes at a time: keys are short and looked up often.
-    static std::size_t word_hash(std::string_view key)
+  private:
+    static std::size_t of_lower(std::string_view key)
     {
-        std::uint64_t hash = key.size();
-        for (; key.size() > 8; key.remove_prefix(8))
-            hash = mixed(hash ^ word_of(key.substr(0, 8)));
-        return static_cast<std::size_t>(mixed(hash ^ word_of(key)));
-    }
-
-    // Up to eight bytes as a number; shorter keys read some of theirs twice.
-    static std::uint64_t word_of(std::string_view bytes)
-    {
-        std::uint64_t word = 0;
-        if (bytes.size() == 8) {
-            std::memcpy(&word, bytes.data(), 8);
-        } else if (bytes.size() >= 4) {
-            std::array<std::uint32_t, 2> halves{};
-            std::memcpy(halves.data(), bytes.data(), 4);
-            std::memcpy(&halves[1], bytes.data() + bytes.size() - 4, 4);
-            word = std::uint64_t{halves[0]} << 32U | halves[1];
-        } else {
-            for (const char byte : bytes)
-                word = word << 8U | static_cast<unsigned char>(byte);
-        }
-        return word;
-    }
-
-    // Lets every bit have a say in the lowest ones, which choose the slot.
-    static std::uint64_t mixed(std::uint64_t hash)
-    {
-        hash *= 0x9E3779B97F4A7C15U; // 2 to the 64th over the golden ratio
-        return hash ^ hash >> 32U;
-    }
-
-    // FNV-1a of the key as if in lower case.
-    static std::size_t lower_hash(std::string_view key)
-    {
-        std::uint64_t hash = 0xCBF29CE484222325U;
-        for (const char chr : key)
-            hash = (hash ^ lower_byte(chr)) * 0x100000001B3U;
-        return static_cast<std::size_t>(hash);
+        std::string lower(key);
+        std::ranges::transform(lower, lower.begin(), qel::to_lower);
+        return qel::own_hasher()(lower);
     }
 };
 

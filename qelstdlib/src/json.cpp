@@ -44,7 +44,7 @@ void Qel_json_node::update_index()
     if (type != QEL_JSON_TYPE_OBJECT || children.size() <= few) {
         return;
     }
-    index_ = std::make_unique<std::unordered_map<std::string_view, std::size_t>>();
+    index_ = std::make_unique<member_index>(children.size(), qel::own_hasher());
     for (std::size_t place = 0; place < children.size(); ++place) {
         index_->emplace(children[place]->name, place);
     }

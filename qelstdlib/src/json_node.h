@@ -2,6 +2,7 @@
 #ifndef QELSTDLIB_JSON_NODE_H
 #define QELSTDLIB_JSON_NODE_H
 
+#include "key_hash.h"
 #include "qelstdlib_formats.h"
 
 #include <cstddef>
@@ -39,9 +40,11 @@ struct Qel_json_node {
     [[nodiscard]] std::size_t find_member(std::string_view member_name) const;
     void update_index();
 
+    using member_index = std::unordered_map<std::string_view, std::size_t, qel::key_hasher>;
+
     // Where each member stands. Only an object of more than a few members has one, and it is kept
     // up on every change, so that looking a member up changes nothing.
-    std::unique_ptr<std::unordered_map<std::string_view, std::size_t>> index_;
+    std::unique_ptr<member_index> index_;
 };
 
 #endif
