@@ -18,14 +18,14 @@ struct Qel_rcpt_html_t {
     Qel_hash_dict_t *blocks;
     const Qel_hash_dict_t *kvs;
     Qel_rcpt_attrs_t attrs;
+    qel::xml_doc document; // of all blocks, so that they share its memory
 };
 
 // Elements
 
-// A block in the making: its element and the document that owns it.
+// A block in the making.
 struct html_block {
     const Qel_rcpt_html_t &info;
-    qel::xml_doc document;
     Qel_xml_node_t *element;
 
     const char *message(Qel_rcpt_msg_t msg) const
@@ -34,72 +34,103 @@ struct html_block {
     }
 };
 
+// An id or class, put together when it is compiled where it is a constant.
+class joined_name
+{
+  public:
+    constexpr joined_name() = default;
+    constexpr joined_name(std::initializer_list<std::string_view> parts)
+    {
+        char *end = text_.data();
+        for (const std::string_view part : parts)
+            end = std::ranges::copy(part, end).out;
+    }
+    [[nodiscard]] constexpr const char *c_str() const { return text_.data(); }
+
+  private:
+    std::array<char, 80> text_{}; // the longest are those of custom fields
+};
+
 void set_attribute(Qel_xml_node_t *node, const char *name, const char *value)
 {
     Qel_xml_node_insert_attribute(node, name, value, 0, true);
 }
 
-template <typename... Words>
-void set_attribute(Qel_xml_node_t *node, const char *name, const char *fmt, Words... words)
+Qel_xml_node_t *add_element(Qel_xml_node_t *parent, const char *name, const char *text,
+                            const char *id, const char *class_name)
 {
-    std::array<char, 512> value;
-    Qel_snprintf(value.data(), value.size(), fmt, words...);
-    set_attribute(node, name, value.data());
+    Qel_xml_node_t *element = Qel_xml_create_element_with_text(name, text, 0, parent);
+    set_attribute(element, "id", id);
+    set_attribute(element, "class", class_name);
+    return element;
 }
 
-html_block create_block(const Qel_rcpt_html_t &info, const char *name,
-                        const char *class_name = nullptr)
+// The id and the classes of a block.
+struct block_names {
+    consteval block_names(const char *name, const char *more_classes = "")
+        : id{"rcpt_", name}, class_name{"rcpt_block ", name, *more_classes == '\0' ? "" : " ",
+                                        more_classes}
+    {
+    }
+
+    joined_name id;
+    joined_name class_name;
+};
+
+html_block create_block(const Qel_rcpt_html_t &info, const block_names &names)
 {
-    qel::xml_doc document(Qel_xml_create_doc());
-    Qel_xml_node_t *element = Qel_xml_create_element("div", document.get());
-    set_attribute(element, "id", "rcpt_%s", name);
-    if (class_name == nullptr)
-        set_attribute(element, "class", "rcpt_block %s", name);
-    else
-        set_attribute(element, "class", "rcpt_block %s %s", name, class_name);
-    return {info, std::move(document), element};
+    return {info, add_element(info.document.get(), "div", nullptr, names.id.c_str(),
+                              names.class_name.c_str())};
 }
 
 // Without a text it still gets an end tag: HTML has no self-closed spans.
 Qel_xml_node_t *add_span(Qel_xml_node_t *parent, const char *id, const char *class_name,
                          const char *text)
 {
-    Qel_xml_node_t *span = Qel_xml_create_element_with_text("span", Qel_str_safe(text), 0, parent);
-    Qel_xml_node_insert_attribute(span, "id", id, 0, true);
-    Qel_xml_node_insert_attribute(span, "class", class_name, 0, true);
-    return span;
+    return add_element(parent, "span", Qel_str_safe(text), id, class_name);
 }
 
+// The ids and the classes of a value, which stands alone or in a group with its label.
+struct value_names {
+    constexpr value_names() = default;
+    consteval value_names(const char *name, const char *classes)
+        : id{name}, group_id{name, "_group"}, label_id{name, "_label"},
+          class_name{"rcpt_val ", classes}, group_class{"rcpt_group ", classes}
+    {
+    }
+
+    joined_name id;
+    joined_name group_id;
+    joined_name label_id;
+    joined_name class_name;
+    joined_name group_class;
+};
+
 // A value that stands alone; nothing without one.
-void add_val(const html_block &block, const char *id, const char *class_name, const char *value)
+void add_val(const html_block &block, const value_names &names, const char *value)
 {
-    if (Qel_str_isempty(value))
-        return;
-    Qel_xml_node_t *val = Qel_xml_create_element_with_text("div", value, 0, block.element);
-    set_attribute(val, "id", id);
-    set_attribute(val, "class", "rcpt_val %s", class_name);
+    if (!Qel_str_isempty(value))
+        add_element(block.element, "div", value, names.id.c_str(), names.class_name.c_str());
 }
 
 // A value with its label, which may be absent; nothing without a value. The lane has no id.
-void add_group(const html_block &block, const char *id, const char *class_name, const char *label,
+void add_group(const html_block &block, const value_names &names, const char *label,
                const char *value)
 {
     if (Qel_str_isempty(value))
         return;
-    Qel_xml_node_t *group = Qel_xml_create_element("div", block.element);
-    set_attribute(group, "id", "%s_group", id);
-    set_attribute(group, "class", "rcpt_group %s", class_name);
-    std::array<char, 512> label_id;
-    Qel_snprintf(label_id.data(), label_id.size(), "%s_label", id);
-    add_span(group, label_id.data(), "rcpt_group_label", label);
-    add_span(group, id, "rcpt_group_val", value);
+    Qel_xml_node_t *group = add_element(block.element, "div", nullptr, names.group_id.c_str(),
+                                        names.group_class.c_str());
+    add_span(group, names.label_id.c_str(), "rcpt_group_label", label);
+    const char *id = names.id.c_str();
+    add_span(group, *id == '\0' ? nullptr : id, "rcpt_group_val", value);
 }
 
 enum class sign { plain, minus };
 
 // An amount of the record with its label; nothing unless it is above zero.
-void add_group_money(const html_block &block, const char *id, const char *class_name,
-                     const char *label, const char *amount, sign shown = sign::plain)
+void add_group_money(const html_block &block, const value_names &names, const char *label,
+                     const char *amount, sign shown = sign::plain)
 {
     if (!qel_rcpt::is_positive(amount))
         return;
@@ -109,7 +140,7 @@ void add_group_money(const html_block &block, const char *id, const char *class_
         Qel_asprintf(&negative, "- %s", money.get());
         money.reset(negative);
     }
-    add_group(block, id, class_name, label, money.get());
+    add_group(block, names, label, money.get());
 }
 
 // Stores the block for the copy, unless nothing is in it.
@@ -117,9 +148,10 @@ void add_block(const html_block &block, const block_place &place)
 {
     if (Qel_xml_node_num_children(block.element) == 0)
         return;
-    const qel::text xml(
-        Qel_xml_write(block.document.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
-    const qel::text html(Qel_strdup_replace_str(xml.get(), "&apos;", "&#39;"));
+    std::size_t len = 0;
+    qel::text html(Qel_xml_write(block.element, QEL_XML_WRITER_PRETTYPRINT_SPACE, &len));
+    if (std::string_view(html.get(), len).find("&apos;") != std::string_view::npos)
+        html.reset(Qel_strdup_replace_str(html.get(), "&apos;", "&#39;"));
     Qel_hash_dict_insert(block.info.blocks, place.key, html.get());
 }
 
@@ -170,10 +202,15 @@ class value_finder
 enum class element { val, group, money, discount };
 
 struct row {
+    consteval row(element row_kind, Qel_rcpt_msg_t row_label, const char *name, const char *classes,
+                  value_source row_value)
+        : kind(row_kind), label(row_label), names(name, classes), value(row_value)
+    {
+    }
+
     element kind;
     Qel_rcpt_msg_t label;
-    const char *id;
-    const char *class_name;
+    value_names names;
     value_source value;
 };
 
@@ -184,13 +221,13 @@ void add_row(const html_block &block, const row &row)
     const char *value = std::visit(find, row.value);
     switch (row.kind) {
     case element::val:
-        return add_val(block, row.id, row.class_name, value);
+        return add_val(block, row.names, value);
     case element::group:
-        return add_group(block, row.id, row.class_name, label, value);
+        return add_group(block, row.names, label, value);
     case element::money:
-        return add_group_money(block, row.id, row.class_name, label, value);
+        return add_group_money(block, row.names, label, value);
     case element::discount:
-        return add_group_money(block, row.id, row.class_name, label, value, sign::minus);
+        return add_group_money(block, row.names, label, value, sign::minus);
     }
 }
 
@@ -202,15 +239,23 @@ void add_rows(const html_block &block, std::span<const row> rows)
 
 // Blocks
 
+consteval auto merchant_names()
+{
+    constexpr const char *classes[] = {"name",  "address", "address", "address",
+                                       "phone", "email",   "url"};
+    std::array<value_names, std::size(qel_rcpt::merchant_fields)> names;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        names[i] = {qel_rcpt::merchant_fields[i].key, classes[i]};
+    return names;
+}
+
 void generate_block_merchinfo(Qel_rcpt_html_t &info, const block_place &place)
 {
-    static constexpr const char *classes[std::size(qel_rcpt::merchant_fields)] = {
-        "name", "address", "address", "address", "phone", "email", "url"};
-    const html_block block = create_block(info, "merch_info", "merch info");
-    for (std::size_t i = 0; i < std::size(classes); ++i) {
+    static constexpr auto names = merchant_names();
+    const html_block block = create_block(info, {"merch_info", "merch info"});
+    for (std::size_t i = 0; i < names.size(); ++i) {
         const auto &[key, missing] = qel_rcpt::merchant_fields[i];
-        add_val(block, key, classes[i],
-                qel_rcpt::get_or_message(info.kvs, key, info.attrs.lang, missing));
+        add_val(block, names[i], qel_rcpt::get_or_message(info.kvs, key, info.attrs.lang, missing));
     }
     add_block(block, place);
 }
@@ -224,7 +269,7 @@ char *format_lane(const Qel_hash_dict_t *kvs)
 
 constexpr row reference_rows[] = {
     {element::val, QEL_RCPT_MSG_NONE, "action", "action", qel_rcpt::get_title},
-    {element::group, QEL_RCPT_MSG_LANE, nullptr, "x_id", format_lane},
+    {element::group, QEL_RCPT_MSG_LANE, "", "x_id", format_lane},
     {element::val, QEL_RCPT_MSG_NONE, "cardtype", "type cardtype", "cardtype"},
     {element::val, QEL_RCPT_MSG_NONE, "entry_mode", "entry mode", "rcpt_entry_mode"},
     {element::group, QEL_RCPT_MSG_ACCOUNT_TYPE, "acct_type", "account type",
@@ -247,7 +292,12 @@ void add_custom_fields(const html_block &block)
     for (const auto [name, value] : qel::pairs(fields.get())) {
         std::array<char, 64> id{};
         Qel_snprintf(id.data(), id.size(), "custom_%s", qel_rcpt::clean_field_name(name).get());
-        add_group(block, id.data(), "custom", name, value);
+        value_names names;
+        names.id = {id.data()};
+        names.group_id = {id.data(), "_group"};
+        names.label_id = {id.data(), "_label"};
+        names.group_class = {"rcpt_group custom"};
+        add_group(block, names, name, value);
     }
 }
 
@@ -311,10 +361,7 @@ void generate_block_line_items(Qel_rcpt_html_t &info, const block_place &place)
 
 void add_heading(const html_block &block, const char *id, Qel_rcpt_msg_t text)
 {
-    Qel_xml_node_t *heading =
-        Qel_xml_create_element_with_text("div", block.message(text), 0, block.element);
-    set_attribute(heading, "id", id);
-    set_attribute(heading, "class", "money_heading rcpt_title");
+    add_element(block.element, "div", block.message(text), id, "money_heading rcpt_title");
 }
 
 constexpr row order_money_rows[] = {
@@ -360,14 +407,14 @@ constexpr row authorised_amount_rows[] = {
      Qel_rcpt_format_amount_due},
 };
 
-void add_discount(const html_block &block, const char *id, Qel_rcpt_msg_t label,
+void add_discount(const html_block &block, const value_names &names, Qel_rcpt_msg_t label,
                   const char *discount)
 {
     if (Qel_str_isempty(discount))
         return;
     std::array<char, 32> shown{};
     Qel_snprintf(shown.data(), shown.size(), "- %s", discount);
-    add_group(block, id, "amount discount", block.message(label), shown.data());
+    add_group(block, names, block.message(label), shown.data());
 }
 
 void add_payment_discounts(const html_block &block)
@@ -375,8 +422,10 @@ void add_payment_discounts(const html_block &block)
     char *discount = nullptr;
     char *cash_discount = nullptr;
     Qel_rcpt_format_payment_discounts(block.info.kvs, &block.info.attrs, &discount, &cash_discount);
-    add_discount(block, "discountamount", QEL_RCPT_MSG_DISCOUNT, qel::text(discount).get());
-    add_discount(block, "cash_discount", QEL_RCPT_MSG_CASHDISCOUNT, qel::text(cash_discount).get());
+    add_discount(block, {"discountamount", "amount discount"}, QEL_RCPT_MSG_DISCOUNT,
+                 qel::text(discount).get());
+    add_discount(block, {"cash_discount", "amount discount"}, QEL_RCPT_MSG_CASHDISCOUNT,
+                 qel::text(cash_discount).get());
 }
 
 void generate_block_money(Qel_rcpt_html_t &info, const block_place &place)
@@ -389,16 +438,16 @@ void generate_block_money(Qel_rcpt_html_t &info, const block_place &place)
     const html_block block = create_block(info, "money");
     if (pays_part_of_order)
         add_heading(block, "rcpt_money_heading", QEL_RCPT_MSG_PAYMENT);
-    add_group(block, "subtotal", "amount subtotal", block.message(QEL_RCPT_MSG_SUBTOTAL),
+    add_group(block, {"subtotal", "amount subtotal"}, block.message(QEL_RCPT_MSG_SUBTOTAL),
               qel::text(Qel_rcpt_format_subtotal(kvs, &info.attrs)).get());
     add_payment_discounts(block);
     add_rows(block, extra_amount_rows);
-    add_group(block, "totalamount", "amount total",
+    add_group(block, {"totalamount", "amount total"},
               block.message(pays_part_of_order ? QEL_RCPT_MSG_PAID : QEL_RCPT_MSG_TOTAL),
               qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
     add_rows(block, authorised_amount_rows);
     if (place.is_custcopy)
-        add_group_money(block, "balance", "amount balance", block.message(QEL_RCPT_MSG_BALANCE),
+        add_group_money(block, {"balance", "amount balance"}, block.message(QEL_RCPT_MSG_BALANCE),
                         get(kvs, "balance"));
     add_block(block, place);
 }
@@ -408,11 +457,12 @@ void generate_block_disposition(Qel_rcpt_html_t &info, const block_place &place)
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     const html_block block = create_block(info, "disposition");
-    add_val(block, "card_status", "status", Qel_rcpt_get_card_status(kvs, lang));
-    add_val(block, "pin_status", "status", Qel_rcpt_get_pin_status(kvs, lang));
-    add_val(block, "auth_result", "result", Qel_rcpt_get_result(kvs, lang));
-    add_group(block, "auth_mode", "mode", "Mode", Qel_rcpt_get_mode(kvs, lang)); // in any language
-    add_val(block, "printdata", "print", get(kvs, "printdata"));
+    add_val(block, {"card_status", "status"}, Qel_rcpt_get_card_status(kvs, lang));
+    add_val(block, {"pin_status", "status"}, Qel_rcpt_get_pin_status(kvs, lang));
+    add_val(block, {"auth_result", "result"}, Qel_rcpt_get_result(kvs, lang));
+    add_group(block, {"auth_mode", "mode"}, "Mode",
+              Qel_rcpt_get_mode(kvs, lang)); // in any language
+    add_val(block, {"printdata", "print"}, get(kvs, "printdata"));
     add_block(block, place);
 }
 
@@ -424,21 +474,32 @@ void generate_block_signature(Qel_rcpt_html_t &info, const block_place &place)
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     const html_block block = create_block(info, "signature");
     if (Qel_rcpt_need_signature_line(kvs)) {
-        add_val(block, "line", "line",
+        add_val(block, {"line", "line"},
                 qel::text(Qel_rcpt_get_signature_line(kvs, signature_line_len)).get());
-        add_val(block, "agreement", "agreement", Qel_rcpt_get_signature_agreement(kvs, lang));
-        add_val(block, "cardholdername", "name", get(kvs, "cardholdername"));
+        add_val(block, {"agreement", "agreement"}, Qel_rcpt_get_signature_agreement(kvs, lang));
+        add_val(block, {"cardholdername", "name"}, get(kvs, "cardholdername"));
     } else {
-        add_val(block, "sigcaptured", "status", Qel_rcpt_get_signature_electronic(kvs, lang));
+        add_val(block, {"sigcaptured", "status"}, Qel_rcpt_get_signature_electronic(kvs, lang));
     }
     add_block(block, place);
 }
 
+consteval auto emv_names()
+{
+    std::array<value_names, std::size(qel_rcpt::emv_fields)> names;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        names[i] = {qel_rcpt::emv_fields[i].name, "emv_data"};
+    return names;
+}
+
 void generate_block_emv(Qel_rcpt_html_t &info, const block_place &place)
 {
+    static constexpr auto names = emv_names();
     const html_block block = create_block(info, "emv");
-    for (const auto &[name, label, key] : qel_rcpt::emv_fields)
-        add_group(block, name, "emv_data", block.message(label), get(info.kvs, key));
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const auto &[name, label, key] = qel_rcpt::emv_fields[i];
+        add_group(block, names[i], block.message(label), get(info.kvs, key));
+    }
     add_block(block, place);
 }
 
@@ -447,20 +508,20 @@ void generate_block_notice(Qel_rcpt_html_t &info, const block_place &place)
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     const html_block block = create_block(info, "notice");
     const auto [label, price] = qel_rcpt::get_alternative_price(info.kvs);
-    add_group(block, "alt_price", "alt_price", block.message(label),
+    add_group(block, {"alt_price", "alt_price"}, block.message(label),
               qel::text(Qel_rcpt_format_money(price, &info.attrs)).get());
-    add_group(block, "message", "message", nullptr, Qel_rcpt_get_notice(lang));
+    add_group(block, {"message", "message"}, nullptr, Qel_rcpt_get_notice(lang));
     if (Qel_rcpt_is_duplicate(info.kvs))
-        add_group(block, "duplicate", "status", nullptr, Qel_rcpt_get_duplicate(lang));
-    add_group(block, "copy", "status", nullptr, Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
+        add_group(block, {"duplicate", "status"}, nullptr, Qel_rcpt_get_duplicate(lang));
+    add_group(block, {"copy", "status"}, nullptr, Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
     add_block(block, place);
 }
 
 void generate_block_notes(Qel_rcpt_html_t &info, const block_place &place)
 {
     const html_block block = create_block(info, "notes");
-    add_group(block, "order_notes", "order notes", nullptr, get(info.kvs, "order_notes"));
-    add_group(block, "user_notes", "user notes", nullptr, get(info.kvs, "rcpt_user_notes"));
+    add_group(block, {"order_notes", "order notes"}, nullptr, get(info.kvs, "order_notes"));
+    add_group(block, {"user_notes", "user notes"}, nullptr, get(info.kvs, "rcpt_user_notes"));
     add_block(block, place);
 }
 
@@ -484,5 +545,6 @@ Qel_hash_dict_t *Qel_rcpt_generate_html(const Qel_hash_dict_t *kvs,
 {
     Qel_rcpt_html_t info{};
     info.kvs = kvs;
+    info.document.reset(Qel_xml_create_doc());
     return qel_rcpt::generate_copies(info, config, block_builders);
 }

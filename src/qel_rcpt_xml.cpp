@@ -11,6 +11,7 @@ struct Qel_rcpt_xml_t {
     Qel_hash_dict_t *blocks;
     const Qel_hash_dict_t *kvs;
     Qel_rcpt_attrs_t attrs;
+    qel::xml_doc document; // of all blocks, so that they share its memory
 };
 
 void add_value(void *element, const char *name, const char *value)
@@ -18,20 +19,19 @@ void add_value(void *element, const char *name, const char *value)
     Qel_xml_create_element_with_text(name, value, 0, static_cast<Qel_xml_node_t *>(element));
 }
 
-qel::xml_doc create_block(const Qel_rcpt_xml_t &info, const qel_rcpt::value_block &block,
-                          bool is_custcopy)
+Qel_xml_node_t *create_block(const Qel_rcpt_xml_t &info, const qel_rcpt::value_block &block,
+                             bool is_custcopy)
 {
-    qel::xml_doc element(Qel_xml_create_element(block.name, nullptr));
-    block.add_values({info.kvs, info.attrs, is_custcopy, element.get(), add_value});
+    Qel_xml_node_t *element = Qel_xml_create_element(block.name, info.document.get());
+    block.add_values({info.kvs, info.attrs, is_custcopy, element, add_value});
     return element;
 }
 
-void add_block(const Qel_rcpt_xml_t &info, const block_place &place, const qel::xml_doc &element)
+void add_block(const Qel_rcpt_xml_t &info, const block_place &place, const Qel_xml_node_t *element)
 {
-    if (Qel_xml_node_num_children(element.get()) == 0)
+    if (Qel_xml_node_num_children(element) == 0)
         return;
-    const qel::text written(
-        Qel_xml_write(element.get(), QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
+    const qel::text written(Qel_xml_write(element, QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
     Qel_hash_dict_insert(info.blocks, place.key, written.get());
 }
 
@@ -53,8 +53,8 @@ void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
 
 void generate_block_reference(Qel_rcpt_xml_t &info, const block_place &place)
 {
-    const qel::xml_doc element = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
-    add_custom_fields(info, element.get());
+    Qel_xml_node_t *element = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
+    add_custom_fields(info, element);
     add_block(info, place, element);
 }
 
@@ -70,9 +70,9 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
 
 void generate_block_line_items(Qel_rcpt_xml_t &info, const block_place &place)
 {
-    const qel::xml_doc items(Qel_xml_create_element("items", nullptr));
+    Qel_xml_node_t *items = Qel_xml_create_element("items", info.document.get());
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
-                                 line_item_add, items.get());
+                                 line_item_add, items);
     add_block(info, place, items);
 }
 
@@ -98,5 +98,6 @@ Qel_hash_dict_t *Qel_rcpt_generate_xml(const Qel_hash_dict_t *kvs,
 {
     Qel_rcpt_xml_t info{};
     info.kvs = kvs;
+    info.document.reset(Qel_xml_create_doc());
     return qel_rcpt::generate_copies(info, config, block_builders);
 }

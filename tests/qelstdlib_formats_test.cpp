@@ -300,6 +300,53 @@ TEST(JsonWrite, Escapes)
                                    R"(' \u00e9\uffff\ud83d\ude00\ufffdz"})");
 }
 
+// A character as it is handed in, and what is written for it in an XML text, in the value of an XML
+// attribute and in JSON.
+struct written_char {
+    std::string_view raw, text, value, json;
+};
+
+constexpr written_char written_chars[] = {
+    {"&", "&amp;", "&amp;", "&"},
+    {"<", "&lt;", "&lt;", "<"},
+    {">", "&gt;", "&gt;", ">"},
+    {"\"", "&quot;", "&quot;", "\\\""},
+    {"'", "&apos;", "&apos;", "'"},
+    {"\\", "\\", "\\", "\\\\"},
+    {"\n", "\n", "&#10;", "\\n"},
+    {"\r", "&#13;", "&#13;", "\\r"},
+    {"\x1F", "\uFFFD", "\uFFFD", "\\u001f"},
+    {" ", " ", " ", " "},
+    {"\x7F", "\x7F", "\x7F", "\x7F"},
+    {"\u00E9", "\u00E9", "\u00E9", "\\u00e9"},
+    {"\xFF", "\uFFFD", "\uFFFD", "\\ufffd"},
+};
+
+// Texts are looked at in stretches, so every place in more than two of them is tried.
+TEST(Write, AnyCharacterAtAnyPlace)
+{
+    constexpr size_t longest = 40;
+    for (const auto &[raw, text, value, json] : written_chars) {
+        for (size_t place = 0; place < longest; ++place) {
+            const std::string before(place, 'b');
+            for (const std::string &after : {""s, "a"s, std::string(longest - place, 'a')}) {
+                const std::string whole = before + std::string(raw) + after;
+                const auto with = [&](std::string_view chr) {
+                    return before + std::string(chr) + after;
+                };
+                const qel::xml_doc root(
+                    Qel_xml_create_element_with_text("t", whole.c_str(), 0, nullptr));
+                Qel_xml_node_insert_attribute(root.get(), "v", whole.c_str(), 0, false);
+                ASSERT_EQ(write(root.get()), "<t v=\"" + with(value) + "\">" + with(text) + "</t>");
+
+                const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+                Qel_json_object_insert_string(object.get(), whole.c_str(), whole.c_str());
+                ASSERT_EQ(compact(object.get()), "{\"" + with(json) + "\":\"" + with(json) + "\"}");
+            }
+        }
+    }
+}
+
 TEST(JsonWrite, HostileTextsAreReadBackEqual)
 {
     std::mt19937 random(11);
@@ -432,6 +479,32 @@ TEST(XmlWrite, NamesAreMadeValid)
         const qel::xml_doc root(Qel_xml_create_element(raw, nullptr));
         EXPECT_EQ(write(root.get()), "<"s + name + "/>");
     }
+}
+
+TEST(XmlTree, NamesOfOneTreeStayApart)
+{
+    constexpr std::pair<const char *, std::string_view> names[] = {
+        {"item", "<item/>"},
+        {"items", "<items/>"}, // begins as another
+        {"it", "<it/>"},
+        {"i tem", "<i_tem/>"},
+        {"i_tem", "<i_tem/>"},
+        {"I", "<I/>"},
+        {"", "<_/>"},
+        {"name_of_fifteen", "<name_of_fifteen/>"},
+        {"name_of_sixteen_", "<name_of_sixteen_/>"},
+        {"name_of_seventeen", "<name_of_seventeen/>"},
+    };
+    const qel::xml_doc doc(Qel_xml_create_doc());
+    std::string expected;
+    for (const auto &[first, first_written] : names) {
+        for (const auto &[second, second_written] : names) {
+            Qel_xml_create_element(first, doc.get());
+            Qel_xml_create_element(second, doc.get());
+            expected.append(first_written).append(second_written);
+        }
+    }
+    EXPECT_EQ(write(doc.get(), QEL_XML_WRITER_NONE), expected);
 }
 
 TEST(XmlTree, LongestLengthKeepsWholeCharacters)

@@ -8,6 +8,7 @@
 #include <utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -32,6 +33,52 @@ inline char *finish(qel::text_builder &out, std::size_t *len)
         *len = out.size();
     }
     return out.release();
+}
+
+// Text is looked at in stretches that the processor compares all at once. A comparison gives, for
+// each byte, all bits or none.
+inline constexpr std::size_t stretch_len = 16;
+using stretch [[gnu::vector_size(stretch_len)]] = signed char;
+
+inline bool has_any(stretch bytes)
+{
+    std::array<std::uint64_t, 2> halves;
+    static_assert(sizeof halves == sizeof bytes);
+    std::memcpy(halves.data(), &bytes, sizeof bytes);
+    return (halves[0] | halves[1]) != 0;
+}
+
+// Control characters, and bytes outside ASCII, which are negative.
+inline stretch below_space(stretch bytes)
+{
+    return bytes < ' ';
+}
+
+// Whether no byte of the text is one of those that find_special finds in a stretch. The bytes after
+// the text, as far as its last stretch goes, are looked at too.
+template <typename Finder>
+bool is_plain_text(const char *text, std::size_t len, Finder find_special)
+{
+    for (std::size_t at = 0; at < len; at += stretch_len) {
+        stretch bytes;
+        std::memcpy(&bytes, text + at, sizeof bytes);
+        if (has_any(find_special(bytes))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Begins a line that is two spaces a level of depth further in.
+inline void begin_line(qel::text_builder &out, std::size_t depth)
+{
+    const std::size_t indent = 2 * depth;
+    char *const begin = out.reserve(1 + indent + stretch_len);
+    *begin = '\n';
+    for (std::size_t at = 0; at < indent; at += stretch_len) {
+        std::memset(begin + 1 + at, ' ', stretch_len);
+    }
+    out.extend_to(begin + 1 + indent);
 }
 
 // The number of ASCII bytes at the start, or somewhat fewer: whole words are looked at.

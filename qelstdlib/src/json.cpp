@@ -11,7 +11,9 @@ Qel_json_node::Qel_json_node(Qel_json_type_t node_type, std::string node_text)
 
 Qel_json_node::~Qel_json_node()
 {
-    formats::release_children(children);
+    if (!children.empty()) {
+        formats::release_children(children);
+    }
 }
 
 bool Qel_json_node::is_container() const
@@ -37,11 +39,16 @@ Qel_json_node *Qel_json_node::member(std::string_view member_name) const
     return place < children.size() ? children[place].get() : nullptr;
 }
 
-void Qel_json_node::update_index()
+bool Qel_json_node::wants_index() const
 {
     constexpr std::size_t few = 32;
+    return type == QEL_JSON_TYPE_OBJECT && children.size() > few;
+}
+
+void Qel_json_node::update_index()
+{
     index_.reset();
-    if (type != QEL_JSON_TYPE_OBJECT || children.size() <= few) {
+    if (!wants_index()) {
         return;
     }
     index_ = std::make_unique<member_index>(children.size(), qel::own_hasher());
@@ -60,7 +67,7 @@ Qel_json_node *Qel_json_node::append(node_ptr value)
     Qel_json_node *const added = children.emplace_back(std::move(value)).get();
     if (index_) {
         index_->emplace(added->name, children.size() - 1);
-    } else {
+    } else if (wants_index()) {
         update_index();
     }
     return added;

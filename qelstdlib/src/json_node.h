@@ -38,6 +38,7 @@ struct Qel_json_node {
 
   private:
     [[nodiscard]] std::size_t find_member(std::string_view member_name) const;
+    [[nodiscard]] bool wants_index() const;
     void update_index();
 
     using member_index = std::unordered_map<std::string_view, std::size_t, qel::key_hasher>;

@@ -68,14 +68,34 @@ bool is_plain(char chr)
     return plain_bytes[static_cast<unsigned char>(chr)];
 }
 
-void append_quoted(qel::text_builder &out, std::string_view text)
+[[gnu::noinline]] void append_escaped(qel::text_builder &out, std::string_view text)
 {
-    out.append('"');
     formats::append_plain(out, text, is_plain);
     while (!text.empty()) {
         append_escape(out, formats::take_char(text).value_or(formats::replacement_char));
         formats::append_plain(out, text, is_plain);
     }
+}
+
+formats::stretch find_special(formats::stretch bytes)
+{
+    return formats::below_space(bytes) | (bytes == '"') | (bytes == '\\');
+}
+
+// Most texts are plain throughout: the text is put between its quotes first, and looked at there.
+void append_quoted(qel::text_builder &out, std::string_view text)
+{
+    char *const copy = out.reserve(text.size() + 2 + formats::stretch_len) + 1;
+    text.copy(copy, text.size());
+    std::memset(copy + text.size(), ' ', formats::stretch_len);
+    if (formats::is_plain_text(copy, text.size(), find_special)) {
+        copy[-1] = '"';
+        copy[text.size()] = '"';
+        out.extend_to(copy + text.size() + 1);
+        return;
+    }
+    out.append('"');
+    append_escaped(out, text);
     out.append('"');
 }
 
@@ -116,7 +136,10 @@ class writer
         const Qel_json_node &child = *node.children[top.next++];
         if (node.type == QEL_JSON_TYPE_OBJECT) {
             append_quoted(out_, child.name);
-            out_.append(on_lines_ ? ": " : ":");
+            out_.append(':');
+            if (on_lines_) {
+                out_.append(' ');
+            }
         }
         begin_value(child);
     }
@@ -146,8 +169,7 @@ class writer
     void begin_line()
     {
         if (on_lines_) {
-            out_.append('\n');
-            out_.append(2 * open_.size(), ' ');
+            formats::begin_line(out_, open_.size());
         }
     }
 

@@ -70,6 +70,16 @@ class text_builder
         return *this;
     }
 
+    // The place after the text's end, with room for count bytes; extend_to() makes those that were
+    // written there, up to the end given, part of the text.
+    char *reserve(std::size_t count) noexcept
+    {
+        if (len_ + count >= size_)
+            resize(std::max<std::size_t>(2 * (len_ + count), 32)); // with room for the terminator
+        return area_ + len_;
+    }
+    void extend_to(const char *end) noexcept { len_ = static_cast<std::size_t>(end - area_); }
+
     [[nodiscard]] std::size_t size() const noexcept { return len_; }
     [[nodiscard]] bool empty() const noexcept { return len_ == 0; }
     [[nodiscard]] std::string_view view() const noexcept { return {area_, len_}; }
@@ -91,11 +101,9 @@ class text_builder
     // Makes the text count bytes longer and gives their place.
     char *grow(std::size_t count) noexcept
     {
-        const std::size_t begin = len_;
+        char *const place = reserve(count);
         len_ += count;
-        if (len_ >= size_)
-            resize(std::max<std::size_t>(2 * len_, 32)); // always with room for the terminator
-        return area_ + begin;
+        return place;
     }
 
     void resize(std::size_t size) noexcept

@@ -9,12 +9,15 @@
 namespace
 {
 
-enum class node_type { document, element, text };
+// A text in an arena, where whole stretches of it may be read: what is after it is filled up.
+struct kept_text {
+    std::string_view view;
+};
 
 // The attributes of an element, in their order.
 struct attribute {
-    std::string_view name;
-    std::string_view value;
+    kept_text name;
+    kept_text value{};
     attribute *next = nullptr;
 };
 
@@ -27,35 +30,44 @@ class arena
     arena(const arena &) = delete;
     arena &operator=(const arena &) = delete;
 
-    template <typename T>
-    T *create(const T &value)
+    template <typename T, typename... Fields>
+    T *create(Fields... fields)
     {
         static_assert(std::is_trivially_destructible_v<T>);
+        static_assert(alignof(T) <= formats::stretch_len);
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the arena owns the place
-        return new (allocate<alignof(T)>(sizeof(T))) T(value);
+        return new (allocate(sizeof(T))) T{fields...};
     }
 
-    std::string_view keep(std::string_view text)
+    // A copy of the text, filled up with spaces.
+    kept_text keep(std::string_view text)
     {
-        std::byte *const kept = allocate<1>(text.size());
-        if (!text.empty()) {
-            std::memcpy(kept, text.data(), text.size());
+        if (text.empty()) {
+            return {};
         }
-        return {reinterpret_cast<const char *>(kept), text.size()};
+        std::byte *const kept = allocate(text.size());
+        std::memset(free_ - formats::stretch_len, ' ', formats::stretch_len);
+        std::memcpy(kept, text.data(), text.size());
+        return {{reinterpret_cast<const char *>(kept), text.size()}};
+    }
+
+    // Where a valid name stands once it is kept: most that recur have a place of their own.
+    kept_text &place_of_name(const char *name)
+    {
+        return names_[static_cast<unsigned char>(*name) % names_.size()];
     }
 
   private:
-    template <std::size_t Alignment>
+    // In whole stretches, so that what is allocated next is aligned.
     std::byte *allocate(std::size_t size)
     {
-        const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(free_) % Alignment;
-        const std::size_t padding = misaligned == 0 ? 0 : Alignment - misaligned;
-        if (padding + size > left_) {
+        size = (size + formats::stretch_len - 1) / formats::stretch_len * formats::stretch_len;
+        if (size > left_) {
             return add_chunk(size);
         }
-        std::byte *const allocated = free_ + padding;
-        free_ = allocated + size;
-        left_ -= padding + size;
+        std::byte *const allocated = free_;
+        free_ += size;
+        left_ -= size;
         return allocated;
     }
 
@@ -71,8 +83,10 @@ class arena
     }
 
     static constexpr std::size_t first_chunk = 4000;
+    static_assert(first_chunk % formats::stretch_len == 0);
 
-    alignas(std::max_align_t) std::array<std::byte, first_chunk> first_;
+    alignas(formats::stretch_len) std::array<std::byte, first_chunk> first_;
+    std::array<kept_text, 32> names_{};
     std::vector<std::unique_ptr<std::byte[]>> chunks_; // beside the first
     std::size_t next_chunk_ = first_chunk;
     std::size_t left_ = first_chunk;
@@ -82,17 +96,18 @@ class arena
 } // namespace
 
 struct Qel_xml_node {
-    node_type type;
-    std::string_view text; // of an element, its name
+    [[nodiscard]] bool is_element() const { return !name.view.empty(); }
+
     arena *memory;
+    kept_text name; // of an element; a document has none
     Qel_xml_node *parent = nullptr;
     Qel_xml_node *previous = nullptr; // the siblings
     Qel_xml_node *next = nullptr;
     Qel_xml_node *first_child = nullptr;
     Qel_xml_node *last_child = nullptr;
-    std::size_t num_children = 0;
+    std::size_t num_children = 0; // the text among them
     attribute *first_attribute = nullptr;
-    attribute *last_attribute = nullptr;
+    std::optional<kept_text> text = std::nullopt; // the first child
 };
 
 namespace
@@ -184,9 +199,21 @@ std::string made_valid(std::string_view name)
 
 // Names are made valid when they enter the tree and not when they are written, so that attributes
 // whose names would be written alike count as one.
-std::string_view keep_name(arena &memory, std::string_view name)
+[[gnu::noinline]] kept_text keep_new_name(arena &memory, std::string_view name)
 {
-    return is_plain_name(name) ? memory.keep(name) : memory.keep(made_valid(name));
+    if (!is_plain_name(name)) {
+        return memory.keep(made_valid(name));
+    }
+    const kept_text kept = memory.keep({name.data(), name.size() + 1}); // with its terminator
+    return memory.place_of_name(name.data()) = {kept.view.substr(0, name.size())};
+}
+
+kept_text keep_name(arena &memory, const char *name)
+{
+    const kept_text known = memory.place_of_name(name);
+    return !known.view.empty() && std::strcmp(known.view.data(), name) == 0
+               ? known
+               : keep_new_name(memory, name);
 }
 
 bool is_continuation(char chr)
@@ -206,26 +233,25 @@ std::string_view limited(std::string_view text, std::size_t max_len)
     return text.substr(0, max_len);
 }
 
-Qel_xml_node *append(Qel_xml_node &parent, const Qel_xml_node &node)
+Qel_xml_node *append_element(Qel_xml_node &parent, const char *name)
 {
-    Qel_xml_node *const child = parent.memory->create(node);
-    child->parent = &parent;
-    child->previous = parent.last_child;
+    arena &memory = *parent.memory;
+    auto *const child =
+        memory.create<Qel_xml_node>(&memory, keep_name(memory, name), &parent, parent.last_child);
     (parent.last_child == nullptr ? parent.first_child : parent.last_child->next) = child;
     parent.last_child = child;
     ++parent.num_children;
     return child;
 }
 
-// A tree of one node, in an arena of its own.
-Qel_xml_node *create_root(node_type type, const char *name)
+// A tree of one node, in an arena of its own: of an element, or of a document without a name.
+Qel_xml_node *create_root(const char *name)
 {
     auto memory = std::make_unique_for_overwrite<arena>();
-    const std::string_view text =
-        type == node_type::element ? keep_name(*memory, qel::view(name)) : std::string_view();
-    arena &kept = *memory.release(); // the root's from here on
+    const kept_text kept_name = name != nullptr ? keep_name(*memory, name) : kept_text();
+    arena *const kept = memory.release(); // the root's from here on
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): destroying the root releases it
-    return kept.create(Qel_xml_node{type, text, &kept});
+    return kept->create<Qel_xml_node>(kept, kept_name);
 }
 
 void unlink(Qel_xml_node &node)
@@ -236,13 +262,14 @@ void unlink(Qel_xml_node &node)
     --parent.num_children;
 }
 
-attribute *find_attribute(const Qel_xml_node &node, std::string_view name)
+// The link to the attribute, or the last one, to nothing, where there is none of that name.
+attribute *&find_attribute(Qel_xml_node &node, std::string_view name)
 {
-    attribute *found = node.first_attribute;
-    while (found != nullptr && found->name != name) {
-        found = found->next;
+    attribute **link = &node.first_attribute;
+    while (*link != nullptr && (*link)->name.view != name) {
+        link = &(*link)->next;
     }
-    return found;
+    return *link;
 }
 
 enum class place { content, attribute };
@@ -304,6 +331,13 @@ void append_non_ascii(qel::text_builder &out, std::string_view &text)
     }
 }
 
+// What may have to be encoded in some place.
+formats::stretch find_special(formats::stretch bytes)
+{
+    return formats::below_space(bytes) | (bytes == '&') | (bytes == '<') | (bytes == '>') |
+           (bytes == '"') | (bytes == '\'');
+}
+
 void append_encoded(qel::text_builder &out, std::string_view text, place where)
 {
     const plain_bytes &plain = where == place::content ? plain_in_content : plain_in_attribute;
@@ -318,6 +352,26 @@ void append_encoded(qel::text_builder &out, std::string_view text, place where)
         }
         formats::append_plain(out, text, is_plain);
     }
+}
+
+// Room to put a text, of which whole stretches are copied.
+std::size_t room_for(const kept_text &text)
+{
+    return text.view.size() + formats::stretch_len;
+}
+
+// Copies the text and gives the end of the copy.
+char *put(char *place, const kept_text &text)
+{
+    for (std::size_t at = 0; at < text.view.size(); at += formats::stretch_len) {
+        std::memcpy(place + at, text.view.data() + at, formats::stretch_len);
+    }
+    return place + text.view.size();
+}
+
+bool is_plain(const kept_text &text)
+{
+    return formats::is_plain_text(text.view.data(), text.view.size(), find_special);
 }
 
 // Walks the tree along its links: one that was built may be deeper than the program's stack allows.
@@ -335,6 +389,7 @@ class writer
                 node = node->first_child;
                 continue;
             }
+            end_node(*node);
             while (node != &root && node->next == nullptr) {
                 node = node->parent;
                 end_node(*node);
@@ -347,57 +402,83 @@ class writer
   private:
     void begin_node(const Qel_xml_node &node)
     {
-        if (node.type == node_type::document) {
+        if (!node.is_element()) {
             return;
         }
-        if (node.type == node_type::text) {
-            append_encoded(out_, node.text, place::content);
-            return;
+        append_tag("<", node.name);
+        for (const attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
+            append_attribute(*attr);
         }
-        begin_line();
-        begin_element(node);
-    }
-
-    void begin_element(const Qel_xml_node &element)
-    {
-        out_.append('<').append(element.text);
-        for (const attribute *attr = element.first_attribute; attr != nullptr; attr = attr->next) {
-            out_.append(' ').append(attr->name).append("=\"");
-            append_encoded(out_, attr->value, place::attribute);
-            out_.append('"');
-        }
-        if (element.first_child == nullptr) {
+        if (node.num_children == 0) {
             out_.append("/>");
             return;
         }
         out_.append('>');
         ++depth_;
+        if (node.text) {
+            begin_text(node);
+        }
+    }
+
+    // All of it but attributes and the closing bracket.
+    void append_tag(std::string_view bracket, const kept_text &name)
+    {
+        if (on_lines_ && !out_.empty()) {
+            formats::begin_line(out_, depth_);
+        }
+        char *const begin = out_.reserve(bracket.size() + room_for(name));
+        out_.extend_to(put(begin + bracket.copy(begin, bracket.size()), name));
+    }
+
+    void append_attribute(const attribute &attr)
+    {
+        char *const begin = out_.reserve(room_for(attr.name) + room_for(attr.value));
+        char *end = begin;
+        *end++ = ' ';
+        end = put(end, attr.name);
+        *end++ = '=';
+        *end++ = '"';
+        if (is_plain(attr.value)) {
+            end = put(end, attr.value);
+            *end++ = '"';
+            out_.extend_to(end);
+            return;
+        }
+        out_.extend_to(end);
+        append_encoded(out_, attr.value.view, place::attribute);
+        out_.append('"');
+    }
+
+    void begin_text(const Qel_xml_node &element)
+    {
+        append_text(*element.text);
         // White space beside a text would become part of it.
-        if (on_lines_ && element.first_child->type == node_type::text) {
+        if (on_lines_) {
             on_lines_ = false;
             on_one_line_ = &element;
         }
     }
 
-    // Of a node with children.
+    void append_text(const kept_text &text)
+    {
+        if (is_plain(text)) {
+            out_.extend_to(put(out_.reserve(room_for(text)), text));
+        } else {
+            append_encoded(out_, text.view, place::content);
+        }
+    }
+
     void end_node(const Qel_xml_node &node)
     {
-        if (node.type != node_type::element) {
+        if (!node.is_element() || node.num_children == 0) {
             return;
         }
         --depth_;
-        begin_line();
+        append_tag("</", node.name);
+        out_.append('>');
         if (on_one_line_ == &node) {
             on_one_line_ = nullptr;
             on_lines_ = true;
-        }
-        out_.append("</").append(node.text).append('>');
-    }
-
-    void begin_line()
-    {
-        if (on_lines_ && !out_.empty()) {
-            out_.append('\n').append(2 * depth_, ' ');
         }
     }
 
@@ -412,16 +493,13 @@ class writer
 
 Qel_xml_node_t *Qel_xml_create_doc(void) noexcept
 {
-    return create_root(node_type::document, "");
+    return create_root(nullptr);
 }
 
 Qel_xml_node_t *Qel_xml_create_element(const char *name, Qel_xml_node_t *parent) noexcept
 {
-    if (parent == nullptr) {
-        return create_root(node_type::element, name);
-    }
-    arena &memory = *parent->memory;
-    return append(*parent, {node_type::element, keep_name(memory, qel::view(name)), &memory});
+    const char *const safe_name = name != nullptr ? name : "";
+    return parent != nullptr ? append_element(*parent, safe_name) : create_root(safe_name);
 }
 
 Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const char *text, size_t max_len,
@@ -429,8 +507,8 @@ Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const char *t
 {
     Qel_xml_node_t *const element = Qel_xml_create_element(name, parent);
     if (text != nullptr) {
-        arena &memory = *element->memory;
-        append(*element, {node_type::text, memory.keep(limited(text, max_len)), &memory});
+        element->text = element->memory->keep(limited(text, max_len));
+        element->num_children = 1;
     }
     return element;
 }
@@ -438,24 +516,19 @@ Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const char *t
 bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const char *value,
                                    size_t max_len, bool overwrite) noexcept
 {
-    const bool takes_attributes = node != nullptr && node->type == node_type::element;
+    const bool takes_attributes = node != nullptr && node->is_element();
     if (!takes_attributes || name == nullptr || value == nullptr) {
         return false;
     }
     arena &memory = *node->memory;
-    const std::string_view kept_name = keep_name(memory, name);
-    attribute *const present = find_attribute(*node, kept_name);
-    if (present != nullptr && !overwrite) {
+    const kept_text kept_name = keep_name(memory, name);
+    attribute *&attr = find_attribute(*node, kept_name.view);
+    if (attr == nullptr) {
+        attr = memory.create<attribute>(kept_name);
+    } else if (!overwrite) {
         return false;
     }
-    const std::string_view kept = memory.keep(limited(value, max_len));
-    if (present != nullptr) {
-        present->value = kept;
-        return true;
-    }
-    attribute *const added = memory.create(attribute{kept_name, kept});
-    (node->last_attribute == nullptr ? node->first_attribute : node->last_attribute->next) = added;
-    node->last_attribute = added;
+    attr->value = memory.keep(limited(value, max_len));
     return true;
 }
 
