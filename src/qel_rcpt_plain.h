@@ -5,9 +5,9 @@
  * Widths count characters. White space around a text is dropped; a text that is absent or blank
  * adds no line. A text that is too wide is broken at the right-most space among as many bytes as
  * the line has columns, or within a word where there is none, never within a character. The space
- * at the break is dropped, further ones before it stay. Lines are padded to the width, so a huge
- * width takes as much memory. A line that is put into the list directly (such as an empty one)
- * stays as it is.
+ * at the break is dropped, further ones before it stay. Padding is put in front of what is centred
+ * or flush right, so a huge width takes as much memory; there is none at the end of a line. A line
+ * that is put into the list directly (such as an empty one) stays as it is.
  */
 #ifndef QEL_RCPT_PLAIN_H
 #define QEL_RCPT_PLAIN_H

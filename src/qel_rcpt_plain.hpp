@@ -43,9 +43,7 @@ class label
   public:
     explicit label(const char *message)
     {
-        const std::string_view text = qel::view(message);
-        if (!text.empty())
-            text_[text.copy(text_.data(), text_.size() - 2)] = ':';
+        text_[qel::view(message).copy(text_.data(), text_.size() - 2)] = ':';
     }
     [[nodiscard]] const char *get() const { return text_.data(); }
 

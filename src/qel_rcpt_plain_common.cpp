@@ -81,7 +81,8 @@ class long_text
     }
 
   private:
-    // As many whole characters as fit in len bytes, and at least one.
+    // As many whole characters as fit in len bytes, and at least one. The text has more than len,
+    // so that another follows.
     std::size_t hard_cut(std::size_t len) const
     {
         std::size_t cut = len;
@@ -90,7 +91,7 @@ class long_text
         if (cut > 0)
             return cut;
         cut = 1;
-        while (cut < rest_.size() && is_continuation(rest_[cut]))
+        while (is_continuation(rest_[cut]))
             ++cut;
         return cut;
     }

@@ -1,4 +1,6 @@
 // Archives through the command: every line in, one whole line out, whatever happens on the way.
+#include "progress.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
@@ -12,6 +14,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -241,6 +244,10 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
         {five + "\n\n\r\n" + five, money_line(1) + money_line(4), {}}, // no line feed at the end
         {"\xEF\xBB\xBF" + five + "\r\n" + five + "\r\n", money_line(1) + money_line(2), {}},
         {R"({"record": {"amount": 6, "amount": "5"}, "config": {}})", money_line(1), {}},
+        {R"({"config": {"currency": "GBP"}, "record": {"amount": 5}})",
+         R"({"line": 1, "blocks": {"cust_money": "SUBTOTAL:      £5.00\nTOTAL:         £5.00"}})"
+         "\n",
+         {}},
         {five + "\n{\"amount\"",
          money_line(1) + R"({"line": 2, "error": ")",
          {"column 10: ", "':'", "the input ends within this line"}},
@@ -292,6 +299,14 @@ TEST_F(Batch, CountsTheLinesOfEveryFileByItself)
     EXPECT_TRUE(has(failed.err, "missing: No such file")) << failed.err;
     EXPECT_TRUE(has(read_file(out), "SUBTOTAL")) << "the old output is lost";
     EXPECT_EQ(run({directory_.string()}).end.status, 1);
+
+    const result torn = run({"-o", out, two, "/proc/self/mem"}); // opens, but cannot be read
+    EXPECT_EQ(torn.end.status, 1);
+    EXPECT_EQ(torn.err, "qelrcpt: /proc/self/mem: Input/output error\n");
+    EXPECT_TRUE(has(read_file(out), "SUBTOTAL")) << "the old output is lost";
+
+    const std::string broken = write("\xFF", "{}");
+    EXPECT_EQ(lines_of(run({broken, two}).out)[0]["file"], (directory_ / "\uFFFD").string());
 }
 
 TEST_F(Batch, GivesTheBlocksOfTheSameRecordAlone)
@@ -365,6 +380,8 @@ TEST_F(Batch, NeedsNoMoreMemoryForMoreRecordsOrLongerLines)
     EXPECT_TRUE(has(lines[1]["error"], "longer than 16 MiB")) << lines[1];
     EXPECT_EQ(lines[2]["line"], 3);
     EXPECT_TRUE(lines[2].contains("blocks"));
+    const result cut_off = run(args, std::string(size_t{17} << 20, 'x'));
+    EXPECT_TRUE(has(cut_off.out, "longer than 16 MiB")) << cut_off.out;
 
     std::string records;
     for (int i = 0; i < 1000; ++i)
@@ -472,6 +489,33 @@ TEST_P(BatchInterrupted, KeepsTheOldOutputFile)
     EXPECT_FALSE(is_begun()) << "a file is left over";
 }
 
+// A signal within a line that is too long: nothing of it is left but the error.
+TEST_P(BatchInterrupted, EndsWithinALineThatIsTooLong)
+{
+    begin(money_only);
+    in_.ours.write(std::string(size_t{17} << 20, 'x'));
+    kill(child_, GetParam());
+    const auto lines = lines_of(out_.ours.read());
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(has(lines[0]["error"], "longer than 16 MiB")) << lines[0];
+}
+
+// As nohup wants it.
+TEST_F(BatchAtWork, GoesOnAfterASignalThatIsIgnored)
+{
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    begin(money_only);
+    std::signal(SIGHUP, before);
+    in_.ours.write("{\"amount\": 5}\n");
+    EXPECT_EQ(out_.ours.read("\n"), money_line(1));
+    kill(child_, SIGHUP);
+    in_.ours.write("{\"amount\": 5}\n");
+    in_.ours.close();
+    EXPECT_EQ(out_.ours.read(), money_line(2));
+    EXPECT_EQ(wait_for(child_).status, 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Signals, BatchInterrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
 TEST_F(Batch, WarnsOfEveryKindOfMistakeButNeverFloods)
@@ -500,9 +544,9 @@ TEST_F(Batch, ChecksItsOptions)
         arguments args;
         std::string word;
     } const cases[] = {
-        {{"--jobs", "0"}, "1 to 256"},         {{"--jobs", "257"}, "1 to 256"},
-        {{"--jobs", "two"}, "'two'"},          {{"--output", "text"}, "--output"},
-        {{"--form=html", "--page"}, "--page"},
+        {{"--jobs", "0"}, "1 to 256"},      {{"--jobs", "257"}, "1 to 256"},
+        {{"--jobs", "two"}, "'two'"},       {{"--jobs", "2x"}, "'2x'"},
+        {{"--output", "text"}, "--output"}, {{"--form=html", "--page"}, "--page"},
     };
     for (const auto &[args, word] : cases) {
         const result made = run(args, "{}");
@@ -568,7 +612,11 @@ TEST_F(Batch, NeverLetsAValueActOnTheTerminal)
     EXPECT_TRUE(has(shown_on_terminal({"--copy=merchant", file}, false, nowhere), "A^[[2JB^G"));
     EXPECT_TRUE(has(shown_on_terminal({file}, true, nowhere), "^[[5mname:1:"));
 
-    // What is not a terminal gets the text as it is.
+    // What is harmless stays as it is, and so does everything for what is not a terminal.
+    const std::string plain = write("plain", "amount=5\nprintdata=A\tB");
+    const std::string copy = shown_on_terminal(
+        {"--currency=GBP", "--line-break=crlf", "--copy=merchant", plain}, false, nowhere);
+    EXPECT_TRUE(has(copy, " \u00a35.00\r\n") && has(copy, "A\tB\r\n")) << copy;
     const std::string out = (directory_ / "out").string();
     wait_for(start({"-q", "-o", out, file}, 0, 1, 2));
     EXPECT_TRUE(has(read_file(out), "A\x1b[2JB\x07"));
@@ -589,7 +637,39 @@ TEST_F(Batch, ShowsItsProgressOnATerminalOnly)
     EXPECT_TRUE(has(last, "/s  0:00 left")) << last;
     EXPECT_TRUE(last.ends_with("\nqelrcpt: 3 records, 1 errors\n")) << last;
     EXPECT_EQ(shown_on_terminal({"--batch", "--quiet", file}, true, nowhere), "");
+    const channel other = make_terminal();
+    EXPECT_EQ(shown_on_terminal({"--batch", "--block=money", file}, true, other.theirs),
+              "qelrcpt: 3 records, 1 errors\n");
     EXPECT_FALSE(has(run({file}).err, "\r"));
+}
+
+TEST(Progress, Lines)
+{
+    const std::string blank(23, ' ');
+    const struct {
+        tool::progress progress;
+        size_t columns;
+        std::string line;
+    } cases[] = {
+        {{1234567, 50, 200, std::chrono::seconds(10)},
+         99,
+         "[#######" + blank + "]  25%  1,234,567 records  123,456/s  0:30 left"},
+        {{999, 1, 3601, std::chrono::seconds(1)},
+         99,
+         "[" + std::string(30, ' ') + "]   0%  999 records  999/s  1:00:00 left"},
+        {{20, 1, 76, std::chrono::seconds(10)},
+         99,
+         "[" + std::string(30, ' ') + "]   1%  20 records  2/s  12:30 left"},
+        {{1, 20, 10, {}}, 99, "[" + std::string(30, '#') + "] 100%  1 records  1,000/s  0:00 left"},
+        {{0, 0, 10, {}}, 99, "[" + std::string(30, ' ') + "]   0%  0 records  0/s"},
+        {{0, 0, 0, {}}, 99, "0 records  0/s"},
+        {{1000, 9, {}, std::chrono::seconds(2)}, 99, "1,000 records  500/s"},
+        {{10, 5, 10, std::chrono::seconds(1)}, 41, "[##   ]  50%  10 records  10/s  0:01 left"},
+        {{10, 5, 10, std::chrono::seconds(1)}, 40, "10 records  10/s  0:01 left"},
+        {{10, 5, 10, std::chrono::seconds(1)}, 20, "10 records  10/s  0:"},
+    };
+    for (const auto &[progress, columns, line] : cases)
+        EXPECT_EQ(tool::progress_line(progress, columns), line);
 }
 
 } // namespace

@@ -148,7 +148,7 @@ TEST_F(Command, KeepsTheTextOfNumbers)
 {
     const auto made = blocks({}, R"({"ordernum": 12.30, "custref": -0, "ttid": 1E+2,
         "auth": 123456789012345678901234567890, "stan": false,
-        "line_items": [{"name": "Tea", "qty": 2.50, "price": 1.0}]})");
+        "line_items": [{"name": "Tea", "qty": 2.50, "price": 1.0, "notes": null}]})");
     const std::string reference = made["cust_reference"];
     for (const char *line : {" 12.30\n", " -0\n", " 1E+2\n", " 123456789012345678901234567890\n"})
         EXPECT_TRUE(has(reference, line)) << reference;
@@ -210,6 +210,7 @@ TEST_F(Command, TellsWhatIsWrongWithTheInputAndWhere)
         {"{\"amount\": 5,}", ":1:14: ", {"'}'", "a key in double quotes"}},
         {"{\"amount\": }", ":1:12: ", {"'}'", "expected a value"}},
         {"{\"amount\": 05}", ":1:13: ", {"'5'", "',' or '}'"}},
+        {"{\"amount\": \u00e9}", ":1:12: ", {"'\u00e9'", "expected a value"}},
         {"{\"auth\": /* \u00e9\n */ \"\u00e9\u00e9\" \"tax\"", ":2:10: ", {"'\"'", "',' or '}'"}},
         {"{\"line_items\": [1 2]}", ":1:19: ", {"'2'", "',' or ']'"}},
         {"{\"amount\": 5", ":1:13: ", {"end of the text", "',' or '}'"}},
@@ -222,9 +223,12 @@ TEST_F(Command, TellsWhatIsWrongWithTheInputAndWhere)
         {"{\"amount\": 5} /* ", ":1:15: ", {"comment without an end"}},
         {" [1]", ":1:2: ", {"'['", "expected a JSON object"}},
         {"\"amount\"", ":1:1: ", {"'\"'", "expected a JSON object"}},
+        {"/**/null", ":1:5: ", {"'n'", "expected a JSON object"}},
         {"{\n\"tax\": {\"a\": 1}}", ":2:1: ", {"'tax'", "an object or array", "expected a text"}},
         {"{\"auth\": \"a\\u0000b\"}", ":1:2: ", {"NUL", "'auth'"}},
         {"{\"line_items\": " + std::string(100000, '['), ":1:528: ", {"512 levels"}},
+        {"{\"line_items\": " + std::string(512, '[') + "{", ":1:528: ", {"512 levels"}},
+        {"{\"record\": {}, \"record\": {}}", ":1:16: ", {"a second 'record'"}},
         {"{\"record\": {},\n\"amount\": 5}", ":2:1: ", {"'amount'", "'config' only"}},
         {"{\"record\": {}, \"config\": 5}", ":1:16: ", {"'config' is not an object"}},
         {"{\"config\": {}}", ":1:2: ", {"'record'"}},
@@ -239,12 +243,15 @@ TEST_F(Command, TellsWhatIsWrongWithTheInputAndWhere)
          ":1:27: ",
          {"'retial'", "retail"}},
         {R"({"record": {}, "config": {"industry": [[]]}})", ":1:27: ", {"an array of names"}},
+        {R"({"record": {}, "config": {"industry": {}}})", ":1:27: ", {"industry", "a text"}},
+        {R"({"record": {}, "config": {"lang": ["en"]}})", ":1:27: ", {"lang", "a text"}},
         {R"({"record": {}, "config": {"timezone": "Mars/Olympus"}})",
          ":1:27: ",
          {"'Mars/Olympus'"}},
         {R"({"record": {}, "config": {"tz": "UTC"}})", ":1:27: ", {"'tz'", "currency", "timezone"}},
         {"amount=5\r\n\r\ntax 2\r\n", ":3:1: ", {"'tax 2'", "key=value"}},
         {"amount=5\n =2", ":2:1: ", {"no key", "key=value"}},
+        {std::string(58, 'x') + "\x7f\u00e9", ":1:1: ", {"'" + std::string(58, 'x') + "?...'"}},
         {"# only this\n", ":1:1: ", {"expected lines of key=value"}},
         {" \n", ":1:1: ", {"nothing to read", "JSON object", "key=value"}},
         {std::string("amount=5\0", 9), ":1:9: ", {"NUL"}},
@@ -275,6 +282,7 @@ TEST_F(Command, TellsWhatIsWrongWithTheCommandLine)
         {{"--width", "9"}, {"--width", "'9'", "10 to 10000"}},
         {{"--width", "10001"}, {"--width", "'10001'", "10 to 10000"}},
         {{"--width", "40 "}, {"--width", "'40 '"}},
+        {{"--width", "wide"}, {"--width", "'wide'"}},
         {{"--form", "parchment"}, {"--form", "'parchment'", "plain"}},
         {{"--line-break", "\n"}, {"--line-break", "lf or crlf"}},
         {{"--copy", "all"}, {"--copy", "customer, merchant or both"}},
@@ -283,10 +291,15 @@ TEST_F(Command, TellsWhatIsWrongWithTheCommandLine)
         {{"--lang", "english"}, {"--lang", "'english'"}},
         {{"--customer-lang", ""}, {"--customer-lang", "''"}},
         {{"--country", "0"}, {"--country", "1 to 999"}},
+        {{"--country", "84O"}, {"--country", "'84O'"}},
         {{"--currency", "JPY"}, {"--currency", "'JPY'", "1 to 999"}},
         {{"--industry", "retail,"}, {"--industry", "''"}},
         {{"--timezone", "../etc/passwd"}, {"--timezone"}},
         {{"-o", ""}, {"-o"}},
+        {{"--batch=yess"}, {"--batch", "yess"}},
+        {{"--page"}, {"--page", "--form html"}},
+        {{"--page", "--form=html", "--output=json"}, {"--page", "no JSON"}},
+        {{"--page", "--form=html", "-", "-"}, {"--page", "one FILE"}},
     };
     for (const auto &[args, words] : cases) {
         const result made = run(args, sale);
@@ -326,6 +339,36 @@ TEST_F(Command, SelectsAndSeparatesBlocksAndCopies)
             crlf += byte == '\n' ? std::string("\r\n") : std::string(1, byte);
         EXPECT_EQ(run(all).out, crlf);
     }
+}
+
+TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
+{
+    struct {
+        arguments args;
+        std::string lang;
+        std::string title;
+    } const cases[] = {
+        {{}, "en", "A &amp; &lt;B> \u2013 Purchase \u2013 Customer Copy"},
+        {{"--lang=fr"}, "fr", "A &amp; &lt;B> \u2013 Achat \u2013 Copie Du Client"},
+        {{"--lang=es"}, "es", "A &amp; &lt;B> \u2013 Compra \u2013 Copia del cliente"},
+        {{"--lang=de", "--copy=both"}, "de", "A &amp; &lt;B> \u2013 Kauf \u2013 Kundenkopie"},
+        {{"--merchant-lang=it", "--copy=merchant"},
+         "it",
+         "A &amp; &lt;B> \u2013 Acquista \u2013 Copia del commerciante"},
+    };
+    const std::string record = "action=sale\nmerch_name=A & <B>";
+    for (const auto &[args, lang, title] : cases) {
+        arguments all = {"--form=html", "--page"};
+        all.insert(all.end(), args.begin(), args.end());
+        const std::string page = run(all, record).out;
+        EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"" + lang + "\">")) << page;
+        EXPECT_TRUE(has(page, "<title>" + title)) << title << page;
+    }
+    const result none =
+        run({"--form=html", "--page", "--copy=merchant", "--industry=selfserv"}, record);
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.out, "");
+    EXPECT_TRUE(has(none.err, "no merchant copy")) << none.err;
 }
 
 TEST_F(Command, WritesTheBlocksAsJson)
@@ -378,6 +421,9 @@ TEST_F(Command, WarnsOfKeysThatTheLibraryDoesNotKnow)
     EXPECT_TRUE(
         has(line.err, "<stdin>:2:1: warning: unknown record key 'ttd' (did you mean 'ttid'?)\n"));
     EXPECT_FALSE(has(line.err, "\x1b")) << "an escape sequence reaches the terminal";
+    const std::string key(1000000, 'z'); // what it is like is not looked for
+    EXPECT_EQ(run({}, key + "=1").err,
+              "qelrcpt: <stdin>:1:1: warning: unknown record key '" + key.substr(0, 60) + "...'\n");
 
     std::string many;
     for (int i = 0; i < 1000; ++i)
@@ -448,6 +494,12 @@ TEST_F(Command, ReplacesTheOutputFileOnlyByACompleteOne)
         EXPECT_EQ(failed.status, 1);
         EXPECT_TRUE(has(failed.err, "No space left on device")) << failed.err;
     }
+    const std::string detached = QELRCPT_COMMAND " --block=money --width=20 --copy=merchant -o " +
+                                 link.string() + " " + write("sale", sale) + " >&- 2>&-";
+    EXPECT_EQ(run_to(out, "amount=1").status, 0);
+    EXPECT_EQ(std::system(detached.c_str()), 0); // without standard output and error
+    EXPECT_EQ(read_file(out), money);
+
     EXPECT_EQ(run_to(out.parent_path(), sale).status, 1);
     EXPECT_EQ(run_to(out.parent_path() / "no" / "such", sale).status, 1);
 }

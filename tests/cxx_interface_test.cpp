@@ -67,6 +67,17 @@ TEST_F(CxxInterface, BlocksKnowTheirCopyAndName)
     EXPECT_EQ(blocks.find(rcpt::copy::customer, "signature"), std::nullopt);
     EXPECT_EQ(blocks.find(rcpt::copy::customer, "merch_info").value().find("UNKNOWN MERCHANT NAME"),
               9U);
+
+    const rcpt::blocks notes =
+        rcpt::render_plain({{"printdata", "Hello"}, {"rcpt_user_notes", "Bye"}}, {}, 40, "\n");
+    EXPECT_TRUE(notes.has(rcpt::copy::merchant));
+    for (const auto copy : {rcpt::copy::customer, rcpt::copy::merchant}) {
+        const std::string whole = notes.join(copy, "|");
+        std::string expected;
+        for (const char *name : {"merch_info", "reference", "disposition", "notice", "notes"})
+            expected.append(expected.empty() ? "" : "|").append(notes.find(copy, name).value());
+        EXPECT_EQ(whole, expected);
+    }
 }
 
 TEST_F(CxxInterface, BlocksOutliveTheRecordAndMoves)

@@ -216,6 +216,7 @@ TEST(Money, AmountDueAndAuthorised)
                  {{"amount:10.00,authamount:0.00", "amount:10.00,authamount:abc"}, "$10.00|~"},
                  {{"amount:0,authamount:-1.50"}, "$1.50|$-1.50"},
                  {{"amount:99999999999999999999,authamount:-1"}, "$92233720368547758.07|$-1.00"},
+                 {{"amount:-99999999999999999999,authamount:1"}, "~|$1.00"}, // nothing is due
                  {{"amount:10.00,authamount:10", "amount:10.00,authamount:", "amount:10.00",
                    "amount:,authamount:-6.00", "authamount:-6.00"},
                   "~|~"}},
@@ -615,6 +616,7 @@ TEST(AbsentArguments, OfConfigurationAndMoney)
     Qel_rcpt_attrs_t attrs = euro;
     Qel_rcpt_setup_rcpt_attrs(&attrs, nullptr, false);
     EXPECT_TRUE(attrs.lang == en && attrs.country_code == 840 && attrs.timezone == nullptr);
+    Qel_rcpt_setup_rcpt_attrs(nullptr, nullptr, true);
     EXPECT_EQ(taken(Qel_rcpt_format_money("1", &attrs)), "$1.00");
 
     EXPECT_EQ(taken(Qel_rcpt_format_money(nullptr, nullptr)), absent);
@@ -651,6 +653,7 @@ TEST(AbsentArguments, OfStatusAndItems)
                                    void *) { EXPECT_STREQ(price, "$2.00"); };
     for (const char *items : texts{nullptr, R"([{"name":"A", "price":"2"}])"})
         Qel_rcpt_generate_line_items(items, nullptr, nullptr, expect_dollars, nullptr);
+    Qel_rcpt_generate_line_items(R"([{"name":"A"}])", nullptr, &us, nullptr, nullptr);
     EXPECT_STREQ(Qel_rcpt_get_cardclass(nullptr), "");
     EXPECT_EQ(Qel_rcpt_get_tran_type(nullptr, en, nullptr), nullptr);
     EXPECT_STREQ(Qel_rcpt_get_tran_type("tip", en, nullptr), "Purchase");

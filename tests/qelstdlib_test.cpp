@@ -288,6 +288,8 @@ TEST(Buffer, GrowsAndFinishes)
     EXPECT_STREQ(Qel_buf_peek(nullptr), "");
     Qel_buf_cancel(nullptr);
     EXPECT_EQ(Qel_buf_finish_str(nullptr, nullptr), nullptr);
+    EXPECT_EQ(Qel_buf_finish_str(nullptr, &len), nullptr);
+    EXPECT_EQ(len, 0U);
 }
 
 std::string cell(const char *text, std::size_t width)
@@ -353,6 +355,11 @@ TEST(Dict, AbsentIsAccepted)
     EXPECT_EQ(Qel_hash_dict_enumerate(dict.get(), nullptr), 1U);
     EXPECT_TRUE(Qel_hash_dict_insert(dict.get(), "empty", absent));
     EXPECT_STREQ(Qel_hash_dict_get_direct_default(dict.get(), "empty", "def"), "");
+    Qel_hash_dict_enum_t *walk = nullptr;
+    EXPECT_EQ(Qel_hash_dict_enumerate(dict.get(), &walk), 2U);
+    for (const bool has_next : {true, true, false})
+        EXPECT_EQ(Qel_hash_dict_enumerate_next(dict.get(), walk, nullptr, nullptr), has_next);
+    Qel_hash_dict_enumerate_free(walk);
 
     EXPECT_EQ(Qel_hash_dict_num_keys(none.get()), 0U);
     EXPECT_EQ(contents(none), pair_list());
@@ -562,9 +569,10 @@ TEST(Time, Parse)
         EXPECT_EQ(fields_of(tm), fields);
     }
     Qel_time_localtm_t tm{};
-    for (const char *bad : texts{absent, "", "07042315300", "0704231530000", "130423153000",
-                                 "000423153000", "070023153000", "073223153000", "070423243000",
-                                 "070423156000", "070423153061", "0704231530 1", "+7042315300"})
+    for (const char *bad :
+         texts{absent, "", "07042315300", "0704231530000", "130423153000", "000423153000",
+               "070023153000", "073223153000", "070423243000", "070423156000", "070423153061",
+               "0704231530 1", "07042315301 ", "+7042315300"})
         EXPECT_FALSE(Qel_time_parsefmt(bad, "%m%d%y%H%M%S", &tm)) << bad;
     EXPECT_FALSE(Qel_time_parsefmt("07", absent, &tm));
     EXPECT_FALSE(Qel_time_parsefmt("07", "%m", nullptr));

@@ -97,14 +97,14 @@ class line_renderer
             const std::string_view line = without_line_break(text.substr(0, size));
             text.remove_prefix(size);
             if (!is_blank(line))
-                add_line(result, piece, number, line, text.empty());
+                add_line(result, piece, number, line);
         }
         return result;
     }
 
   private:
-    void add_line(rendered &result, const line_piece &piece, uint64_t number, std::string_view line,
-                  bool is_last) const
+    void add_line(rendered &result, const line_piece &piece, uint64_t number,
+                  std::string_view line) const
     {
         try {
             const record_file file = parse_json_record(line);
@@ -114,7 +114,7 @@ class line_renderer
             std::string message("column ");
             message.append(std::to_string(column_of(line, fault.offset))).append(": ");
             message += fault.what();
-            if (piece.is_unfinished && is_last)
+            if (piece.is_unfinished)
                 message += "; the input ends within this line";
             add_error(result, piece, number, message);
         } catch (const std::exception &fault) {

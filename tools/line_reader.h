@@ -19,7 +19,7 @@ struct line_piece {
     uint64_t first_line = 0;    // its number in the file, from 1
     std::string text;           // the lines
     uint64_t bytes = 0;         // of the input, the byte-order mark too
-    bool is_unfinished = false; // the last line has no line feed
+    bool is_unfinished = false; // one line without a line feed, the last
     bool is_too_long = false;   // stands for one line that is too long; the text is empty
 };
 

@@ -51,14 +51,13 @@ class work_ring
         results_.notify_all();
     }
 
-    // Nobody wants the results any more.
+    // The thread that collects the results wants no more.
     void stop()
     {
         const std::lock_guard lock(mutex_);
         is_stopped_ = true;
         room_.notify_all();
         work_.notify_all();
-        results_.notify_all();
     }
 
     // The next task; absent when there are no more.
@@ -80,10 +79,9 @@ class work_ring
     item *oldest()
     {
         std::unique_lock lock(mutex_);
-        results_.wait(lock, [&] {
-            return is_stopped_ || (items_.empty() ? is_closed_ : items_.front().is_finished);
-        });
-        return is_stopped_ || items_.empty() ? nullptr : &items_.front();
+        results_.wait(lock,
+                      [&] { return items_.empty() ? is_closed_ : items_.front().is_finished; });
+        return items_.empty() ? nullptr : &items_.front();
     }
 
     void drop_oldest()

@@ -271,8 +271,8 @@ QEL_API void Qel_hash_dict_enumerate_free(Qel_hash_dict_enum_t *walk) QEL_NOEXCE
  *
  * pair_sep stands between pairs; the first unquoted kv_sep splits a pair and later ones belong to
  * the value. A quote opens quoted text only as the first byte of a key or value; inside, separators
- * are ordinary and escape followed by quote stands for quote; after the closing quote only a
- * separator or the end may follow. Empty pairs are skipped and a repeated key takes the later
+ * are ordinary and escape followed by quote stands for quote; after the closing quote of a key only
+ * kv_sep may follow, after that of a value only pair_sep or the end. Empty pairs are skipped and a repeated key takes the later
  * value. White space is kept.
  *
  * Absent when the text is absent or unparsable: a pair without kv_sep, an unterminated quote, text
@@ -348,7 +348,7 @@ QEL_API bool Qel_time_parsefmt(const char *text, const char *fmt,
                                Qel_time_localtm_t *localtm) QEL_NOEXCEPT;
 
 /* Fills every field for the time in the zone; an absent zone means the system's local one (which
- * the environment's TZ names). */
+ * the environment's TZ names), or UTC for a time whose year that cannot express. */
 QEL_API void Qel_time_tolocal(Qel_time_t t, Qel_time_localtm_t *localtm,
                               const Qel_time_tz_t *zone) QEL_NOEXCEPT;
 

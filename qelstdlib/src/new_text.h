@@ -42,11 +42,7 @@ inline char *new_text(std::string_view str) noexcept
 class text_builder
 {
   public:
-    explicit text_builder(std::size_t expected_len = 0) noexcept
-    {
-        if (expected_len > 0)
-            resize(expected_len + 1);
-    }
+    explicit text_builder(std::size_t expected_len) noexcept { resize(expected_len + 1); }
     // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
     ~text_builder() { std::free(area_); }
     text_builder(const text_builder &) = delete;
@@ -84,11 +80,9 @@ class text_builder
     [[nodiscard]] bool empty() const noexcept { return len_ == 0; }
     [[nodiscard]] std::string_view view() const noexcept { return {area_, len_}; }
 
-    // The text, which is the caller's from here on.
+    // The text, which is the caller's from here on; once only.
     char *release() noexcept
     {
-        if (area_ == nullptr)
-            return new_text({});
         char *const released = area_;
         released[len_] = '\0';
         area_ = nullptr;
