@@ -2,9 +2,20 @@
 // Callgrind: the counts of each go to a dump of their own.
 #include "workload.h"
 
+#include <unistd.h>
 #include <valgrind/callgrind.h>
 
+#include <cstddef>
+#include <cstring>
 #include <string>
+
+// Stands before the system's: with the same salt in every run the dictionaries' hashes, and so the
+// counts, repeat.
+int getentropy(void *buffer, size_t length)
+{
+    std::memset(buffer, 0x5A, length);
+    return 0;
+}
 
 namespace
 {
