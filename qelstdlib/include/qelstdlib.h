@@ -272,8 +272,8 @@ QEL_API void Qel_hash_dict_enumerate_free(Qel_hash_dict_enum_t *walk) QEL_NOEXCE
  * pair_sep stands between pairs; the first unquoted kv_sep splits a pair and later ones belong to
  * the value. A quote opens quoted text only as the first byte of a key or value; inside, separators
  * are ordinary and escape followed by quote stands for quote; after the closing quote of a key only
- * kv_sep may follow, after that of a value only pair_sep or the end. Empty pairs are skipped and a repeated key takes the later
- * value. White space is kept.
+ * kv_sep may follow, after that of a value only pair_sep or the end. Empty pairs are skipped and a
+ * repeated key takes the later value. White space is kept.
  *
  * Absent when the text is absent or unparsable: a pair without kv_sep, an unterminated quote, text
  * after a closing quote. */
