@@ -3,7 +3,7 @@
 #ifndef QELRCPT_BENCH_WORKLOAD_H
 #define QELRCPT_BENCH_WORKLOAD_H
 
-#include "record_file.h"
+#include "reading/record_file.h"
 
 #include <qel_rcpt.h>
 #include <qelstdlib.hpp>

@@ -17,11 +17,16 @@
 namespace qel_rcpt
 {
 
+inline constexpr std::uint32_t country_us = 840; // ISO 3166-1
+
 // The record's value, or absent.
 inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
 {
     return Qel_hash_dict_get_direct(kvs, key);
 }
+
+// The attributes, or those of a copy without a configuration.
+const Qel_rcpt_attrs_t &attrs_or_default(const Qel_rcpt_attrs_t *attrs);
 
 // Where a block goes: the copy, and the key in the result.
 struct block_place {

@@ -1,5 +1,5 @@
 // Archives through the command: every line in, one whole line out, whatever happens on the way.
-#include "progress.h"
+#include "archives/progress.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -43,7 +43,7 @@ if [ -r /usr/share/bash-completion/bash_completion ]; then
   set -eu
 fi
 
-keys=$(sed -n 's/^    "\([a-z_0-9]*\)",$/\1/p' "$source/tools/record_keys.h")
+keys=$(sed -n 's/^    "\([a-z_0-9]*\)",$/\1/p' "$source/tools/reading/record_keys.h")
 [ "$(wc -l <<<"$keys")" -ge 80 ] || fault "too few record keys: $keys"
 for key in $keys; do
   grep -qE "^\| .*\`$key\`" "$source/docs/record.md" || fault "docs/record.md does not have $key"

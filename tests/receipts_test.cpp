@@ -1,8 +1,8 @@
 // Every sample record in its forms against the receipt that was read and checked in:
 // tests/receipts/FORM/SAMPLE. scripts/update-receipts writes them anew after a wanted change; read
 // the difference before you commit it.
-#include "record_file.h"
-#include "render.h"
+#include "reading/record_file.h"
+#include "writing/render.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Many threads render every form at once, between one init and one deinit. Worth most under the
 // thread sanitizer.
-#include "record_file.h"
+#include "reading/record_file.h"
 #include "test_record.hpp"
 
 #include <qel_rcpt.h>

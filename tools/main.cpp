@@ -1,12 +1,12 @@
 // qelrcpt: prints the receipts of card transactions.
-#include "batch.h"
-#include "html_page.h"
+#include "archives/batch.h"
 #include "messages.h"
 #include "options.h"
-#include "output.h"
-#include "record_file.h"
-#include "render.h"
+#include "reading/record_file.h"
 #include "signals.h"
+#include "writing/html_page.h"
+#include "writing/output.h"
+#include "writing/render.h"
 
 #include <csignal>
 #include <exception>

@@ -1,6 +1,6 @@
 #include "messages.h"
 
-#include "safe_text.h"
+#include "writing/safe_text.h"
 
 #include <nlohmann/json.hpp>
 

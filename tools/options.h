@@ -2,8 +2,8 @@
 #ifndef QELRCPT_TOOLS_OPTIONS_H
 #define QELRCPT_TOOLS_OPTIONS_H
 
-#include "merchant.h"
-#include "render.h"
+#include "reading/merchant.h"
+#include "writing/render.h"
 
 #include <cstddef>
 #include <optional>

@@ -2,7 +2,7 @@
 #ifndef QELRCPT_TOOLS_HTML_PAGE_H
 #define QELRCPT_TOOLS_HTML_PAGE_H
 
-#include "render.h"
+#include "writing/render.h"
 
 #include <string>
 #include <string_view>

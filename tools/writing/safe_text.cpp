@@ -1,4 +1,4 @@
-#include "safe_text.h"
+#include "writing/safe_text.h"
 
 #include <utf8.h>
 

@@ -1,4 +1,4 @@
-#include "render.h"
+#include "writing/render.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,13 +1,13 @@
-#include "batch.h"
+#include "archives/batch.h"
 
-#include "line_reader.h"
+#include "archives/progress.h"
+#include "archives/work_ring.h"
 #include "messages.h"
-#include "output.h"
-#include "progress.h"
-#include "record_file.h"
-#include "safe_text.h"
+#include "reading/line_reader.h"
+#include "reading/record_file.h"
 #include "signals.h"
-#include "work_ring.h"
+#include "writing/output.h"
+#include "writing/safe_text.h"
 
 #include <poll.h>
 #include <sys/stat.h>

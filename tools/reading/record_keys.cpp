@@ -1,4 +1,4 @@
-#include "record_keys.h"
+#include "reading/record_keys.h"
 
 #include <qelstdlib.h>
 

@@ -2,7 +2,7 @@
 #ifndef QELRCPT_TOOLS_RECORD_FILE_H
 #define QELRCPT_TOOLS_RECORD_FILE_H
 
-#include "merchant.h"
+#include "reading/merchant.h"
 
 #include <qelstdlib.hpp>
 

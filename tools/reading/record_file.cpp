@@ -1,9 +1,9 @@
-#include "record_file.h"
+#include "reading/record_file.h"
 
-#include "entries.h"
-#include "input_file.h"
 #include "messages.h"
-#include "record_keys.h"
+#include "reading/entries.h"
+#include "reading/input_file.h"
+#include "reading/record_keys.h"
 
 #include <nlohmann/json.hpp>
 

@@ -2,7 +2,7 @@
 #ifndef QELRCPT_TOOLS_LINE_READER_H
 #define QELRCPT_TOOLS_LINE_READER_H
 
-#include "input_file.h"
+#include "reading/input_file.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "line_reader.h"
+#include "reading/line_reader.h"
 
 #include <poll.h>
 

@@ -1,5 +1,5 @@
-#include "entries.h"
 #include "messages.h"
+#include "reading/entries.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "output.h"
+#include "writing/output.h"
 
-#include "safe_text.h"
+#include "writing/safe_text.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "html_page.h"
+#include "writing/html_page.h"
 
 #include "page_styles.h"
 

@@ -1,4 +1,4 @@
-#include "merchant.h"
+#include "reading/merchant.h"
 
 #include "messages.h"
 

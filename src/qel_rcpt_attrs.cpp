@@ -1,0 +1,103 @@
+// Life cycle, and the attributes of a copy.
+#include "qel_rcpt_int.hpp"
+
+using qel_rcpt::country_us;
+
+namespace
+{
+
+constexpr std::uint32_t country_canada = 124;    // ISO 3166-1
+constexpr std::uint32_t currency_canada = 124;   // ISO 4217
+constexpr std::uint32_t currency_euro = 978;     // ISO 4217
+constexpr std::uint32_t currency_sterling = 826; // ISO 4217
+
+const char *Qel_rcpt_get_currency_symbol(std::uint32_t currency_code)
+{
+    switch (currency_code) {
+    case currency_euro:
+        return "€";
+    case currency_sterling:
+        return "£";
+    default:
+        return "$";
+    }
+}
+
+char Qel_rcpt_get_currency_dec(std::uint32_t currency_code)
+{
+    return currency_code == currency_euro ? ',' : '.';
+}
+
+bool Qel_rcpt_is_currency_symbol_right_side(Qel_rcpt_lang_t lang, std::uint32_t currency_code,
+                                            std::uint32_t country_code)
+{
+    return lang == QEL_RCPT_LANG_FR && currency_code == currency_canada &&
+           country_code == country_canada;
+}
+
+constexpr Qel_rcpt_attrs_t default_attrs = {QEL_RCPT_LANG_EN, "$", '.', false, country_us, nullptr};
+
+} // namespace
+
+void Qel_rcpt_init() noexcept
+{
+    Qel_rcpt_lang_init();
+}
+
+void Qel_rcpt_deinit() noexcept
+{
+    Qel_rcpt_lang_deinit();
+}
+
+Qel_rcpt_lang_t Qel_rcpt_lang_from_str(const char *lang) noexcept
+{
+    struct language {
+        const char *code;
+        Qel_rcpt_lang_t lang;
+    };
+    static constexpr language languages[] = {
+        {"en", QEL_RCPT_LANG_EN}, {"fr", QEL_RCPT_LANG_FR}, {"es", QEL_RCPT_LANG_ES},
+        {"de", QEL_RCPT_LANG_DE}, {"it", QEL_RCPT_LANG_IT},
+    };
+    for (const language &known : languages) {
+        if (Qel_str_caseeq(lang, known.code))
+            return known.lang;
+    }
+    return QEL_RCPT_LANG_EN;
+}
+
+bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) noexcept
+{
+    return (industry & (QEL_RCPT_IND_AUTOFUEL | QEL_RCPT_IND_SELFSERV)) == 0;
+}
+
+void Qel_rcpt_setup_rcpt_attrs(Qel_rcpt_attrs_t *attrs, const Qel_rcpt_config_t *config,
+                               bool is_custcopy) noexcept
+{
+    if (attrs == nullptr)
+        return;
+    if (config == nullptr) {
+        *attrs = default_attrs;
+        return;
+    }
+    const Qel_rcpt_lang_t lang = is_custcopy ? config->cust_lang : config->merch_lang;
+    *attrs = {
+        .lang = lang,
+        .currency_sym = Qel_rcpt_get_currency_symbol(config->currency_code),
+        .currency_dec = Qel_rcpt_get_currency_dec(config->currency_code),
+        .csym_right = Qel_rcpt_is_currency_symbol_right_side(lang, config->currency_code,
+                                                             config->country_code),
+        .country_code = config->country_code,
+        .timezone = config->merch_timezone,
+    };
+}
+
+namespace qel_rcpt
+{
+
+const Qel_rcpt_attrs_t &attrs_or_default(const Qel_rcpt_attrs_t *attrs)
+{
+    return attrs == nullptr ? default_attrs : *attrs;
+}
+
+} // namespace qel_rcpt
