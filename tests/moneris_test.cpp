@@ -164,6 +164,15 @@ TEST(MonerisInStore, ChoosesTheResultLine)
          {"cardtype:INTERAC,rcpt_issuer_resp_code:51,issuer_decline:no",
           "||^51 TRANSACTION NOT APPROVED 105"},
          {"cardtype:mc,rcpt_issuer_resp_code:51", "||^51 TRANSACTION NOT COMPLETED 105"},
+         // which stand behind a time-out and a call
+         {"code:tout,cardtype:interac,rcpt_issuer_resp_code:51",
+          "||^51 TRANSACTION NOT COMPLETED 105"},
+         {"code:call,cardtype:interac,rcpt_issuer_resp_code:51",
+          "||^51 TRANSACTION NOT COMPLETED 105"},
+         {"code:deny,phard_code:call,cardtype:interac,rcpt_issuer_resp_code:51",
+          "||^51 TRANSACTION NOT COMPLETED 105"},
+         // only that word is a time-out here
+         {"code:TIMEOUT,issuer_decline:yes", not_approved},
          {"cardtype:interac,rcpt_issuer_resp_code:5", "||^5 TRANSACTION NOT COMPLETED 105"},
          {"cardtype:mc,issuer_decline:TRUE", not_approved},
          {"cardtype:interac,issuer_decline:on", not_approved},
@@ -234,6 +243,8 @@ TEST(MonerisInStore, Money)
           "TOTAL:_$119.50"},
          {"amount:5,tax:0.00,surchargeamount:-1.00,cashbackamount:x,examount:0.00",
           "AMOUNT:_$6.00|TOTAL:_$5.00"},
+         {"amount:5,surchargeamount:0.00,cashbackamount:0.00,examount:-1",
+          "AMOUNT:_$6.00|TOTAL:_$5.00"},
          // which tip is shown: the one in the amount as soon as the record has it
          {"amount:12,examount:2,u_tip:9", "AMOUNT:_$10.00|TIP:_$2.00|TOTAL:_$21.00"},
          {"amount:12,u_tip:1.50", "AMOUNT:_$12.00|TIP:_$1.50|TOTAL:_$13.50"},
@@ -275,6 +286,11 @@ TEST(MonerisInStore, Disposition)
          {"offline_decline:carddecline", declined},
          // how the card was read counts when the transaction was authorised, in that very word
          {"code:success,rcpt_emv_cvm:pin,rcpt_entry_mode:f", approved},
+         // a chip that does not work, and a partial approval, whatever the outcome
+         {"code:deny,u_emv_chip_malfunction:yes",
+          "CHIP MALFUNCTION|||^91 TRANSACTION NOT COMPLETED 105"},
+         {"code:auth,authamount:0",
+          "TRANSACTION PARTIALLY APPROVED|||^91 APPROVED - THANK YOU 105"},
          {"orig_code:auth,code:deny,rcpt_emv_pinbypass:y",
           "PIN BYPASSED|||^91 APPROVED - THANK YOU 105"},
          // the invoice number: no fall-back for an empty one, and no test for zero
@@ -284,6 +300,11 @@ TEST(MonerisInStore, Disposition)
                   {{"code:auth,offline_decline:carddecline",
                     "REFUSE PAR CARTE - 990||||^91 APPROUVE - MERCI 105"}},
                   french);
+    // the longest of the card's words
+    expect_blocks(in_store, "cust_disposition",
+                  {{"code:auth,offline_decline:carddecline",
+                    "RIFIUTATO DALLA CARTA - 990||||^91 GRAZIE 105"}},
+                  merchant(QEL_RCPT_IND_RETAIL, 124, QEL_RCPT_LANG_IT));
 
     // what the card was in: the merchant's to know, and the customer's where nobody attends
     constexpr const char *device = "code:auth,rcpt_emv_form_factor:01";
@@ -314,13 +335,15 @@ TEST(MonerisInStore, SignatureAndNotice)
                                           "^MERCHANT COPY||^DUPLICATE"}});
 }
 
-TEST(MonerisInStore, CutsTheResultAndTheReferenceWhereTheirBuffersEnd)
+TEST(Moneris, CutsTheResultTheReferenceAndTheCodesWhereTheirBuffersEnd)
 {
     const std::string code(300, 'X');
     const receipt made = in_store(record{{"rcpt_issuer_resp_code", code.c_str()},
                                          {"rcpt_custom", ("refnum:" + code).c_str()}});
     for (const char *key : {"cust_disposition", "cust_reference"})
         EXPECT_EQ(std::ranges::count(joined(text_of(made, key), ""), 'X'), 255) << key;
+    const receipt codes = online(record{{"rcpt_issuer_resp_code", code.c_str()}});
+    EXPECT_EQ(std::ranges::count(joined(text_of(codes, "cust_reference"), ""), 'X'), 255);
 }
 
 TEST(MonerisInStore, HandsECommerceOn)

@@ -651,6 +651,8 @@ TEST_F(PlainReceipt, ShowsTheMoneyOfAnOrder)
          "TOTAL:            $23.00"},
         {"order_total:5,order_discount:0.00,order_tip:-1,order_tax:",
          "         ORDER\n\nSUBTOTAL:          $6.00\nTOTAL:             $5.00"},
+        {"order_total:5,order_tax:0.00,order_tip:0.00",
+         "         ORDER\n\nSUBTOTAL:          $5.00\nTOTAL:             $5.00"},
         {"order_total:-5", "         ORDER\n\nSUBTOTAL:         $-5.00"},
     };
     expect_blocks("merch_order_money", 24, cases);
@@ -675,7 +677,10 @@ TEST_F(PlainReceipt, ShowsTheMoneyOfThePayment)
          "TAX:               $2.00\n"
          "CASHBACK:          $4.00\n"
          "TOTAL:            $20.00"},
-        // a tax of nothing, and one that is no number
+        // amounts of nothing, and one that is no number
+        {"amount:10,examount:0.00,cashbackamount:0.00,surchargeamount:0.00,fee:0.00,"
+         "convenience_fee:0.00,supplemental_fee:0.00,discountamount:0.00",
+         "SUBTOTAL:         $10.00\nTOTAL:            $10.00"},
         {"amount:10,tax:0.00,fee:-1,cashbackamount:none",
          "SUBTOTAL:         $11.00\nTOTAL:            $10.00"},
         {"amount:10,discountamount:3,cardtype:CASH,order_cash_discount:1",
@@ -692,6 +697,8 @@ TEST_F(PlainReceipt, ShowsTheMoneyOfThePayment)
                                    "\nAUTH AMOUNT:       $6.00\nAMOUNT DUE:        $4.00"},
         {"amount:10,authamount:12",
          "SUBTOTAL:         $10.00\nTOTAL:            $10.00\n\nAUTH AMOUNT:      $12.00"},
+        {"amount:10,authamount:-6", "SUBTOTAL:         $10.00\nTOTAL:            $10.00\n"
+                                    "\nAUTH AMOUNT:      $-6.00\nAMOUNT DUE:       $16.00"},
         {"amount:10,authamount:10.00", "SUBTOTAL:         $10.00\nTOTAL:            $10.00"},
         // the balance, which only the customer is shown
         {"balance:7.5", "\nBALANCE:           $7.50"},
@@ -745,6 +752,7 @@ TEST_F(PlainReceipt, ShowsTheDataOfTheChip)
          "\n"
          "OFFLINE DECLINE\n"
          "DATA 00"},
+        {"rcpt_emv_card_decline:00", "\nOFFLINE DECLINE\nDATA 00"},
         {"rcpt_emv_actype:TC,rcpt_emv_ac:", absent},
         {"rcpt_emv_ac:1F2E,rcpt_emv_aid:", absent},
     };
