@@ -143,15 +143,30 @@ void add_group_money(const html_block &block, const value_names &names, const ch
     add_group(block, names, label, money.get());
 }
 
+// What HTML writes in another way than XML: it has no name for the apostrophe, and a reference to a
+// carriage return is an error.
+constexpr std::pair<const char *, const char *> references[] = {
+    {"&apos;", "&#39;"}, {"&#13;\n", "\n"}, {"&#13;", "\n"}};
+
+qel::text as_html(qel::text xml, std::size_t len)
+{
+    if (std::string_view(xml.get(), len).find('&') == std::string_view::npos)
+        return xml;
+    for (const auto &[reference, text] : references) {
+        if (std::string_view(xml.get()).find(reference) != std::string_view::npos)
+            xml.reset(Qel_strdup_replace_str(xml.get(), reference, text));
+    }
+    return xml;
+}
+
 // Stores the block for the copy, unless nothing is in it.
 void add_block(const html_block &block, const block_place &place)
 {
     if (Qel_xml_node_num_children(block.element) == 0)
         return;
     std::size_t len = 0;
-    qel::text html(Qel_xml_write(block.element, QEL_XML_WRITER_PRETTYPRINT_SPACE, &len));
-    if (std::string_view(html.get(), len).find("&apos;") != std::string_view::npos)
-        html.reset(Qel_strdup_replace_str(html.get(), "&apos;", "&#39;"));
+    qel::text xml(Qel_xml_write(block.element, QEL_XML_WRITER_PRETTYPRINT_SPACE, &len));
+    const qel::text html = as_html(std::move(xml), len);
     Qel_hash_dict_insert(block.info.blocks, place.key, html.get());
 }
 

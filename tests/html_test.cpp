@@ -210,12 +210,13 @@ TEST_F(HtmlReceipt, HasTheBlocksOfEachCopyInOrder)
 
 TEST_F(HtmlReceipt, WritesMarkupForPeopleAndBrowsers)
 {
-    EXPECT_EQ(written(record("rcpt_user_notes:\"Joe's \"\"A & B\"\" <1>\""), "cust_notes"),
+    const record fields{{"rcpt_user_notes", "Joe's\r\n\"A & B\"\r<1>\r"}};
+    EXPECT_EQ(written(fields, "cust_notes"),
               "<div id=\"rcpt_notes\" class=\"rcpt_block notes\">\n"
               "  <div id=\"user_notes_group\" class=\"rcpt_group user notes\">\n"
               "    <span id=\"user_notes_label\" class=\"rcpt_group_label\"></span>\n"
               "    <span id=\"user_notes\" class=\"rcpt_group_val\">"
-              "Joe&#39;s &quot;A &amp; B&quot; &lt;1&gt;</span>\n"
+              "Joe&#39;s\n&quot;A &amp; B&quot;\n&lt;1&gt;\n</span>\n"
               "  </div>\n"
               "</div>");
 }
@@ -496,11 +497,16 @@ elements receipt_tree(const record &fields)
     return all;
 }
 
-// This parser reads as U+FFFD what a page had better not hold; browsers leave it as it is.
+// Lines end in line feeds. This parser reads as U+FFFD what a page had better not hold; browsers
+// leave it as it is.
 std::string as_parsed(const std::string &text)
 {
-    const qel::text without_last(Qel_strdup_replace_str(text.c_str(), "\U0010FFFF", "\uFFFD"));
-    return qel::text(Qel_strdup_replace_str(without_last.get(), "\x7F", "\uFFFD")).get();
+    constexpr std::pair<const char *, const char *> read_as[] = {
+        {"\U0010FFFF", "\uFFFD"}, {"\x7F", "\uFFFD"}, {"\r\n", "\n"}};
+    qel::text parsed(Qel_strdup(text.c_str()));
+    for (const auto &[raw, shown] : read_as)
+        parsed.reset(Qel_strdup_replace_str(parsed.get(), raw, shown));
+    return parsed.get();
 }
 
 // Whatever the record's texts hold, the elements and attributes are those of harmless texts.
