@@ -23,6 +23,10 @@ install(DIRECTORY docs examples
 if(QELRCPT_TOOLS)
   install(FILES man/qelrcpt.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT qelrcpt_command)
+  install(FILES man/qelrcpt-record.5
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT qelrcpt_command)
+  install(DIRECTORY examples/records
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qelrcpt/examples COMPONENT qelrcpt_command)
   install(FILES completion/qelrcpt
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT qelrcpt_command)
 endif()

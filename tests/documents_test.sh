@@ -43,10 +43,10 @@ if [ -r /usr/share/bash-completion/bash_completion ]; then
   set -eu
 fi
 
-keys=$(sed -n 's/^    "\([a-z_0-9]*\)",$/\1/p' "$source/tools/reading/record_keys.h")
+keys=$(sed -n 's/^"\\x1E\([a-z_0-9]*\)="$/\1/p' "$source/fuzz/record.dict")
 [ "$(wc -l <<<"$keys")" -ge 80 ] || fault "too few record keys: $keys"
 for key in $keys; do
-  grep -qE "^\| .*\`$key\`" "$source/docs/record.md" || fault "docs/record.md does not have $key"
+  grep -qF "\`$key\`" "$source/README.md" || fault "README.md does not have $key"
 done
 
 # Every id, class and member that a receipt of the samples has.
@@ -67,7 +67,7 @@ for document in "$source"/*.md "$source"/docs/*.md "$source"/examples/*.md; do
 done
 
 if command -v groff >/dev/null; then
-  for page in qelrcpt.1 libqelrcpt.3; do
+  for page in qelrcpt.1 qelrcpt-record.5 libqelrcpt.3; do
     warnings=$(groff -man -ww -z -Tutf8 "$source/man/$page" 2>&1) || true
     [ -z "$warnings" ] || fault "man/$page: $warnings"
   done

@@ -6,6 +6,7 @@
 #include "reading/record_keys.h"
 
 #include <nlohmann/json.hpp>
+#include <qel_rcpt_keys.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -141,7 +142,7 @@ std::optional<doubt_kind> doubt_about(const entry &member, const Qel_hash_dict_t
         return doubt_kind::unmasked_account;
     if (Qel_hash_dict_get(record, member.key.c_str(), nullptr))
         return doubt_kind::repeated_key;
-    if (!is_record_key(member.key))
+    if (!qel_rcpt::is_record_key(member.key))
         return doubt_kind::unknown_key;
     return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #include "reading/record_keys.h"
 
+#include <qel_rcpt_keys.hpp>
 #include <qelstdlib.h>
 
 #include <algorithm>
@@ -41,11 +42,6 @@ std::string upper_case(std::string_view text)
 
 } // namespace
 
-bool is_record_key(std::string_view key)
-{
-    return std::ranges::binary_search(record_keys, key);
-}
-
 std::string_view nearest_record_key(std::string_view key)
 {
     constexpr size_t longest_key = 32;
@@ -53,7 +49,7 @@ std::string_view nearest_record_key(std::string_view key)
         return {};
     std::string_view nearest;
     size_t nearest_distance = std::min<size_t>(2, key.size() / 3) + 1;
-    for (const std::string_view known : record_keys) {
+    for (const std::string_view known : qel_rcpt::record_key_names) {
         const size_t distance = edit_distance(upper_case(key), upper_case(known));
         if (distance < nearest_distance) {
             nearest = known;
@@ -61,6 +57,19 @@ std::string_view nearest_record_key(std::string_view key)
         }
     }
     return nearest;
+}
+
+std::string listed_record_keys()
+{
+    const size_t column =
+        std::ranges::max(qel_rcpt::record_key_names, {}, &std::string_view::size).size() + 2;
+    std::string list;
+    for (const qel_rcpt::record_key &key : qel_rcpt::record_keys) {
+        list.append(key.name).append(column - key.name.size(), ' ').append(key.meaning);
+        std::erase(list, '`');
+        list += '\n';
+    }
+    return list;
 }
 
 } // namespace tool

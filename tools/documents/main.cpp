@@ -1,0 +1,182 @@
+// qelrcpt_documents ROOT [--write]: the documents that are made from the library's tables, in the
+// source tree at ROOT. Says which of them differ from the tables; with --write, writes them.
+#include "documents/manual.h"
+
+#include <qel_rcpt_keys.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using qel_rcpt::key_group;
+using qel_rcpt::key_readers;
+
+std::string read(const fs::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The text with what stands between the end of begin and the next end put in place.
+std::string replaced(std::string_view text, std::string_view begin, std::string_view end,
+                     std::string_view content)
+{
+    const size_t heading = text.find(begin);
+    if (heading == std::string_view::npos)
+        throw std::runtime_error("there is no " + std::string(begin));
+    const size_t first = heading + begin.size();
+    const size_t last = text.find(end, first);
+    return std::string(text.substr(0, first)).append(content).append(text.substr(last));
+}
+
+constexpr std::pair<key_group, std::string_view> headings[] = {
+    {key_group::merchant, "Merchant"},
+    {key_group::transaction, "Transaction"},
+    {key_group::amounts, "Amounts"},
+    {key_group::order, "Order"},
+    {key_group::outcome, "Outcome"},
+    {key_group::chip, "Chip"},
+    {key_group::closing, "Signature, duplicates, free text"},
+    {key_group::moneris_ecomm, "Moneris e-commerce"},
+};
+
+std::string_view abbreviated(key_readers readers)
+{
+    switch (readers) {
+    case key_readers::plain_html:
+        return "P H";
+    case key_readers::general:
+        return "G";
+    case key_readers::general_and_store:
+        return "G M";
+    case key_readers::general_and_ecomm:
+        return "G E";
+    case key_readers::store:
+        return "M";
+    case key_readers::ecomm:
+        return "E";
+    case key_readers::all:
+        break;
+    }
+    return "All";
+}
+
+std::string key_row(const qel_rcpt::record_key &key)
+{
+    std::string row = "| `" + std::string(key.name) + "` | " + std::string(key.meaning);
+    if (!key.detail.empty())
+        row.append(". ").append(key.detail);
+    row.append(" | ").append(abbreviated(key.readers)).append(" | `");
+    return row.append(key.example).append("` |\n");
+}
+
+std::string record_document(std::string document, const fs::path & /*root*/)
+{
+    constexpr std::string_view head = "| key | meaning | read by | example |\n|---|---|---|---|\n";
+    for (const auto &[group, heading] : headings) {
+        std::string rows(head);
+        for (const qel_rcpt::record_key &key : qel_rcpt::record_keys) {
+            if (key.group == group)
+                rows += key_row(key);
+        }
+        const std::string title = "\n## " + std::string(heading) + "\n";
+        const size_t section = document.find(title);
+        const size_t table = document.find(head, section);
+        if (section == std::string::npos || table == std::string::npos)
+            throw std::runtime_error("there is no table under '## " + std::string(heading) + "'");
+        const size_t end = document.find("\n\n", table) + 1;
+        document.replace(table, std::min(end, document.size()) - table, rows);
+    }
+    return document;
+}
+
+std::string record_manual(const std::string & /*old*/, const fs::path &root)
+{
+    const std::string document = record_document(read(root / "docs/record.md"), root);
+    return ".\\\" Made from docs/record.md by scripts/update-documents.\n"
+           ".TH QELRCPT-RECORD 5 \"November 2026\" \"qelrcpt 1.0\" \"File Formats\"\n"
+           ".SH NAME\nqelrcpt-record \\- the record of a card transaction\n"
+           ".SH DESCRIPTION\n" +
+           documents::manual_body(document) +
+           ".SH SEE ALSO\n.BR qelrcpt (1),\n.BR libqelrcpt (3)\n";
+}
+
+std::string fuzz_dictionary(const std::string &old, const fs::path & /*root*/)
+{
+    std::string keys;
+    for (const std::string_view name : qel_rcpt::record_key_names)
+        keys.append("\"\\x1E").append(name).append("=\"\n");
+    return replaced(old, "in front and the sign behind.\n", "\n#", keys);
+}
+
+struct made_document {
+    const char *path;
+    std::string (*make)(const std::string &old, const fs::path &root);
+};
+
+constexpr made_document made_documents[] = {
+    {"docs/record.md",
+     [](const std::string &old, const fs::path &root) { return record_document(old, root); }},
+    {"man/qelrcpt-record.5", record_manual},
+    {"fuzz/record.dict", fuzz_dictionary},
+};
+
+// The number of the first line in which the two differ, and what is expected there.
+std::string first_difference(std::string_view old, std::string_view made)
+{
+    size_t line = 1;
+    size_t begin = 0;
+    for (size_t i = 0; i < std::min(old.size(), made.size()) && old[i] == made[i]; ++i) {
+        if (made[i] == '\n') {
+            ++line;
+            begin = i + 1;
+        }
+    }
+    const std::string_view expected = made.substr(begin, made.find('\n', begin) - begin);
+    return std::to_string(line) + ": expected '" + std::string(expected) + "'";
+}
+
+int run(const fs::path &root, bool writes)
+{
+    int differing = 0;
+    for (const made_document &document : made_documents) {
+        const fs::path path = root / document.path;
+        const std::string old = read(path);
+        const std::string made = document.make(old, root);
+        if (made == old)
+            continue;
+        if (writes) {
+            std::ofstream(path, std::ios::binary) << made;
+            continue;
+        }
+        std::cout << document.path << ':' << first_difference(old, made)
+                  << "; scripts/update-documents makes it\n";
+        ++differing;
+    }
+    return differing == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc < 2) {
+        std::cerr << "usage: qelrcpt_documents ROOT [--write]\n";
+        return 2;
+    }
+    try {
+        return run(argv[1], argc > 2 && std::string_view(argv[2]) == "--write");
+    } catch (const std::exception &fault) {
+        std::cerr << fault.what() << '\n';
+        return 1;
+    }
+}
