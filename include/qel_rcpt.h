@@ -16,8 +16,9 @@
  *     Qel_rcpt_deinit();
  *
  * The library does no input or output, starts no threads and keeps nothing between calls but its
- * message catalogue and the salt of the dictionaries' hashes, which the system's random source
- * gives on first use. A missing or unusable value gives the documented default, or leaves its line
+ * message catalogue and the salt of the dictionaries' hashes, which is drawn from the system's
+ * random source on first use (where it has none, made of the process's addresses, number and
+ * clock). A missing or unusable value gives the documented default, or leaves its line
  * out; nothing is reported and no record makes a call fail. Running out of memory ends the process
  * (std::terminate); it is the only way in which a call can fail to return.
  *

@@ -1,6 +1,7 @@
 // Records far larger than any sale, on a small stack: the results are as defined, and neither the
 // depth of a document nor the length of a text is the depth of a recursion. That the cost is linear
-// is the benchmarks' to show.
+// is the benchmarks' to show, but for keys made to be slow.
+#include "colliding_keys.hpp"
 #include "test_record.hpp"
 
 #include <qel_rcpt.h>
@@ -9,6 +10,9 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <ctime>
 
 #include <pthread.h>
 
@@ -184,6 +188,58 @@ TEST_F(Size, AHundredThousandCustomFields)
         const std::string sorted = block(plain, kvs, "cust_reference");
         EXPECT_LT(sorted.find("K1000001"), sorted.find("K1100000"));
     });
+}
+
+// As many keys of the same length, which nobody chose.
+std::vector<std::string> numbered_keys(const std::vector<std::string> &like)
+{
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < like.size(); ++i) {
+        const std::string number = std::to_string(i);
+        keys.push_back(std::string(like[i].size() - number.size(), 'k') + number);
+    }
+    return keys;
+}
+
+// In seconds of this thread's processor time.
+double cost(const std::function<void()> &call)
+{
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    const double begin = now();
+    call();
+    return now() - begin;
+}
+
+// What keys cost in a dictionary of either kind, as custom fields and as members of an object.
+void use_keys(const std::vector<std::string> &keys)
+{
+    for (const auto flags : {QEL_HASH_DICT_NONE, QEL_HASH_DICT_CASECMP}) {
+        const qel::dict dict(Qel_hash_dict_create(16, 75, flags));
+        for (const std::string &key : keys)
+            Qel_hash_dict_insert(dict.get(), key.c_str(), "");
+        EXPECT_EQ(Qel_hash_dict_num_keys(dict.get()), keys.size());
+    }
+
+    std::string custom;
+    const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    for (const std::string &key : keys) {
+        custom += key + ":v,";
+        Qel_json_object_insert_string(object.get(), key.c_str(), "");
+    }
+    EXPECT_EQ(Qel_json_object_num_children(object.get()), keys.size());
+    const record kvs{{"rcpt_custom", custom.c_str()}};
+    EXPECT_EQ(count(block(plain, kvs, "cust_reference"), "V"), keys.size());
+}
+
+TEST_F(Size, KeysMadeToCollideCostWhatOthersDo)
+{
+    const std::vector<std::string> colliding = test::colliding_keys(15);
+    const double usual = cost([keys = numbered_keys(colliding)] { use_keys(keys); });
+    EXPECT_LT(cost([&] { use_keys(colliding); }), 5 * usual);
 }
 
 TEST(JsonDepth, HasALimit)

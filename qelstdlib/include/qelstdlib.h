@@ -10,7 +10,8 @@
  * result is borrowed and is never freed. Containers copy what is put into them.
  *
  * Threads: operations on different objects may run at once; an object that no thread changes may be
- * read by any number of threads. Nothing here keeps state between calls.
+ * read by any number of threads. What is kept between calls is the secret salt of the dictionaries'
+ * hashes, drawn from the system's random source on first use, by whichever thread comes first.
  *
  * Memory: running out of it ends the process (std::terminate); it is the only way in which a call
  * can fail to return. No exception leaves the library.
@@ -218,7 +219,8 @@ typedef enum Qel_hash_dict_flags QEL_ENUM_U32 {
 
 /* New empty dictionary, released by Qel_hash_dict_destroy. init_size is the number of keys to make
  * room for, fill_pct the percentage of slots in use above which the table grows; both are hints,
- * any value is taken. flags: an OR of Qel_hash_dict_flags_t. A key is found in constant time. */
+ * any value is taken. flags: an OR of Qel_hash_dict_flags_t. A key is found in constant time,
+ * whoever chose the keys: their hash is SipHash-1-3 with a salt of the process. */
 QEL_API Qel_hash_dict_t *Qel_hash_dict_create(size_t init_size, size_t fill_pct,
                                               uint32_t flags) QEL_NOEXCEPT;
 

@@ -31,15 +31,8 @@ struct key_hash {
 
     std::size_t operator()(std::string_view key) const
     {
-        return ignore_case ? of_lower(key) : qel::own_hasher()(key);
-    }
-
-  private:
-    static std::size_t of_lower(std::string_view key)
-    {
-        std::string lower(key);
-        std::ranges::transform(lower, lower.begin(), qel::to_lower);
-        return qel::own_hasher()(lower);
+        const qel::key_hasher &hasher = qel::own_hasher();
+        return static_cast<std::size_t>(ignore_case ? hasher.of_lower(key) : hasher(key));
     }
 };
 

@@ -2,89 +2,177 @@
 #ifndef QELSTDLIB_KEY_HASH_H
 #define QELSTDLIB_KEY_HASH_H
 
+#include <array>
+#include <bit>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string_view>
 #include <unistd.h>
 
 namespace qel
 {
 
-// Two numbers that nobody outside the process knows, so that nobody can write a record whose keys
-// all fall into one place of a table and make it slow.
+// The secret of a hash: 128 bits that nobody outside the process knows.
 struct hash_salt {
-    std::uint64_t start;
-    std::uint64_t factor; // odd, so that no two words have the same product
+    std::uint64_t first;
+    std::uint64_t second;
 
-    static hash_salt random()
-    {
-        // Stand where the system has no random bytes to give.
-        std::uint64_t words[]{0x243F6A8885A308D3U, 0x9E3779B97F4A7C15U};
-        static_cast<void>(::getentropy(words, sizeof words));
-        return {words[0], words[1] | 1U};
-    }
+    static hash_salt random();
+    static hash_salt of_process();
 };
 
-// Takes eight bytes at a time: keys are short and looked up often.
-class key_hasher
+// SipHash by Aumasson and Bernstein ("SipHash: a fast short-input PRF", 2012) with the given rounds
+// for each word and at the end. Without its salt nobody can make texts that share a hash, or a part
+// of one, other than by chance.
+template <int word_rounds, int end_rounds>
+class sip_hasher
 {
   public:
-    explicit constexpr key_hasher(hash_salt salt) : salt_(salt) {}
-
-    std::size_t operator()(std::string_view key) const
+    explicit constexpr sip_hasher(hash_salt salt)
+        : start_{salt.first ^ 0x736F6D6570736575U, salt.second ^ 0x646F72616E646F6DU,
+                 salt.first ^ 0x6C7967656E657261U, salt.second ^ 0x7465646279746573U}
     {
-        std::uint64_t hash = salt_.start + key.size();
-        if (key.size() < sizeof(std::uint64_t))
-            return finished(hash ^ short_word(key));
-
-        // The last word takes in again what of the one before it is needed to fill it.
-        const std::size_t last = key.size() - sizeof(std::uint64_t);
-        for (std::size_t at = 0; at < last; at += sizeof(std::uint64_t))
-            hash = mixed(hash ^ read<std::uint64_t>(key.data() + at));
-        return finished(hash ^ read<std::uint64_t>(key.data() + last));
     }
 
+    std::uint64_t operator()(std::string_view key) const { return hashed(key, std::identity()); }
+
+    // The hash of the key with its ASCII capitals in lower case.
+    [[nodiscard]] std::uint64_t of_lower(std::string_view key) const { return hashed(key, lower); }
+
   private:
+    using word = std::uint64_t;
+
+    struct state {
+        word a, b, c, d;
+
+        void round()
+        {
+            a += b;
+            c += d;
+            b = std::rotl(b, 13) ^ a;
+            d = std::rotl(d, 16) ^ c;
+            a = std::rotl(a, 32);
+            c += b;
+            a += d;
+            b = std::rotl(b, 17) ^ c;
+            d = std::rotl(d, 21) ^ a;
+            c = std::rotl(c, 32);
+        }
+
+        void take(word taken)
+        {
+            d ^= taken;
+            for (int i = 0; i < word_rounds; ++i)
+                round();
+            a ^= taken;
+        }
+
+        word finish()
+        {
+            c ^= 0xFFU;
+            for (int i = 0; i < end_rounds; ++i)
+                round();
+            return a ^ b ^ c ^ d;
+        }
+    };
+
+    template <typename Change>
+    std::uint64_t hashed(std::string_view key, Change change) const
+    {
+        state taking = start_;
+        const std::size_t whole = key.size() / sizeof(word) * sizeof(word);
+        for (std::size_t at = 0; at < whole; at += sizeof(word))
+            taking.take(change(read<word>(key.data() + at)));
+        taking.take(change(rest(key)) | static_cast<word>(key.size()) << 56U);
+        return taking.finish();
+    }
+
+    // Up to seven bytes after the last whole word, the first of them in the lowest place.
+    static word rest(std::string_view key)
+    {
+        const std::size_t count = key.size() % sizeof(word);
+        const char *const end = key.data() + key.size();
+        if (count == 0)
+            return 0;
+        if (key.size() >= sizeof(word))
+            return read<word>(end - sizeof(word)) >> (8 * (sizeof(word) - count));
+
+        // No whole word to read: what is read twice stands in the same place both times.
+        constexpr std::size_t half = sizeof(std::uint32_t);
+        if (count >= half)
+            return read<std::uint32_t>(end - count) | word{read<std::uint32_t>(end - half)}
+                                                          << (8 * (count - half));
+        const auto byte = [&](std::size_t at) {
+            return word{static_cast<unsigned char>(key[at])} << (8 * at);
+        };
+        return byte(0) | byte(count / 2) | byte(count - 1);
+    }
+
+    // The first byte has the lowest place on every machine.
     template <typename Int>
     static Int read(const char *bytes)
     {
-        Int word = 0;
-        std::memcpy(&word, bytes, sizeof word);
-        return word;
-    }
-
-    // Fewer than eight bytes as a number.
-    static std::uint64_t short_word(std::string_view key)
-    {
-        constexpr std::size_t half = sizeof(std::uint32_t);
-        if (key.size() >= half) {
-            const auto back = read<std::uint32_t>(key.data() + key.size() - half);
-            return std::uint64_t{read<std::uint32_t>(key.data())} << 32U | back;
+        Int value = 0;
+        if constexpr (std::endian::native == std::endian::little) {
+            std::memcpy(&value, bytes, sizeof value);
+        } else {
+            for (std::size_t i = sizeof value; i > 0; --i)
+                value = static_cast<Int>(value << 8U) | static_cast<unsigned char>(bytes[i - 1]);
         }
-        std::uint64_t word = 0;
-        for (const char byte : key)
-            word = word << 8U | static_cast<unsigned char>(byte);
-        return word;
+        return value;
     }
 
-    [[nodiscard]] std::size_t finished(std::uint64_t hash) const
+    // Eight bytes at once: adding to the lower seven bits of each carries into its top bit for
+    // those from 'A' on, and for those after 'Z'.
+    static word lower(word bytes)
     {
-        return static_cast<std::size_t>(folded(mixed(mixed(hash))));
+        constexpr word each = 0x0101010101010101U;
+        constexpr word top = 0x80 * each;
+        const word low = bytes & ~top;
+        const word from_a = low + (0x80 - 'A') * each;
+        const word after_z = low + (0x7F - 'Z') * each;
+        const word capitals = (from_a ^ after_z) & ~bytes & top;
+        return bytes | capitals >> 2U;
     }
 
-    static std::uint64_t folded(std::uint64_t hash) { return hash ^ hash >> 32U; }
-
-    // Lets every bit have a say in every other, the second time it is called. A product alone
-    // carries upwards only, so that keys which differ in their last bytes would share the lowest
-    // bits, which choose the slot.
-    [[nodiscard]] std::uint64_t mixed(std::uint64_t hash) const
-    {
-        return folded(hash) * salt_.factor;
-    }
-
-    hash_salt salt_;
+    state start_;
 };
+
+// One round a word and three at the end are what hash tables use.
+using key_hasher = sip_hasher<1, 3>;
+
+inline hash_salt hash_salt::random()
+{
+    hash_salt drawn{};
+    return ::getentropy(&drawn, sizeof drawn) == 0 ? drawn : of_process();
+}
+
+// Stands in where the system has no random numbers to give: where this process lies in memory, its
+// number and the time, which are hard to guess together from outside, though not as hard.
+inline hash_salt hash_salt::of_process()
+{
+    const auto place = [](const void *address) {
+        return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address));
+    };
+    const auto count = [](auto time) {
+        return static_cast<std::uint64_t>(time.time_since_epoch().count());
+    };
+    std::array<std::uint64_t, 6> known{};
+    known = {place(&known), // of the stack
+             place(reinterpret_cast<const void *>(&hash_salt::of_process)),
+             place(reinterpret_cast<const void *>(&::getentropy)),
+             count(std::chrono::system_clock::now()),
+             count(std::chrono::steady_clock::now()),
+#ifndef __wasi__ // has no processes
+             static_cast<std::uint64_t>(::getpid())
+#endif
+    };
+    const std::string_view bytes(reinterpret_cast<const char *>(known.data()), sizeof known);
+    return {sip_hasher<2, 4>({0, 0})(bytes), sip_hasher<2, 4>({0, 1})(bytes)};
+}
 
 // The one of this process, salted when it is first asked for.
 inline const key_hasher &own_hasher()
