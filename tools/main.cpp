@@ -10,6 +10,8 @@
 
 #include <csignal>
 #include <exception>
+#include <span>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -56,9 +58,9 @@ std::string make_output(const tool::options &options)
                                                        : tool::as_text(receipts, options.layout);
 }
 
-void write(const std::string &file, std::string_view text)
+void write(const std::string &file, std::span<const std::string> inputs, std::string_view text)
 {
-    tool::output output(file);
+    tool::output output(file, inputs);
     output.write(text);
     output.finish();
 }
@@ -67,14 +69,14 @@ int run(int argc, char **argv)
 {
     const auto parsed = tool::parse_options(argc, argv);
     if (const auto *information = std::get_if<tool::information>(&parsed)) {
-        write("", information->text);
+        write("", {}, information->text);
         return 0;
     }
     const library library;
     const auto &options = std::get<tool::options>(parsed);
     if (options.batch)
         return tool::run_batch(options);
-    write(options.output_file, make_output(options));
+    write(options.output_file, options.files, make_output(options));
     return 0;
 }
 
@@ -82,7 +84,9 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    std::signal(SIGPIPE, SIG_IGN); // what is left to do is done before the program ends
+    for (const int signal :
+         {SIGPIPE, SIGXFSZ}) // what is left to do is done before the program ends
+        std::signal(signal, SIG_IGN);
     try {
         return run(argc, argv);
     } catch (const tool::reader_gone &) {

@@ -1,11 +1,13 @@
 #include "messages.h"
 
+#include "writing/output.h"
 #include "writing/safe_text.h"
+
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <iostream>
 
 namespace tool
 {
@@ -28,7 +30,7 @@ bool continues_character(char byte)
 void complain(const std::string &message)
 {
     std::string line("qelrcpt: ");
-    std::cerr << line.append(for_terminal(message)).append("\n");
+    write_all(STDERR_FILENO, line.append(for_terminal(message)).append("\n"));
 }
 
 std::string in_quotes(std::string_view text)

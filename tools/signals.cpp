@@ -4,10 +4,12 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace tool
 {
@@ -30,7 +32,54 @@ int checked(int fd)
     return fd;
 }
 
+// What the handler removes. Only calls that signals may interrupt anywhere are made there.
+std::atomic<const char *> removed_path = nullptr;
+static_assert(std::atomic<const char *>::is_always_lock_free);
+
+constexpr int ending_signals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT, SIGXCPU};
+
+extern "C" void remove_and_end(int signal)
+{
+    if (const char *path = removed_path.exchange(nullptr))
+        ::unlink(path);
+    ::raise(signal); // its own action is the default one again, which follows on return
+}
+
+bool has_default_action(int signal)
+{
+    struct sigaction action {
+    };
+    ::sigaction(signal, nullptr, &action);
+    return action.sa_handler == SIG_DFL;
+}
+
 } // namespace
+
+removed_by_signals::removed_by_signals(std::string path) : path_(std::move(path))
+{
+    removed_path = path_.c_str();
+    struct sigaction action {
+    };
+    action.sa_handler = remove_and_end;
+    action.sa_flags = SA_RESETHAND;
+    for (const int signal : ending_signals) {
+        if (has_default_action(signal))
+            ::sigaction(signal, &action, nullptr);
+    }
+}
+
+removed_by_signals::~removed_by_signals()
+{
+    if (!is_kept_)
+        ::unlink(path_.c_str());
+    removed_path = nullptr;
+}
+
+void removed_by_signals::keep()
+{
+    removed_path = nullptr;
+    is_kept_ = true;
+}
 
 event::event() : fd_(checked(::eventfd(0, EFD_CLOEXEC))) {}
 

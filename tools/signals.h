@@ -3,9 +3,29 @@
 #define QELRCPT_TOOLS_SIGNALS_H
 
 #include <csignal>
+#include <string>
 
 namespace tool
 {
+
+// The path of a file that is removed when this goes out of scope, and before that by the signals
+// that end the program, where they are not ignored: interrupt, quit, termination, hang-up, abort
+// and the limit of processor time. There may be one at a time.
+class removed_by_signals
+{
+  public:
+    explicit removed_by_signals(std::string path);
+    ~removed_by_signals();
+    removed_by_signals(const removed_by_signals &) = delete;
+    removed_by_signals &operator=(const removed_by_signals &) = delete;
+
+    const char *c_str() const { return path_.c_str(); }
+    void keep(); // the file is another's from now on
+
+  private:
+    std::string path_;
+    bool is_kept_ = false;
+};
 
 // An event that one thread sets and others wait for by its descriptor, which then can be read.
 class event

@@ -230,13 +230,15 @@ class batch
 {
   public:
     explicit batch(const options &options)
-        : options_(options), total_bytes_(total_size(options.files)), output_(options.output_file),
+        : options_(options), total_bytes_(total_size(options.files)),
+          output_(options.output_file, options.files),
           ring_(items_per_job * options.jobs + 1, most_bytes_at_once)
     {
     }
 
-    int run(const held_signals &signals)
+    int run()
     {
+        const held_signals signals;
         run_threads(signals);
         complain_of(totals_, options_.quiet);
         if (write_fault_)
@@ -372,9 +374,8 @@ int run_batch(const options &options)
     int status = 0;
     int signal = 0;
     {
-        const held_signals signals; // before there is a temporary file to be left over
-        batch batch(options);
-        status = batch.run(signals);
+        batch batch(options); // a signal ends the program while it waits for a pipe's reader
+        status = batch.run();
         signal = batch.signal();
     }
     if (signal != 0)

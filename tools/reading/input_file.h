@@ -12,7 +12,8 @@ namespace tool
 // What messages call a file: "<stdin>" for "-".
 std::string shown_file_name(const std::string &name);
 
-// An open file, standard input for "-". All throw input_error.
+// An open file, standard input for "-". A pipe with a name is open before somebody writes to it, so
+// that only wait() waits. All throw input_error.
 class input_file
 {
   public:
@@ -21,9 +22,11 @@ class input_file
     input_file(const input_file &) = delete;
     input_file &operator=(const input_file &) = delete;
 
-    int descriptor() const { return fd_; }
+    // Waits until there is something to read, or the end; false when the other descriptor, unless
+    // it is -1, can be read.
+    bool wait(int stop_descriptor = -1) const;
 
-    // Reads what there is into the bytes; 0 only at the end.
+    // Waits, and reads what there is into the bytes; 0 only at the end.
     size_t read(std::span<char> bytes) const;
 
   private:

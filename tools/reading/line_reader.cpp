@@ -1,9 +1,6 @@
 #include "reading/line_reader.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 
 namespace tool
@@ -114,7 +111,7 @@ bool line_reader::fill()
     held_.erase(0, begin_);
     searched_ -= std::min(searched_, begin_);
     begin_ = 0;
-    if (is_stopped())
+    if (!input_->wait(stop_descriptor_))
         return false;
     const size_t size = held_.size();
     held_.resize(size + block_size);
@@ -122,15 +119,6 @@ bool line_reader::fill()
     held_.resize(size + count);
     at_end_ = count == 0;
     return true;
-}
-
-// Waits until there is something to read, or to stop for.
-bool line_reader::is_stopped() const
-{
-    pollfd waited[] = {{stop_descriptor_, POLLIN, 0}, {input_->descriptor(), POLLIN, 0}};
-    while (::poll(waited, std::size(waited), -1) < 0) {
-    }
-    return waited[0].revents != 0;
 }
 
 } // namespace tool

@@ -43,7 +43,6 @@ class line_reader
     line_piece cut(size_t size);
     line_piece skip_line();
     bool fill();
-    bool is_stopped() const;
 
     std::span<const std::string> files_;
     int stop_descriptor_;

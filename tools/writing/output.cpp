@@ -1,8 +1,10 @@
 #include "writing/output.h"
 
+#include "reading/input_file.h"
 #include "writing/safe_text.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -16,19 +18,16 @@ namespace tool
 namespace
 {
 
-[[noreturn]] void fail(const std::string &name, int error)
+bool is_same(const struct stat &one, const struct stat &other)
 {
-    const std::string message = name + ": " + std::generic_category().message(error);
-    if (error == EPIPE)
-        throw reader_gone(message);
-    throw input_error(message);
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 bool is_open_as(int fd, const struct stat &file)
 {
     struct stat open {
     };
-    return ::fstat(fd, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino;
+    return ::fstat(fd, &open) == 0 && is_same(open, file);
 }
 
 // The one of the shell's descriptors that this file is; -1: neither.
@@ -41,133 +40,134 @@ int open_descriptor_of(const struct stat &file)
     return -1;
 }
 
+// Where a file of this name is or would be: through links, also those that lead to nothing.
+std::string place_of(const std::string &name)
+{
+    constexpr int most_links = 40; // as the system allows
+    std::filesystem::path place(name);
+    for (int i = 0; i < most_links && std::filesystem::is_symlink(place); ++i)
+        place = place.parent_path() / std::filesystem::read_symlink(place);
+    return place.string();
+}
+
 } // namespace
 
-output_descriptor::output_descriptor(int open_fd, std::string shown_name)
-    : shown_name_(std::move(shown_name)), fd_(open_fd), is_own_(false)
+int write_all(int fd, std::string_view text)
 {
+    while (!text.empty()) {
+        const ssize_t count = ::write(fd, text.data(), text.size());
+        if (count > 0)
+            text.remove_prefix(static_cast<size_t>(count));
+        if (count >= 0 || errno == EINTR)
+            continue;
+        if (errno != EAGAIN)
+            return errno;
+        pollfd full{fd, POLLOUT, 0};
+        ::poll(&full, 1, -1);
+    }
+    return 0;
 }
 
-output_descriptor::output_descriptor(const std::string &path, int flags, std::string shown_name)
-    : shown_name_(std::move(shown_name)),
-      fd_(::open(path.c_str(), flags | O_WRONLY | O_CLOEXEC, 0666)), is_own_(true)
+output::output(std::string name, std::span<const std::string> inputs) : name_(std::move(name))
 {
-    if (fd_ < 0)
-        fail(shown_name_, errno);
+    open(inputs);
+    is_terminal_ = ::isatty(fd_) == 1;
 }
 
-output_descriptor::~output_descriptor()
+output::~output()
 {
     if (is_own_ && fd_ >= 0)
         ::close(fd_);
 }
 
-bool output_descriptor::is_terminal() const
+void output::fail(int error) const
 {
-    return ::isatty(fd_) == 1;
+    const std::string shown_name = name_.empty() ? "standard output" : name_;
+    const std::string message = shown_name + ": " + std::generic_category().message(error);
+    if (error == EPIPE)
+        throw reader_gone(message);
+    throw input_error(message);
 }
 
-void output_descriptor::write(std::string_view text) const
+void output::refuse_inputs(const struct stat &file, std::span<const std::string> inputs) const
 {
-    while (!text.empty()) {
-        const ssize_t count = ::write(fd_, text.data(), text.size());
-        if (count < 0 && errno != EINTR)
-            fail(shown_name_, errno);
-        if (count > 0)
-            text.remove_prefix(static_cast<size_t>(count));
-    }
-}
-
-void output_descriptor::set_mode(mode_t mode) const
-{
-    if (::fchmod(fd_, mode) != 0)
-        fail(shown_name_, errno);
-}
-
-void output_descriptor::sync() const
-{
-    if (::fsync(fd_) != 0)
-        fail(shown_name_, errno);
-}
-
-void output_descriptor::close()
-{
-    const int fd = std::exchange(fd_, -1);
-    if (is_own_ && ::close(fd) != 0)
-        fail(shown_name_, errno);
-}
-
-temporary_file::~temporary_file()
-{
-    if (!path_.empty())
-        ::unlink(path_.c_str());
-}
-
-void temporary_file::take_place_of(const std::string &target, const std::string &shown_name)
-{
-    if (::rename(path_.c_str(), target.c_str()) != 0)
-        fail(shown_name, errno);
-    path_.clear();
-}
-
-output::output(std::string name) : name_(std::move(name))
-{
-    open();
-    is_terminal_ = descriptor_->is_terminal();
-}
-
-// Makes the file beside its place; it moves there when it is complete.
-void output::open_beside(const std::string &target, const struct stat *old)
-{
-    const std::filesystem::path path(target);
-    std::string beside(1, '.');
-    beside.append(path.filename().string()).append(1, '.');
-    beside.append(std::to_string(::getpid())).append(".tmp");
-    const std::string temporary_path = (path.parent_path() / beside).string();
-    descriptor_.emplace(temporary_path, O_CREAT | O_EXCL, name_);
-    temporary_.emplace(temporary_path);
-    target_ = target;
-    if (old != nullptr)
-        descriptor_->set_mode(old->st_mode & 07777U);
-}
-
-void output::open()
-{
-    if (name_.empty()) {
-        descriptor_.emplace(STDOUT_FILENO, "standard output");
+    if (!S_ISREG(file.st_mode))
         return;
+    for (const std::string &input : inputs) {
+        struct stat read {
+        };
+        const bool is_there =
+            input == "-" ? ::fstat(STDIN_FILENO, &read) == 0 : ::stat(input.c_str(), &read) == 0;
+        if (is_there && is_same(read, file))
+            throw input_error(shown_file_name(input) +
+                              ": is the output as well, expected another file");
     }
+}
+
+void output::open_new(const std::string &place)
+{
+    try {
+        file_.emplace(place);
+    } catch (const std::system_error &fault) {
+        const int error = fault.code().value();
+        if (!replaced_ || ::access(place.c_str(), W_OK) != 0)
+            fail(error);
+        throw input_error(name_ +
+                          ": no new file can be made beside it to replace it when it is "
+                          "whole: " +
+                          std::generic_category().message(error) +
+                          "; expected a folder that can be written to, or '>' instead of -o");
+    }
+    fd_ = file_->descriptor();
+}
+
+void output::open(std::span<const std::string> inputs)
+{
     struct stat old {
     };
+    if (name_.empty()) {
+        fd_ = STDOUT_FILENO;
+        if (::fstat(fd_, &old) == 0)
+            refuse_inputs(old, inputs);
+        return;
+    }
     if (::stat(name_.c_str(), &old) != 0) {
         if (errno != ENOENT)
-            fail(name_, errno);
-        return open_beside(name_, nullptr);
+            fail(errno);
+        return open_new(place_of(name_));
     }
+    refuse_inputs(old, inputs);
     // /dev/stdout is the file that the shell opened and perhaps appends to.
-    if (const int fd = open_descriptor_of(old); fd >= 0)
-        descriptor_.emplace(fd, name_);
-    else if (S_ISREG(old.st_mode)) // through a link, so that the link stays
-        open_beside(std::filesystem::canonical(name_).string(), &old);
-    else
-        descriptor_.emplace(name_, 0, name_);
+    fd_ = open_descriptor_of(old);
+    if (fd_ >= 0)
+        return;
+    if (S_ISREG(old.st_mode)) {
+        replaced_ = old;
+        return open_new(place_of(name_)); // through a link, so that the link stays
+    }
+    fd_ = ::open(name_.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd_ < 0)
+        fail(errno);
+    is_own_ = true;
 }
 
-void output::write(std::string_view text)
+void output::write(std::string_view text) const
 {
-    if (is_terminal_)
-        descriptor_->write(for_terminal(text));
-    else
-        descriptor_->write(text);
+    if (const int error = write_all(fd_, is_terminal_ ? for_terminal(text) : text))
+        fail(error);
 }
 
 void output::finish()
 {
-    if (temporary_)
-        descriptor_->sync();
-    descriptor_->close();
-    if (temporary_)
-        temporary_->take_place_of(target_, name_);
+    if (file_) {
+        try {
+            file_->take_place(replaced_);
+        } catch (const std::system_error &fault) {
+            fail(fault.code().value());
+        }
+    }
+    if (is_own_ && ::close(std::exchange(fd_, -1)) != 0)
+        fail(errno);
 }
 
 } // namespace tool

@@ -3,10 +3,12 @@
 #define QELRCPT_TOOLS_OUTPUT_H
 
 #include "messages.h"
+#include "writing/new_file.h"
 
 #include <sys/stat.h>
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,64 +20,40 @@ struct reader_gone : input_error {
     using input_error::input_error;
 };
 
-// A descriptor that is closed at the latest when it goes out of scope, if it was opened here.
-class output_descriptor
-{
-  public:
-    output_descriptor(int open_fd, std::string shown_name);
-    output_descriptor(const std::string &path, int flags, std::string shown_name);
-    ~output_descriptor();
-    output_descriptor(const output_descriptor &) = delete;
-    output_descriptor &operator=(const output_descriptor &) = delete;
-
-    bool is_terminal() const;
-    void write(std::string_view text) const;
-    void set_mode(mode_t mode) const;
-    void sync() const;
-    void close(); // the file system may report only here that it could not write
-
-  private:
-    std::string shown_name_;
-    int fd_;
-    bool is_own_;
-};
-
-// A file that is removed again unless it takes its place.
-class temporary_file
-{
-  public:
-    explicit temporary_file(std::string path) : path_(std::move(path)) {}
-    ~temporary_file();
-    temporary_file(const temporary_file &) = delete;
-    temporary_file &operator=(const temporary_file &) = delete;
-
-    void take_place_of(const std::string &target, const std::string &shown_name);
-
-  private:
-    std::string path_;
-};
-
 // Where the receipts go. A file has either its old content or, from finish() on, all of the new; a
 // name that stands for something else than a file, such as /dev/stdout, is written to directly.
 // What goes to a terminal is made harmless to it. All throw input_error.
 class output
 {
   public:
-    explicit output(std::string name); // empty: standard output
+    // An empty name is standard output. The inputs ("-" is standard input) are what is read for it:
+    // none of them may be the file that is written. A pipe with a name is waited for.
+    explicit output(std::string name, std::span<const std::string> inputs = {});
+    ~output();
+    output(const output &) = delete;
+    output &operator=(const output &) = delete;
+
     bool is_terminal() const { return is_terminal_; }
-    void write(std::string_view text);
+    void write(std::string_view text) const;
     void finish();
 
   private:
-    void open_beside(const std::string &target, const struct stat *old);
-    void open();
+    void open(std::span<const std::string> inputs);
+    void open_new(const std::string &place);
+    void refuse_inputs(const struct stat &file, std::span<const std::string> inputs) const;
+    [[noreturn]] void fail(int error) const;
 
     std::string name_;
-    std::string target_; // to be replaced
-    std::optional<output_descriptor> descriptor_;
-    std::optional<temporary_file> temporary_; // what replaces it
+    std::optional<struct stat> replaced_;
+    std::optional<new_file> file_; // that replaces it
+    int fd_ = -1;
+    bool is_own_ = false; // opened here
     bool is_terminal_ = false;
 };
+
+// Writes all of the text, also where the descriptor does not wait by itself. Gives 0 or what errno
+// says.
+int write_all(int fd, std::string_view text);
 
 } // namespace tool
 

@@ -1,0 +1,338 @@
+// Where the command reads from and writes to: files and what becomes of them, pipes with names,
+// descriptors that do not wait.
+#include "messages.h"
+#include "processes.hpp"
+#include "writing/new_file.h"
+#include "writing/output.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace
+{
+
+constexpr uid_t nobody = 65534;
+
+bool is_root()
+{
+    return geteuid() == 0;
+}
+
+struct stat status_of(const fs::path &path)
+{
+    struct stat file {
+    };
+    EXPECT_EQ(stat(path.c_str(), &file), 0) << path;
+    return file;
+}
+
+class Output : public ProcessTest
+{
+  protected:
+    void SetUp() override
+    {
+        ProcessTest::SetUp();
+        chmod(directory_.c_str(), 0755); // for nobody
+    }
+
+    result run(const arguments &args, const std::string &input = "") const
+    {
+        return shell("exec \"$0\" \"$@\"", args, input);
+    }
+
+    // Lets the shell run the command, which is $0, with its arguments.
+    result shell(const std::string &script, arguments args = {},
+                 const std::string &input = "") const
+    {
+        args.insert(args.begin(), {"-c", script, QELRCPT_COMMAND});
+        channel in = make_pipe(false);
+        channel out = make_pipe(true);
+        channel err = make_pipe(true);
+        const pid_t child =
+            start(args, in.theirs.get(), out.theirs.get(), err.theirs.get(), "/bin/sh");
+        for (channel *end : {&in, &out, &err})
+            end->theirs.close();
+        in.ours.write(input);
+        in.ours.close();
+        std::string text = out.ours.read();
+        std::string message = err.ours.read();
+        return {wait_for(child), std::move(text), std::move(message)};
+    }
+
+    // Runs in a process of its own, as nobody where it may; gives the message of an input_error.
+    template <typename Function>
+    std::string message_as_nobody(Function function) const
+    {
+        channel said = make_pipe(true);
+        const pid_t child = fork();
+        if (child == 0) {
+            try {
+                if (!is_root() || (setgid(nobody) == 0 && setuid(nobody) == 0))
+                    function();
+            } catch (const tool::input_error &fault) {
+                said.theirs.write(fault.what());
+            }
+            _exit(0);
+        }
+        said.theirs.close();
+        std::string message = said.ours.read();
+        wait_for(child);
+        return message;
+    }
+
+    std::string path(const std::string &name) const { return (directory_ / name).string(); }
+};
+
+const arguments money_only = {"--block=money", "--copy=customer", "--width=20"};
+const std::string sale = R"({"amount": 5})";
+const std::string money = "SUBTOTAL:      $5.00\nTOTAL:         $5.00\n";
+
+arguments with(arguments args, const arguments &more)
+{
+    args.insert(args.end(), more.begin(), more.end());
+    return args;
+}
+
+TEST_F(Output, IsAsReadableAsWhatItReplacesAndByNobodyBefore)
+{
+    const mode_t old_mask = umask(0027);
+    const struct {
+        std::optional<mode_t> old_mode; // absent: there is no old file
+        mode_t mode;
+    } cases[] = {{{}, 0640}, {0600, 0600}, {0666, 0666}, {0444, 0444}, {07751, 0751}};
+    for (const auto how : {tool::new_file::name::none_if_possible, tool::new_file::name::beside}) {
+        for (const auto &[old_mode, mode] : cases) {
+            const std::string name = path("receipt");
+            std::optional<struct stat> old;
+            if (old_mode) {
+                write("receipt", "old");
+                if (is_root()) {
+                    EXPECT_EQ(chown(name.c_str(), 1234, 5678), 0);
+                }
+                EXPECT_EQ(chmod(name.c_str(), *old_mode), 0);
+                old = status_of(name);
+            }
+            tool::new_file file(name, how);
+            struct stat made {
+            };
+            EXPECT_EQ(fstat(file.descriptor(), &made), 0);
+            EXPECT_EQ(made.st_mode & 07777U, 0600U);
+            EXPECT_EQ(files_in(directory_), (old ? 1 : 0) + static_cast<long>(made.st_nlink));
+            EXPECT_EQ(tool::write_all(file.descriptor(), "new"), 0);
+            file.take_place(old);
+            const struct stat now = status_of(name);
+            EXPECT_EQ(now.st_mode & 07777U, mode);
+            EXPECT_EQ(now.st_uid, old ? old->st_uid : geteuid());
+            EXPECT_EQ(now.st_gid, old ? old->st_gid : getegid());
+            EXPECT_EQ(read_file(name), "new");
+            EXPECT_EQ(files_in(directory_), 1) << "a file is left over";
+            fs::remove(name);
+        }
+    }
+    umask(old_mask);
+}
+
+// Whose group cannot be kept: its members were not the new group's.
+TEST_F(Output, GivesAStrangersGroupNoMoreThanEverybody)
+{
+    if (!is_root())
+        GTEST_SKIP() << "needs a file of somebody else";
+    chmod(directory_.c_str(), 0777);
+    for (const auto &[old_mode, mode] :
+         {std::pair(0660U, 0600U), {0664U, 0644U}, {0626U, 0626U}, {0671U, 0611U}}) {
+        const std::string name = write("receipt", "old");
+        chmod(name.c_str(), old_mode);
+        EXPECT_EQ(message_as_nobody([&] {
+                      tool::output out(name);
+                      out.write("new");
+                      out.finish();
+                  }),
+                  "");
+        EXPECT_EQ(read_file(name), "new");
+        EXPECT_EQ(status_of(name).st_uid, nobody);
+        EXPECT_EQ(status_of(name).st_mode & 07777U, mode);
+        fs::remove(name);
+    }
+}
+
+// A file that has a name from its beginning, as on file systems that know no others.
+TEST_F(Output, LeavesNothingBehindWhateverEndsIt)
+{
+    const auto end_by = [&](int signal, tool::new_file::name how) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const rlimit no_core{0, 0};
+            setrlimit(RLIMIT_CORE, &no_core);
+            const tool::new_file file(path("receipt"), how);
+            raise(signal);
+            _exit(0);
+        }
+        EXPECT_EQ(wait_for(child).status, -signal);
+    };
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT, SIGXCPU}) {
+        end_by(signal, tool::new_file::name::beside);
+        EXPECT_EQ(files_in(directory_), 0) << signal;
+    }
+    end_by(SIGKILL, tool::new_file::name::beside);
+    ASSERT_EQ(files_in(directory_), 1);
+    const fs::path left = fs::directory_iterator(directory_)->path();
+    EXPECT_TRUE(left.filename().string().starts_with(".qelrcpt-")) << left;
+    fs::remove(left);
+    const bool can_be_nameless = ::open(directory_.c_str(), O_TMPFILE | O_WRONLY, 0600) >= 0;
+    end_by(SIGKILL, tool::new_file::name::none_if_possible);
+    EXPECT_EQ(files_in(directory_), can_be_nameless ? 0 : 1);
+}
+
+TEST_F(Output, IsNoLargerThanTheShellAllows)
+{
+    const std::string out = write("receipts", "old");
+    const std::string archive =
+        write("archive", std::string(2000 * 14, ' ').append("{}\n{}\n{}\n"));
+    for (const std::string batch : {"", "--batch"}) {
+        const std::string note = R"({"order_notes": ")" + std::string(200000, 'x') + "\"}\n";
+        const result made = shell("ulimit -f 64; exec \"$0\" -q -o " + out + " " + batch, {}, note);
+        EXPECT_EQ(made.end.status, 1);
+        EXPECT_EQ(made.err, "qelrcpt: " + out + ": File too large\n");
+        EXPECT_EQ(read_file(out), "old");
+        EXPECT_EQ(files_in(directory_), 2) << "a file is left over";
+    }
+}
+
+TEST_F(Output, IsNeverOneOfItsInputs)
+{
+    const std::string file = write("file", sale + "\n");
+    const std::string other = write("other", sale + "\n");
+    fs::create_hard_link(file, path("hard"));
+    fs::create_symlink("file", path("soft"));
+    const struct {
+        std::string script;
+        bool is_refused;
+    } cases[] = {
+        {"-o file file", true},
+        {"-o file other soft", true},
+        {"-o soft hard", true},
+        {"-o file - < file", true},
+        {"-o file < file", true},
+        {"file >> file", true},
+        {"soft -o /dev/stdout >> hard", true},
+        {"other - < file >> file", true},
+        {"file < file > new", false},
+        {"/dev/null - < /dev/null > /dev/null; true", false},
+    };
+    for (const std::string batch : {"--batch ", ""}) {
+        for (const auto &[script, is_refused] : cases) {
+            const result made =
+                shell("cd " + directory_.string() + "; \"$0\" -q " + batch + script);
+            EXPECT_EQ(made.end.status, is_refused ? 1 : 0) << script << made.err;
+            EXPECT_EQ(has(made.err, "is the output as well, expected another file"), is_refused)
+                << script;
+            EXPECT_EQ(read_file(file), sale + "\n") << script;
+        }
+    }
+}
+
+TEST_F(Output, GoesWhereTheNameLeads)
+{
+    fs::create_directory(directory_ / "folder");
+    fs::create_symlink("folder/new", path("dangling"));
+    fs::create_symlink("dangling", path("twice"));
+    fs::create_symlink("folder/no/such", path("nowhere"));
+    fs::create_symlink("circle", path("circle"));
+    const struct {
+        std::string name;
+        std::string place; // empty: it cannot be
+        std::string message;
+    } cases[] = {
+        {"dangling", "folder/new", ""},
+        {"twice", "folder/new", ""},
+        {std::string(250, 'n'), std::string(250, 'n'), ""},
+        {std::string(255, 'n'), std::string(255, 'n'), ""},
+        {std::string(256, 'n'), "", "File name too long"},
+        {"nowhere", "", "No such file or directory"},
+        {"circle", "", "Too many levels of symbolic links"},
+    };
+    for (const auto &[name, place, message] : cases) {
+        const bool is_link = name.size() < 250 && fs::is_symlink(path(name));
+        const result made = run(with(money_only, {"-o", path(name)}), sale);
+        EXPECT_EQ(made.end.status, place.empty() ? 1 : 0) << name << made.err;
+        EXPECT_TRUE(message.empty() || has(made.err, ": " + message + "\n")) << made.err;
+        if (place.empty())
+            continue;
+        EXPECT_EQ(read_file(path(place)), money) << name;
+        EXPECT_EQ(fs::is_symlink(path(name)), is_link) << name;
+        fs::remove(path(place));
+    }
+}
+
+TEST_F(Output, SaysWhyAFileInAClosedFolderIsNotReplaced)
+{
+    const std::string file = write("receipt", "old");
+    chmod(file.c_str(), 0666);
+    chmod(directory_.c_str(), 0555);
+    const std::string message = message_as_nobody([&] { const tool::output out(file); });
+    EXPECT_TRUE(has(message, "no new file can be made beside it")) << message;
+    EXPECT_TRUE(has(message, "Permission denied")) << message;
+    EXPECT_EQ(read_file(file), "old");
+    chmod(directory_.c_str(), 0755);
+}
+
+// Whatever it waits for, a signal ends it.
+TEST_F(Output, WaitsForTheOtherEndOfAPipeAndForSignals)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const std::string record = write("record", sale);
+    const descriptor nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
+    for (const arguments &args : {arguments{"--batch", path("pipe")},
+                                  {path("pipe")},
+                                  {"--batch", "-o", path("pipe"), record},
+                                  {"-o", path("pipe"), record}}) {
+        const pid_t child = start(args, nowhere.get(), nowhere.get(), nowhere.get());
+        while (!is_asleep(child))
+            std::this_thread::yield();
+        kill(child, SIGTERM);
+        EXPECT_EQ(wait_a_minute_for(child).status, -SIGTERM) << args.back();
+    }
+    const std::string lines = sale + "\n" + sale + "\n";
+    for (const char *batch : {"--quiet", "--batch"}) {
+        const bool is_batch = std::string_view(batch) == "--batch";
+        const result made = shell(R"(cat "$2/pipe" & "$0" --block=money "$1" -o "$2/pipe" -; wait)",
+                                  {batch, directory_.string()}, is_batch ? lines : sale);
+        EXPECT_EQ(std::ranges::count(made.out, '\n'), is_batch ? 2 : 7) << made.out;
+        const result read = shell(R"("$0" --block=money "$1" "$2/pipe" & cat > "$2/pipe"; wait)",
+                                  {batch, directory_.string()}, is_batch ? lines : sale);
+        EXPECT_EQ(read.out, made.out);
+    }
+}
+
+// The ends that a shell hands on may be set so that they do not wait.
+TEST_F(Output, WaitsWhereADescriptorDoesNot)
+{
+    const std::string record = R"({"order_notes": ")" + std::string(1 << 20, 'x') + "\"}";
+    for (const char *batch : {"--quiet", "--batch"}) {
+        channel in = make_pipe(false);
+        channel out = make_pipe(true);
+        const descriptor nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
+        fcntl(in.theirs.get(), F_SETFL, O_NONBLOCK);
+        fcntl(out.theirs.get(), F_SETFL, O_NONBLOCK);
+        const pid_t child =
+            start({batch, "--copy=customer"}, in.theirs.get(), out.theirs.get(), nowhere.get());
+        in.theirs.close();
+        out.theirs.close();
+        while (!is_asleep(child))
+            std::this_thread::yield();
+        in.ours.write(record + "\n");
+        in.ours.close();
+        while (!is_asleep(child))
+            std::this_thread::yield();
+        const std::string text = out.ours.read();
+        EXPECT_EQ(wait_for(child).status, 0);
+        EXPECT_EQ(std::ranges::count(text, 'X'), 1 << 20);
+    }
+}
+
+} // namespace
