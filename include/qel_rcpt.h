@@ -15,15 +15,14 @@
  *     Qel_hash_dict_destroy(record);
  *     Qel_rcpt_deinit();
  *
- * The library does no input or output, starts no threads and keeps nothing between calls but its
- * message catalogue and the salt of the dictionaries' hashes, which is drawn from the system's
- * random source on first use (where it has none, made of the process's addresses, number and
- * clock). A missing or unusable value gives the documented default, or leaves its line
- * out; nothing is reported and no record makes a call fail. Running out of memory ends the process
- * (std::terminate); it is the only way in which a call can fail to return.
+ * The library does no input or output, starts no threads and keeps nothing between calls but the
+ * salt of the dictionaries' hashes, which is drawn from the system's random source on first use
+ * (where it has none, made of the process's addresses, number and clock). A missing or unusable
+ * value gives the documented default, or leaves its line out; nothing is reported and no record
+ * makes a call fail. Running out of memory ends the process (std::terminate); it is the only way in
+ * which a call can fail to return.
  *
- * Threads: Qel_rcpt_init comes before all other calls and Qel_rcpt_deinit after them; between the
- * two any number of threads may call anything at once, each on records that no thread changes.
+ * Threads: any number of them may call anything at once, each on records that no thread changes.
  */
 #ifndef QEL_RCPT_H
 #define QEL_RCPT_H
@@ -69,12 +68,10 @@ typedef struct Qel_rcpt_config {
     const Qel_time_tz_t *merch_timezone; /* borrowed; absent: the system's local zone */
 } Qel_rcpt_config_t;
 
-/* Builds the message catalogue. To be called once before everything else; a second call without
- * Qel_rcpt_deinit between does nothing. */
+/* The beginning and the end of the library's use. Nothing has to be built today, and a later
+ * release may: call Qel_rcpt_init before everything else and Qel_rcpt_deinit at the end. Neither
+ * can be used wrongly: any thread, any time, balanced or not, or not at all. */
 QEL_API void Qel_rcpt_init(void) QEL_NOEXCEPT;
-
-/* Releases the catalogue and with it every text borrowed from it. To be called once at the end,
- * when every other call has returned; Qel_rcpt_init may follow. */
 QEL_API void Qel_rcpt_deinit(void) QEL_NOEXCEPT;
 
 /* The language for an ISO 639-1 code ("en", "fr", "es", "de", "it", in any case); English for

@@ -35,8 +35,8 @@
 namespace qel::rcpt
 {
 
-// The time in which the library may be used. One for the process, made before the first receipt and
-// gone after the last.
+// The library's use from beginning to end. One for the process is enough; more, from any thread, do
+// no harm, and neither does none.
 class session
 {
   public:

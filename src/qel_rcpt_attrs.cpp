@@ -1,41 +1,34 @@
 // Life cycle, and the attributes of a copy.
 #include "qel_rcpt_int.hpp"
-
-using qel_rcpt::country_us;
+#include "qel_rcpt_tables.hpp"
 
 namespace
 {
 
-constexpr std::uint32_t country_canada = 124;    // ISO 3166-1
-constexpr std::uint32_t currency_canada = 124;   // ISO 4217
-constexpr std::uint32_t currency_euro = 978;     // ISO 4217
-constexpr std::uint32_t currency_sterling = 826; // ISO 4217
-
 const char *Qel_rcpt_get_currency_symbol(std::uint32_t currency_code)
 {
-    switch (currency_code) {
-    case currency_euro:
-        return "€";
-    case currency_sterling:
-        return "£";
-    default:
-        return "$";
-    }
+    return qel_rcpt::currency_of(currency_code).symbol;
 }
 
 char Qel_rcpt_get_currency_dec(std::uint32_t currency_code)
 {
-    return currency_code == currency_euro ? ',' : '.';
+    return qel_rcpt::currency_of(currency_code).dec;
 }
 
 bool Qel_rcpt_is_currency_symbol_right_side(Qel_rcpt_lang_t lang, std::uint32_t currency_code,
                                             std::uint32_t country_code)
 {
-    return lang == QEL_RCPT_LANG_FR && currency_code == currency_canada &&
-           country_code == country_canada;
+    const qel_rcpt::country *country = qel_rcpt::find_code(qel_rcpt::countries, country_code);
+    return country != nullptr && country->symbol_right == lang &&
+           country->own_currency == currency_code;
 }
 
-constexpr Qel_rcpt_attrs_t default_attrs = {QEL_RCPT_LANG_EN, "$", '.', false, country_us, nullptr};
+constexpr Qel_rcpt_attrs_t default_attrs = {QEL_RCPT_LANG_EN,
+                                            qel_rcpt::currencies[0].symbol,
+                                            qel_rcpt::currencies[0].dec,
+                                            false,
+                                            qel_rcpt::countries[0].code,
+                                            nullptr};
 
 } // namespace
 
@@ -51,17 +44,9 @@ void Qel_rcpt_deinit() noexcept
 
 Qel_rcpt_lang_t Qel_rcpt_lang_from_str(const char *lang) noexcept
 {
-    struct language {
-        const char *code;
-        Qel_rcpt_lang_t lang;
-    };
-    static constexpr language languages[] = {
-        {"en", QEL_RCPT_LANG_EN}, {"fr", QEL_RCPT_LANG_FR}, {"es", QEL_RCPT_LANG_ES},
-        {"de", QEL_RCPT_LANG_DE}, {"it", QEL_RCPT_LANG_IT},
-    };
-    for (const language &known : languages) {
+    for (const qel_rcpt::language &known : qel_rcpt::languages) {
         if (Qel_str_caseeq(lang, known.code))
-            return known.lang;
+            return known.id;
     }
     return QEL_RCPT_LANG_EN;
 }

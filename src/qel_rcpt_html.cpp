@@ -552,6 +552,7 @@ constexpr qel_rcpt::block_builder<Qel_rcpt_html_t> block_builders[] = {
     {"notice", generate_block_notice, block_copies::differing},
     {"notes", generate_block_notes},
 };
+static_assert(qel_rcpt::makes_blocks_of("html", block_builders));
 
 } // namespace
 

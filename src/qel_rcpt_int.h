@@ -140,15 +140,13 @@ typedef enum Qel_rcpt_msg QEL_ENUM_U32 {
     QEL_RCPT_MSG_NONCASH_PRICE = 101
 } Qel_rcpt_msg_t;
 
-/* Builds the catalogue unless it is built. Qel_rcpt_init calls it, and so do the look-ups when it
- * was not called; not to run beside any other call. */
+/* These two do nothing, since the catalogue is constant data. Any thread, any time, any number of
+ * times. */
 QEL_API void Qel_rcpt_lang_init(void) QEL_NOEXCEPT;
-
-/* Releases the catalogue. Not to run beside any other call. */
 QEL_API void Qel_rcpt_lang_deinit(void) QEL_NOEXCEPT;
 
-/* The message in the language, valid until Qel_rcpt_lang_deinit; absent for QEL_RCPT_MSG_NONE and
- * for numbers that the catalogue does not have. */
+/* The message in the language, static; absent for QEL_RCPT_MSG_NONE and for numbers that the
+ * catalogue does not have. */
 QEL_API const char *Qel_rcpt_msg_to_string(Qel_rcpt_lang_t lang, Qel_rcpt_msg_t msg) QEL_NOEXCEPT;
 
 /* New text: the message with a ':' behind it, or "" where there is no message. Never absent. */

@@ -4,6 +4,7 @@
 #define QEL_RCPT_INT_HPP
 
 #include "qel_rcpt_int.h"
+#include "qel_rcpt_tables.hpp"
 
 #include <qelstdlib.hpp>
 
@@ -16,8 +17,6 @@
 
 namespace qel_rcpt
 {
-
-inline constexpr std::uint32_t country_us = 840; // ISO 3166-1
 
 // The record's value, or absent.
 inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
@@ -76,7 +75,19 @@ struct block_builder {
     block_keys keys;
     void (*build)(State &info, const block_place &place);
     block_copies copies = block_copies::alike;
+
+    [[nodiscard]] constexpr std::string_view name() const
+    {
+        return std::string_view(keys.place(true).key).substr(std::string_view("cust_").size());
+    }
 };
+
+// Whether the builders make the form's blocks in their order.
+template <typename State, std::size_t Count>
+consteval bool makes_blocks_of(std::string_view form, const block_builder<State> (&builders)[Count])
+{
+    return std::ranges::equal(builders, form_named(form).blocks, {}, &block_builder<State>::name);
+}
 
 inline bool are_alike(block_copies copies, const Qel_hash_dict_t *kvs)
 {

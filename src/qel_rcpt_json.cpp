@@ -93,6 +93,7 @@ constexpr qel_rcpt::block_builder<Qel_rcpt_json_t> block_builders[] = {
     {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
     {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
 };
+static_assert(qel_rcpt::makes_blocks_of("json", block_builders));
 
 } // namespace
 

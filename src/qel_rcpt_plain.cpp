@@ -351,6 +351,7 @@ constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
     {"notice", generate_block_notice, block_copies::differing},
     {"notes", generate_block_notes},
 };
+static_assert(qel_rcpt::makes_blocks_of("plain", block_builders));
 
 constexpr std::size_t default_line_len = 40;
 constexpr std::size_t min_line_len = 10;

@@ -355,6 +355,7 @@ constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
     {"signature", generate_block_signature, block_copies::merch_only},
     {"notice", generate_block_notice, block_copies::differing},
 };
+static_assert(qel_rcpt::makes_blocks_of("moneris", block_builders));
 
 bool has_industry(const Qel_rcpt_config_t *config, Qel_rcpt_ind_t industry)
 {

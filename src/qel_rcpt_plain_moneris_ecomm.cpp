@@ -164,18 +164,10 @@ void add_items_table_kvs(plain_block &block, const Qel_hash_dict_t *kvs, const c
         add_label_and_value(block, block.message(msg), value);
 }
 
-const char *get_currency(std::uint32_t country_code)
+// The layout takes the currency's name from the country's number, which many currencies share.
+const char *currency_name_of_country(std::uint32_t country_code)
 {
-    switch (country_code) {
-    case 826:
-        return "GBP";
-    case 978:
-        return "EUR";
-    case 124:
-        return "CAD";
-    default:
-        return "USD";
-    }
+    return qel_rcpt::currency_of(country_code).name;
 }
 
 // The amount and its currency share the last column.
@@ -190,7 +182,7 @@ void add_items_table_kvs_USD(plain_block &block, const ecomm_receipt &info, cons
         .cell(block.message(msg), amount_width)
         .text(" ")
         .cell(value, subtotal_width - currency_width)
-        .cell(get_currency(info.attrs.country_code), currency_width)
+        .cell(currency_name_of_country(info.attrs.country_code), currency_width)
         .text(table_edge)
         .store(block);
 }
@@ -268,6 +260,7 @@ constexpr qel_rcpt::block_builder<ecomm_receipt> block_builders[] = {
     {"customer_info", generate_block_customer_info},
     {"refund_policy", generate_block_refund_policy},
 };
+static_assert(qel_rcpt::makes_blocks_of("moneris-ecomm", block_builders));
 
 } // namespace
 

@@ -1,5 +1,6 @@
 // Rules that several forms follow: time, signature, marks, order number, custom fields.
 #include "qel_rcpt_int.hpp"
+#include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
 
@@ -33,9 +34,9 @@ char *Qel_rcpt_format_time(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *a
 {
     const Qel_rcpt_attrs_t &style = qel_rcpt::attrs_or_default(attrs);
     const Qel_time_localtm_t localtm = get_local_time(kvs, style.timezone);
-    return Qel_time_to_str(style.country_code == qel_rcpt::country_us ? "%m/%d/%y %H:%M:%S"
-                                                                      : "%d/%m/%y %H:%M:%S",
-                           &localtm);
+    const qel_rcpt::country *country = qel_rcpt::find_code(qel_rcpt::countries, style.country_code);
+    const bool month_first = country != nullptr && country->month_first;
+    return Qel_time_to_str(month_first ? "%m/%d/%y %H:%M:%S" : "%d/%m/%y %H:%M:%S", &localtm);
 }
 
 bool Qel_rcpt_need_signature_line(const Qel_hash_dict_t *kvs) noexcept

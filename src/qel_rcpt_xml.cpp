@@ -90,6 +90,7 @@ constexpr qel_rcpt::block_builder<Qel_rcpt_xml_t> block_builders[] = {
     {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
     {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
 };
+static_assert(qel_rcpt::makes_blocks_of("xml", block_builders));
 
 } // namespace
 

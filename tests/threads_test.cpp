@@ -1,9 +1,9 @@
-// Many threads render every form at once, between one init and one deinit. Worth most under the
-// thread sanitizer.
+// Many threads render every form at once, whenever the library's use begins and ends. Worth most
+// under the thread sanitizer.
 #include "reading/record_file.h"
 #include "test_record.hpp"
 
-#include <qel_rcpt.h>
+#include <qel_rcpt_int.h>
 
 #include <array>
 #include <atomic>
@@ -75,38 +75,81 @@ std::array<receipt, 6> render(const sample &from)
             taken(Qel_rcpt_generate_plain_moneris_ecomm(own.get(), config))};
 }
 
-TEST(Threads, RenderAllFormsAlike)
+using receipts = std::vector<std::array<receipt, 6>>;
+
+receipts render_all(const std::vector<sample> &samples)
 {
-    constexpr std::size_t threads = 8;
-    constexpr int rounds = 25;
-    const std::vector<sample> samples = read_samples();
+    receipts all;
+    for (const sample &one : samples)
+        all.push_back(render(one));
+    return all;
+}
 
-    Qel_rcpt_init();
-    std::vector<std::array<receipt, 6>> alone;
-    for (const sample &one : samples) {
-        alone.push_back(render(one));
-        for (const receipt &form : alone.back())
-            ASSERT_FALSE(form.empty());
-    }
+constexpr std::size_t threads = 8;
 
-    std::atomic<int> different = 0;
+// Runs the work, which is told its thread's number, in all threads from the same moment on.
+template <typename Work>
+void run_crowd(Work work)
+{
     std::latch start(threads);
     std::vector<std::thread> crowd;
     for (std::size_t thread = 0; thread < threads; ++thread) {
         crowd.emplace_back([&, thread] {
             start.arrive_and_wait();
-            for (int round = 0; round < rounds; ++round) {
-                for (std::size_t i = 0; i < samples.size(); ++i) {
-                    const std::size_t at = (i + thread) % samples.size();
-                    different += render(samples[at]) == alone[at] ? 0 : 1;
-                }
-            }
+            work(thread);
         });
     }
     for (std::thread &one : crowd)
         one.join();
+}
+
+TEST(Threads, RenderAllFormsAlike)
+{
+    constexpr int rounds = 25;
+    const std::vector<sample> samples = read_samples();
+
+    Qel_rcpt_init();
+    const receipts alone = render_all(samples);
+    for (const auto &forms : alone) {
+        for (const receipt &form : forms)
+            ASSERT_FALSE(form.empty());
+    }
+
+    std::atomic<int> different = 0;
+    run_crowd([&](std::size_t thread) {
+        for (int round = 0; round < rounds; ++round) {
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                const std::size_t at = (i + thread) % samples.size();
+                different += render(samples[at]) == alone[at] ? 0 : 1;
+            }
+        }
+    });
     Qel_rcpt_deinit();
     EXPECT_EQ(different, 0);
+}
+
+// Nothing but the crowd has used the library before: its first look-ups, zones and hashes meet, and
+// the calls that begin and end its use come in any order.
+TEST(Threads, NeedNoOrderOfInitAndDeinit)
+{
+    constexpr std::size_t rounds = 8;
+    static constexpr void (*life_cycle[])() noexcept = {Qel_rcpt_init, Qel_rcpt_deinit,
+                                                        Qel_rcpt_lang_init, Qel_rcpt_lang_deinit};
+    std::array<receipts, threads> first;
+    std::atomic<int> different = 0;
+    run_crowd([&](std::size_t thread) {
+        const std::vector<sample> samples = read_samples();
+        first[thread] = render_all(samples);
+        for (std::size_t round = 0; round < rounds; ++round) {
+            life_cycle[(thread + round) % std::size(life_cycle)]();
+            different += render_all(samples) == first[thread] ? 0 : 1;
+        }
+    });
+    EXPECT_EQ(different, 0);
+
+    const receipts alone = render_all(read_samples());
+    for (const receipts &all : first)
+        EXPECT_TRUE(all == alone);
 }
 
 } // namespace

@@ -1,0 +1,116 @@
+// The library's facts, each in one place: languages, currencies, countries with rules of their own,
+// and forms. The command and the tests read them too. CONTRIBUTING.md says what stands beside a
+// row.
+#ifndef QEL_RCPT_TABLES_HPP
+#define QEL_RCPT_TABLES_HPP
+
+#include <qel_rcpt.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace qel_rcpt
+{
+
+// By language number, which is the catalogue's column too.
+struct language {
+    Qel_rcpt_lang_t id;
+    const char *code; // ISO 639-1
+    const char *name;
+};
+inline constexpr language languages[] = {
+    {QEL_RCPT_LANG_EN, "en", "English"}, {QEL_RCPT_LANG_FR, "fr", "French"},
+    {QEL_RCPT_LANG_ES, "es", "Spanish"}, {QEL_RCPT_LANG_DE, "de", "German"},
+    {QEL_RCPT_LANG_IT, "it", "Italian"},
+};
+
+// How a currency is written. One without a row is written as the first.
+struct currency {
+    std::uint32_t code; // ISO 4217, numeric
+    const char *name;   // ISO 4217, alphabetic
+    const char *symbol; // UTF-8
+    char dec;           // between units and hundredths
+};
+inline constexpr currency currencies[] = {
+    {840, "USD", "$", '.'},
+    {124, "CAD", "$", '.'},
+    {978, "EUR", "€", ','},
+    {826, "GBP", "£", '.'},
+};
+
+// A country that the command knows by name, and its rules. The first is that of a copy without a
+// configuration; one without a row has none of the rules.
+struct country {
+    std::uint32_t code; // ISO 3166-1, numeric
+    const char *alpha2;
+    const char *alpha3;
+    std::uint32_t own_currency;                  // ISO 4217, numeric
+    bool month_first;                            // in dates
+    std::optional<Qel_rcpt_lang_t> symbol_right; // the language in which its own currency's symbol
+                                                 // follows the amount
+};
+inline constexpr country countries[] = {
+    {840, "US", "USA", 840, true, {}},
+    {124, "CA", "CAN", 124, false, QEL_RCPT_LANG_FR},
+    {826, "GB", "GBR", 826, false, {}},
+};
+
+// A form of receipt.
+struct form {
+    std::string_view name;                    // as the command calls it
+    std::string_view generator;               // the exported operation
+    std::span<const std::string_view> blocks; // in the order of the receipt
+    std::size_t width;                        // in characters; 0: as the caller wants it, or none
+    std::string_view line_break;              // within a block; empty: as the caller wants it
+    std::string_view ecommerce; // the form that e-commerce merchants get in its place; or empty
+};
+
+inline constexpr std::string_view general_blocks[] = {
+    "merch_info",  "reference", "items", "order_money", "money",
+    "disposition", "signature", "emv",   "notice",      "notes",
+};
+inline constexpr std::string_view moneris_blocks[] = {
+    "merch_info", "type", "money", "reference", "disposition", "signature", "notice",
+};
+inline constexpr std::string_view moneris_ecomm_blocks[] = {
+    "merch_info", "reference", "line_items", "customer_info", "refund_policy",
+};
+
+inline constexpr form forms[] = {
+    {"plain", "Qel_rcpt_generate_plain", general_blocks, 0, "", ""},
+    {"html", "Qel_rcpt_generate_html", general_blocks, 0, "\n", ""},
+    {"xml", "Qel_rcpt_generate_xml", general_blocks, 0, "\n", ""},
+    {"json", "Qel_rcpt_generate_json", general_blocks, 0, "\n", ""},
+    {"moneris", "Qel_rcpt_generate_plain_moneris", moneris_blocks, 40, "\r\n", "moneris-ecomm"},
+    {"moneris-ecomm", "Qel_rcpt_generate_plain_moneris_ecomm", moneris_ecomm_blocks, 70, "\r\n",
+     ""},
+};
+
+// By name.
+constexpr const form &form_named(std::string_view name)
+{
+    return *std::ranges::find(forms, name, &form::name);
+}
+
+// The row with the code; absent without one.
+template <typename Row, std::size_t Count>
+constexpr const Row *find_code(const Row (&rows)[Count], std::uint32_t code)
+{
+    const Row *row = std::ranges::find(rows, code, &Row::code);
+    return row == std::end(rows) ? nullptr : row;
+}
+
+constexpr const currency &currency_of(std::uint32_t code)
+{
+    const currency *known = find_code(currencies, code);
+    return known == nullptr ? currencies[0] : *known;
+}
+
+} // namespace qel_rcpt
+
+#endif
