@@ -21,6 +21,12 @@ install(FILES README.md CHANGELOG.md CONTRIBUTING.md
 install(DIRECTORY docs examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
 if(QELRCPT_TOOLS)
+  # zsh looks for what packages bring apart from what was installed by hand.
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(vendor_functions vendor-completions)
+  else()
+    set(vendor_functions site-functions)
+  endif()
   install(FILES man/qelrcpt.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT qelrcpt_command)
   install(FILES man/qelrcpt-record.5
@@ -29,4 +35,8 @@ if(QELRCPT_TOOLS)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qelrcpt/examples COMPONENT qelrcpt_command)
   install(FILES completion/qelrcpt
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT qelrcpt_command)
+  install(FILES completion/_qelrcpt
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${vendor_functions} COMPONENT qelrcpt_command)
+  install(FILES completion/qelrcpt.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT qelrcpt_command)
 endif()

@@ -1,7 +1,7 @@
 // qelrcpt: prints the receipts of card transactions.
 #include "archives/batch.h"
+#include "command_line.h"
 #include "messages.h"
-#include "options.h"
 #include "reading/record_file.h"
 #include "signals.h"
 #include "writing/html_page.h"
@@ -13,7 +13,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 namespace
@@ -67,13 +66,12 @@ void write(const std::string &file, std::span<const std::string> inputs, std::st
 
 int run(int argc, char **argv)
 {
-    const auto parsed = tool::parse_options(argc, argv);
-    if (const auto *information = std::get_if<tool::information>(&parsed)) {
-        write("", {}, information->text);
+    const tool::options options = tool::parse_options(argc, argv);
+    if (options.information != tool::information::none) {
+        write("", {}, tool::information_text(options));
         return 0;
     }
     const library library;
-    const auto &options = std::get<tool::options>(parsed);
     if (options.batch)
         return tool::run_batch(options);
     write(options.output_file, options.files, make_output(options));

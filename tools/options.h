@@ -1,4 +1,5 @@
-// The command line.
+// What the command can be told: its options, a row each. The command line, --help, the refusals and
+// the completions come from this table.
 #ifndef QELRCPT_TOOLS_OPTIONS_H
 #define QELRCPT_TOOLS_OPTIONS_H
 
@@ -6,9 +7,10 @@
 #include "writing/render.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
-#include <variant>
+#include <string_view>
 #include <vector>
 
 namespace tool
@@ -16,9 +18,13 @@ namespace tool
 
 enum class output_format { text, json };
 
+// What the command line asks for instead of receipts.
+enum class information { none, help, version, options };
+
 struct options {
     std::vector<std::string> files; // at least one; "-" is standard input
     tool::layout layout;
+    bool both_copies = false; // asked for by name
     tool::merchant merchant;
     std::optional<output_format> format; // absent: as usual
     bool page = false;                   // one copy as an HTML page
@@ -26,15 +32,39 @@ struct options {
     bool quiet = false;
     bool batch = false; // a record a line
     size_t jobs = 0;    // threads that render; at least one with batch
+    tool::information information = information::none;
 };
 
-// A text that the command line asks for instead of receipts: the help or the version.
-struct information {
-    std::string text;
+// Where an option does something. Elsewhere it is refused, with what was expected.
+struct use {
+    bool (*is_met)(const options &given);
+    std::string_view expected;
 };
 
-// Throws usage_error.
-std::variant<options, information> parse_options(int argc, char **argv);
+inline constexpr use anywhere = {[](const options &) { return true; }, ""};
+
+struct option_row {
+    std::string_view group;   // of --help; empty: not shown there
+    std::string name;         // "-q,--quiet"
+    std::string_view value;   // what --help calls it; FILE and ZONE are completed; empty: a flag
+    std::string_view meaning; // "{}" stands for the words
+
+    // Takes a value of the option (of a flag, nothing). Throws std::invalid_argument.
+    std::function<void(options &taken, const std::string &given)> set;
+
+    use where = anywhere;
+
+    // The values to choose from, which may depend on the other options; absent: anything.
+    std::function<std::vector<std::string_view>(const options &given)> words = nullptr;
+
+    bool repeats = false; // each value counts, otherwise the last
+};
+
+// In the order of --help.
+const std::vector<option_row> &option_rows();
+
+// The name by which messages call an option: its long one.
+std::string long_name(const option_row &row);
 
 } // namespace tool
 

@@ -46,13 +46,13 @@ constexpr word<Qel_rcpt_ind_t> industries[] = {
     throw std::invalid_argument(in_quotes(value) + " is unknown, expected " + expected);
 }
 
-template <typename T, size_t N>
-std::string names_of(const word<T> (&words)[N])
+template <const auto &words>
+std::vector<std::string_view> names_of()
 {
-    std::string_view names[N];
-    for (size_t i = 0; i < N; ++i)
-        names[i] = words[i].name;
-    return listed(names);
+    std::vector<std::string_view> names;
+    for (const auto &[name, value] : words)
+        names.push_back(name);
+    return names;
 }
 
 // The word's value, in any case of its letters.
@@ -70,13 +70,13 @@ Qel_rcpt_lang_t to_language(const std::string &value)
 {
     const auto language = find_word(languages, value);
     if (!language)
-        reject(value, names_of(languages));
+        reject(value, listed(names_of<languages>()));
     return *language;
 }
 
 // An ISO code: one of the words, or three digits at most.
-template <size_t N>
-uint32_t to_code(const word<uint32_t> (&words)[N], const std::string &value)
+template <const auto &words>
+uint32_t to_code(const std::string &value)
 {
     if (const auto code = find_word(words, value))
         return *code;
@@ -84,7 +84,7 @@ uint32_t to_code(const word<uint32_t> (&words)[N], const std::string &value)
     const char *const end = value.data() + value.size();
     const auto [stop, error] = std::from_chars(value.data(), end, code);
     if (error != std::errc() || stop != end || code < 1 || code > 999)
-        reject(value, names_of(words) + ", or a number from 1 to 999");
+        reject(value, listed(names_of<words>()) + ", or a number from 1 to 999");
     return code;
 }
 
@@ -98,7 +98,7 @@ Qel_rcpt_ind_t to_industry(const std::string &value)
         const std::string name(qel::view(qel::text(Qel_strdup_trim(part.c_str()))));
         const auto industry = find_word(industries, name);
         if (!industry)
-            reject(name, names_of(industries));
+            reject(name, listed(names_of<industries>()));
         bits |= *industry;
         begin = end + 1;
     }
@@ -114,22 +114,26 @@ qel::time_tz to_timezone(const std::string &value)
 }
 
 constexpr merchant_setting settings[] = {
-    {"lang", "LANG", "language of both copies: en (default), fr, es, de or it",
-     [](merchant &m, const std::string &value) { m.lang = to_language(value); }},
+    {"lang", "LANG", "language of both copies: {} (default en)",
+     [](merchant &m, const std::string &value) { m.lang = to_language(value); },
+     names_of<languages>},
     {"customer_lang", "LANG", "language of the customer copy",
-     [](merchant &m, const std::string &value) { m.customer_lang = to_language(value); }},
+     [](merchant &m, const std::string &value) { m.customer_lang = to_language(value); },
+     names_of<languages>},
     {"merchant_lang", "LANG", "language of the merchant copy",
-     [](merchant &m, const std::string &value) { m.merchant_lang = to_language(value); }},
-    {"country", "CODE", "ISO 3166-1 numeric code, or US, CA or GB (default 840)",
-     [](merchant &m, const std::string &value) { m.country = to_code(countries, value); }},
-    {"currency", "CODE", "ISO 4217 numeric code, or USD, CAD, EUR or GBP (default 840)",
-     [](merchant &m, const std::string &value) { m.currency = to_code(currencies, value); }},
-    {"industry", "NAME,...",
-     "retail, mail, ecomm, restaurant, lodging, autofuel,\n"
-     "grocery, selfserv or unknown (default)",
-     [](merchant &m, const std::string &value) { m.industry = to_industry(value); }},
+     [](merchant &m, const std::string &value) { m.merchant_lang = to_language(value); },
+     names_of<languages>},
+    {"country", "CODE", "ISO 3166-1 numeric code, or {} (default 840)",
+     [](merchant &m, const std::string &value) { m.country = to_code<countries>(value); },
+     names_of<countries>},
+    {"currency", "CODE", "ISO 4217 numeric code, or {} (default 840)",
+     [](merchant &m, const std::string &value) { m.currency = to_code<currencies>(value); },
+     names_of<currencies>},
+    {"industry", "NAME,...", "{} (default unknown)",
+     [](merchant &m, const std::string &value) { m.industry = to_industry(value); },
+     names_of<industries>},
     {"timezone", "ZONE", "such as America/Toronto (default: this system's)",
-     [](merchant &m, const std::string &value) { m.timezone = to_timezone(value); }},
+     [](merchant &m, const std::string &value) { m.timezone = to_timezone(value); }, nullptr},
 };
 
 // The language of a copy: the option before the file, and the copy's own before that of both.

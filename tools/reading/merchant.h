@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tool
 {
@@ -27,8 +28,9 @@ struct merchant {
 struct merchant_setting {
     std::string_view name;
     std::string_view value;
-    std::string_view meaning;
+    std::string_view meaning; // "{}" stands for the words
     void (*set)(merchant &merchant, const std::string &value);
+    std::vector<std::string_view> (*words)(); // the values to choose from; absent: anything
 };
 
 std::span<const merchant_setting> merchant_settings();

@@ -1,0 +1,224 @@
+#include "command_line.h"
+
+#include "messages.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sched.h>
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+
+namespace tool
+{
+
+namespace
+{
+
+constexpr size_t most_jobs_by_default = 256;
+
+constexpr const char *introduction =
+    "Usage: qelrcpt [OPTIONS] [FILE...]\n\n"
+    "Prints the receipts of card transactions: the customer copy and the merchant copy.\n\n"
+    "A FILE holds one transaction record: a JSON object of its keys, an object\n"
+    "{\"config\": {...}, \"record\": {...}} that brings its merchant along, or lines of "
+    "key=value.\n"
+    "Without FILE, or for -, the record is read from standard input.\n";
+
+constexpr const char *conclusion =
+    "\nExamples:\n"
+    "  qelrcpt sale.json                              both copies, 40 columns wide\n"
+    "  qelrcpt --copy customer --width 32 sale.json   the customer copy for a narrow printer\n"
+    "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
+    "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
+    "  qelrcpt --form html --page -o sale.html sale.json\n"
+    "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
+    "  qelrcpt --batch archive.jsonl > receipts.jsonl\n\n"
+    "Exit status: 0 when the receipts are written, 1 when the input or the output is at\n"
+    "fault, 2 when the command line is.\n";
+
+std::vector<std::string_view> words_of(const option_row &row, const options &given)
+{
+    return !row.words ? std::vector<std::string_view>() : row.words(given);
+}
+
+std::string meaning_of(const option_row &row)
+{
+    std::string meaning(row.meaning);
+    if (const size_t at = meaning.find("{}"); at != std::string::npos)
+        meaning.replace(at, 2, listed(words_of(row, {})));
+    return meaning;
+}
+
+// "  -q, --quiet" and its meaning beside it, in lines that fit a terminal.
+std::string help_of(const option_row &row)
+{
+    constexpr size_t meaning_column = 28;
+    constexpr size_t columns = 90;
+    std::string text = "  " + row.name;
+    if (const size_t comma = text.find(','); comma != std::string::npos)
+        text.insert(comma + 1, " ");
+    if (!row.value.empty())
+        text.append(" ").append(row.value);
+    if (text.size() + 1 < meaning_column)
+        text.resize(meaning_column - 1, ' ');
+    size_t column = text.size();
+    std::istringstream words(meaning_of(row));
+    for (std::string word; words >> word; column += 1 + word.size()) {
+        const bool is_full = column + 1 + word.size() > columns;
+        if (is_full) {
+            text += "\n" + std::string(meaning_column - 1, ' ');
+            column = meaning_column - 1;
+        }
+        text += " " + word;
+    }
+    return text + "\n";
+}
+
+std::string help()
+{
+    std::string text = introduction;
+    std::string_view group;
+    for (const option_row &row : option_rows()) {
+        if (row.group.empty())
+            continue;
+        if (row.group != group)
+            text.append("\n").append(group = row.group).append(":\n");
+        text += help_of(row);
+    }
+    return text + conclusion;
+}
+
+// A line for each name of an option: the name, what its value is called, the words to choose from
+// and the meaning, with "|" between them. The completions are made of it.
+std::string option_list(const options &given)
+{
+    std::string text;
+    for (const option_row &row : option_rows()) {
+        std::string words;
+        for (const std::string_view word : words_of(row, given))
+            words.append(words.empty() ? "" : " ").append(word);
+        std::istringstream names(row.name);
+        for (std::string name; !row.group.empty() && std::getline(names, name, ',');) {
+            text.append(name).append("|").append(row.value).append("|").append(words);
+            text.append("|").append(meaning_of(row)).append("\n");
+        }
+    }
+    return text;
+}
+
+// The cores that this process may use.
+size_t usable_cores()
+{
+    cpu_set_t cores;
+    const bool is_known = ::sched_getaffinity(0, sizeof cores, &cores) == 0;
+    const size_t count = is_known ? static_cast<size_t>(CPU_COUNT(&cores)) : 1;
+    return std::clamp<size_t>(count, 1, most_jobs_by_default);
+}
+
+void set_option(const option_row &row, options &taken, const std::string &given)
+{
+    try {
+        row.set(taken, given);
+    } catch (const std::invalid_argument &fault) {
+        throw usage_error(long_name(row) + ": " + fault.what());
+    }
+}
+
+CLI::Option *add_option(CLI::App &app, const option_row &row, options &taken)
+{
+    if (row.value.empty())
+        return app.add_flag_callback(row.name, [&] { set_option(row, taken, ""); });
+    const auto set = [&](const std::vector<std::string> &given) {
+        for (size_t i = row.repeats ? 0 : given.size() - 1; i < given.size(); ++i)
+            set_option(row, taken, given[i]);
+    };
+    return app.add_option_function<std::vector<std::string>>(row.name, set)
+        ->allow_extra_args(false);
+}
+
+void check_blocks(const layout &layout)
+{
+    const form_facts &form = facts_of(layout.form);
+    for (const std::string &name : layout.blocks) {
+        if (std::ranges::find(form.blocks, name) == form.blocks.end())
+            throw usage_error("--block: the " + std::string(form.name) + " receipt has no " +
+                              in_quotes(name) + ", expected " + listed(form.blocks));
+    }
+}
+
+// A page holds one copy of one receipt.
+void check_page(const options &given)
+{
+    if (!given.page)
+        return;
+    if (given.format == output_format::json)
+        throw usage_error("--page: a page is no JSON, expected no --output json with it");
+    if (given.both_copies)
+        throw usage_error("--page: expected --copy customer or --copy merchant with it");
+    if (given.files.size() > 1)
+        throw usage_error("--page: expected one FILE");
+    if (given.batch)
+        throw usage_error("--page: expected no --batch with it");
+}
+
+void check_batch(const options &given)
+{
+    if (given.batch && given.format == output_format::text)
+        throw usage_error("--output: with --batch every line is JSON, expected no text");
+}
+
+} // namespace
+
+options parse_options(int argc, char **argv)
+{
+    options taken;
+    CLI::App app;
+    app.set_help_flag();
+    app.add_option("FILE", taken.files);
+    std::vector<std::pair<const option_row *, const CLI::Option *>> added;
+    for (const option_row &row : option_rows())
+        added.emplace_back(&row, add_option(app, row, taken));
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ArgumentMismatch &fault) {
+        const std::string message = fault.what(); // begins with the option and a colon
+        throw usage_error(message.substr(0, message.find(':')) + ": expected a value");
+    } catch (const CLI::ExtrasError &) {
+        throw usage_error("unknown option " + in_quotes(app.remaining().front()));
+    } catch (const CLI::ParseError &fault) {
+        throw usage_error(fault.what());
+    }
+    if (taken.information != information::none)
+        return taken;
+    for (const auto &[row, option] : added) {
+        if (option->count() > 0 && !row->where.is_met(taken))
+            throw usage_error(long_name(*row) + ": expected " + std::string(row->where.expected));
+    }
+    check_blocks(taken.layout);
+    check_page(taken);
+    check_batch(taken);
+    if (taken.batch && taken.jobs == 0)
+        taken.jobs = usable_cores();
+    if (taken.files.empty())
+        taken.files.emplace_back("-");
+    return taken;
+}
+
+std::string information_text(const options &given)
+{
+    switch (given.information) {
+    case information::help:
+        return help();
+    case information::version:
+        return "qelrcpt " QELRCPT_VERSION "\n";
+    case information::options:
+        return option_list(given);
+    case information::none:
+        break;
+    }
+    return "";
+}
+
+} // namespace tool
