@@ -53,9 +53,14 @@ static void print_copy(const Qel_hash_dict_t *blocks, const char *prefix)
 
 int main(void)
 {
+    /* Without a zone the times would be those of this machine. */
+    Qel_time_tz_t *zone = Qel_time_tz_load("America/Toronto");
+    if (zone == NULL) {
+        fputs("This system does not know the time zone America/Toronto.\n", stderr);
+        return 1;
+    }
     Qel_rcpt_init();
 
-    Qel_time_tz_t *zone = Qel_time_tz_load("America/Toronto");
     const Qel_rcpt_config_t shop = {.cust_lang = QEL_RCPT_LANG_FR,
                                     .merch_lang = QEL_RCPT_LANG_EN,
                                     .country_code = 124,

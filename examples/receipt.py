@@ -116,6 +116,8 @@ RECORD = {
 def main():
     with Library(*sys.argv[1:2]) as qel:
         zone = qel.Qel_time_tz_load(b"Europe/Berlin")
+        if not zone:  # the times would be those of this machine
+            sys.exit("This system does not know the time zone Europe/Berlin.")
         shop = Config(cust_lang=3, country_code=276, currency_code=978, merch_timezone=zone)
 
         plain = qel.render(qel.Qel_rcpt_generate_plain, RECORD, shop, 32, b"\n")

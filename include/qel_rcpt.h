@@ -15,12 +15,11 @@
  *     Qel_hash_dict_destroy(record);
  *     Qel_rcpt_deinit();
  *
- * The library does no input or output, starts no threads and keeps nothing between calls but the
- * salt of the dictionaries' hashes, which is drawn from the system's random source on first use
- * (where it has none, made of the process's addresses, number and clock). A missing or unusable
- * value gives the documented default, or leaves its line out; nothing is reported and no record
- * makes a call fail. Running out of memory ends the process (std::terminate); it is the only way in
- * which a call can fail to return.
+ * The library does no input or output, starts no threads and keeps nothing between calls but what
+ * the utility layer keeps (qelstdlib.h): the salt of the dictionaries' hashes and the rules of time
+ * zones that were loaded. A missing or unusable value gives the documented default, or leaves its
+ * line out; nothing is reported and no record makes a call fail. Running out of memory ends the
+ * process (std::terminate); it is the only way in which a call can fail to return.
  *
  * Threads: any number of them may call anything at once, each on records that no thread changes.
  */
@@ -54,6 +53,15 @@ typedef enum Qel_rcpt_ind QEL_ENUM_U32 {
     QEL_RCPT_IND_GROCERY = 64,
     QEL_RCPT_IND_SELFSERV = 128 /* no merchant copy */
 } Qel_rcpt_ind_t;
+
+#ifdef __cplusplus
+extern "C++" {
+constexpr Qel_rcpt_ind_t operator|(Qel_rcpt_ind_t a, Qel_rcpt_ind_t b) noexcept
+{
+    return static_cast<Qel_rcpt_ind_t>(static_cast<uint32_t>(a) | static_cast<uint32_t>(b));
+}
+}
+#endif
 
 /* What the library needs to know of the merchant. The caller fills and owns it; a generator only
  * reads it. */

@@ -246,13 +246,13 @@ class blocks
         }
     }
 
-    const_iterator begin() const noexcept { return blocks_.begin(); }
-    const_iterator end() const noexcept { return blocks_.end(); }
+    const_iterator begin() const &noexcept { return blocks_.begin(); }
+    const_iterator end() const &noexcept { return blocks_.end(); }
     std::size_t size() const noexcept { return blocks_.size(); }
     bool empty() const noexcept { return blocks_.empty(); }
 
     // The text of one block; nothing when the receipt does not have it.
-    std::optional<std::string_view> find(copy of, std::string_view name) const noexcept
+    std::optional<std::string_view> find(copy of, std::string_view name) const &noexcept
     {
         for (const block &one : blocks_) {
             if (one.copy == of && one.name == name)
@@ -260,6 +260,12 @@ class blocks
         }
         return std::nullopt;
     }
+
+    // What they give is borrowed from the blocks, so that these must have a name that lives longer;
+    // a range-based for keeps those that it walks.
+    const_iterator begin() const && = delete;
+    const_iterator end() const && = delete;
+    std::optional<std::string_view> find(copy of, std::string_view name) const && = delete;
 
     bool has(copy of) const noexcept
     {

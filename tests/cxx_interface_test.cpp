@@ -24,10 +24,11 @@ TEST_F(CxxInterface, RecordsFromListMapAndRangeRenderAlike)
                                                                        {"tax", "1.00"}};
     const std::string_view money =
         "SUBTOTAL:     $11.34\nTAX:           $1.00\nTOTAL:        $12.34";
-    for (const rcpt::record &record :
-         {from_list, rcpt::record(map), rcpt::record(range), rcpt::record(map.begin(), map.end())})
-        EXPECT_EQ(rcpt::render_plain(record, {}, 20, "\n").find(rcpt::copy::merchant, "money"),
-                  money);
+    for (const rcpt::record &record : {from_list, rcpt::record(map), rcpt::record(range),
+                                       rcpt::record(map.begin(), map.end())}) {
+        const rcpt::blocks blocks = rcpt::render_plain(record, {}, 20, "\n");
+        EXPECT_EQ(blocks.find(rcpt::copy::merchant, "money"), money);
+    }
 }
 
 TEST_F(CxxInterface, RecordIsAValue)
@@ -114,6 +115,22 @@ TEST_F(CxxInterface, ConfigurationReachesTheGenerators)
     EXPECT_FALSE(rcpt::render_plain(sale, shop).has(rcpt::copy::merchant));
     EXPECT_EQ(rcpt::render_plain(sale, shop).join(rcpt::copy::merchant, "\n"), "");
 }
+
+template <typename Blocks, typename = void>
+constexpr bool lends = false;
+template <typename Blocks>
+constexpr bool lends<Blocks, std::void_t<decltype(std::declval<Blocks>().begin()),
+                                         decltype(std::declval<Blocks>().end()),
+                                         decltype(std::declval<Blocks>().find({}, "money"))>> =
+    true;
+
+// Texts borrowed from receipts that are gone must not compile.
+static_assert(lends<rcpt::blocks &> && lends<const rcpt::blocks &>);
+static_assert(!lends<rcpt::blocks> && !lends<const rcpt::blocks>);
+
+// The C interface's bits too.
+constexpr Qel_rcpt_ind_t fuel_shop = QEL_RCPT_IND_RETAIL | QEL_RCPT_IND_AUTOFUEL;
+static_assert(fuel_shop == 33U);
 
 TEST_F(CxxInterface, UnknownTimeZoneThrows)
 {

@@ -196,7 +196,8 @@ TEST(Money, OddAmountsInSums)
     expect_rows(
         {{{"amount:10,tax:0.80,fee:2,examount:.5,discountamount:1"}, "$7.70"},
          {{"amount:1.00,tax:1.50"}, "$-0.50"},
-         {{"amount:10.00,tax:-0.80"}, "$10.80"},
+         {{"amount:10.00,tax:-0.80", "amount: 10.00,tax: - 0.80"}, "$10.80"},
+         {{"amount:11.00,tax: 1.00,examount:   2.00", "amount:11.00,tax:\t1,fee: +2"}, "$8.00"},
          {{"amount:abc,tax:1.25"}, "$-1.25"},
          {{"amount:10.009,tax:0.009"}, "$10.00"},
          {{thirty.c_str()}, "$8.75"},

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 namespace
 {
@@ -167,12 +168,14 @@ TEST(Numbers, Integers)
 TEST(Numbers, AmountsInHundredths)
 {
     const std::pair<std::int64_t, texts> rows[] = {
-        {1234, {"12.34", "12.349", "012.34", " 12.34 ", "+12.34", "12.34x", "--12.34", "-+-12.34"}},
-        {-150, {"-1.5", "-1.509", "---1.5", "-1.5.5"}},
+        {1234,
+         {"12.34", "12.349", "012.34", " 12.34 ", "+12.34", "12.34x", "--12.34", "-+-12.34",
+          "- -12.34", " + \t12.34"}},
+        {-150, {"-1.5", "-1.509", "---1.5", "-1.5.5", "- 1.5", " -\n1.50", "-  + 1.5"}},
         {100, {"1", "1.", "1,234.50", "1 000", "1.x9", "1e3"}},
         {-50, {"-0.50", "-.5"}},
         {1, {"0.01"}},
-        {0, {"", "0.00", "-0.00", "0.009", "abc", ".", "-", "- 1", "$1"}},
+        {0, {"", "0.00", "-0.00", "0.009", "abc", ".", "-", "- ", "- $1", "$1"}},
         {-int64_most, {"-92233720368547758.07"}},
         {int64_most, {"92233720368547758.07", "92233720368547758.08", "184467440737095516.17"}},
         {int64_least, {"-92233720368547758.08", "-92233720368547758.09", "-99999999999999999999"}},
@@ -253,7 +256,17 @@ TEST(Formatting, CutsAreBetweenCharacters)
     EXPECT_EQ(Qel_snprintf(area, 0, "a"), 0U);
     EXPECT_STREQ(area, "###");
     EXPECT_EQ(Qel_snprintf(area, 3, "%s%s", "aé", "b"), 1U); // what is lost first decides
-    EXPECT_EQ(Qel_snprintf(area, 3, "a\x80\x80"), 2U);       // stray bytes: nothing to keep whole
+    const std::pair<const char *, std::size_t> cut_at_3[] = {
+        {"a\x80\x80", 2},     // stray bytes: nothing to keep whole
+        {"é\x80", 2},         // a whole character before one
+        {"\xE2\x82\x80", 0},  // a character that has three
+        {"a\xF0\x9F\x98", 1}, // one that has four, and lost more than the cut took
+        {"\xE2\x82"
+         "a",
+         2}, // one that had lost its end before
+    };
+    for (const auto &[text, kept] : cut_at_3)
+        EXPECT_EQ(Qel_snprintf(area, 3, "%s", text), kept) << text;
     EXPECT_EQ(Qel_snprintf(area, 3, absent, 0), 0U);
     EXPECT_EQ(Qel_snprintf(const_cast<char *>(absent), 3, "a"), 0U);
 }
@@ -338,14 +351,32 @@ TEST(List, KeepsOrderAndJoins)
     Qel_list_str_destroy(nullptr);
 }
 
+TEST(List, EntriesStayWhereTheyAre)
+{
+    const qel::list_str list(Qel_list_str_create(QEL_LIST_STR_NONE));
+    std::string joined;
+    std::vector<const char *> borrowed;
+    for (std::size_t i = 0; i < 2000; ++i) {
+        const std::string entry(i % 700, static_cast<char>('a' + i % 26));
+        Qel_list_str_insert(list.get(), entry.c_str());
+        borrowed.push_back(Qel_list_str_at(list.get(), i));
+        joined += entry;
+    }
+    std::string again;
+    for (const char *entry : borrowed)
+        again += entry;
+    EXPECT_EQ(again, joined);
+    EXPECT_EQ(taken(Qel_list_str_join_str(list.get(), "")), joined);
+}
+
 TEST(Dict, AbsentIsAccepted)
 {
     const qel::dict none;
     const qel::dict dict = make_dict(QEL_HASH_DICT_NONE, {{"a", "1"}});
     for (const auto &[handle, key] : {std::pair(none.get(), "a"), std::pair(dict.get(), absent)}) {
-        const char *val = "left over";
+        const char *val = "kept";
         EXPECT_FALSE(Qel_hash_dict_get(handle, key, &val));
-        EXPECT_EQ(val, nullptr);
+        EXPECT_STREQ(val, "kept");
         EXPECT_EQ(Qel_hash_dict_get_direct(handle, key), nullptr);
         EXPECT_STREQ(Qel_hash_dict_get_direct_default(handle, key, "def"), "def");
         EXPECT_FALSE(Qel_hash_dict_insert(handle, key, "b"));
@@ -624,13 +655,65 @@ TEST(Time, ZonesAndTheirRules)
     EXPECT_LE(std::abs(Qel_time() - std::time(nullptr)), 60);
 }
 
+// The C library's calendar beside ours.
+TEST(Time, CalendarOfFourHundredYears)
+{
+    const qel::time_tz utc(Qel_time_tz_load("UTC"));
+    constexpr std::int64_t first = -14831769600; // 1500-01-01
+    constexpr std::int64_t cycle = std::int64_t{146097} * 86400;
+    constexpr std::int64_t step = 86400 - 3607; // meets every day, and all times of a day
+    for (std::int64_t t = first; t < first + 2 * cycle; t += step) {
+        const std::time_t when = t;
+        std::tm tm{};
+        gmtime_r(&when, &tm);
+        Qel_time_localtm_t ours{};
+        Qel_time_tolocal(t, &ours, utc.get());
+        const Qel_time_localtm_t theirs = {tm.tm_mon + 1,
+                                           tm.tm_mday,
+                                           tm.tm_year + 1900,
+                                           (tm.tm_year + 1900) % 100,
+                                           tm.tm_hour,
+                                           tm.tm_min,
+                                           tm.tm_sec,
+                                           tm.tm_wday,
+                                           tm.tm_yday,
+                                           0,
+                                           0,
+                                           "UTC"};
+        ASSERT_EQ(fields_of(ours), fields_of(theirs)) << t;
+    }
+}
+
 TEST(Time, OnlyNamesOfTheDatabaseAreLoaded)
 {
+    const std::string long_name =
+        "America/" + std::string(57, 'x'); // a byte more than is looked for
     for (const char *name :
          texts{absent, "", "Nowhere/None", "America", "/usr/share/zoneinfo/America/Toronto",
-               "file:America/Toronto", "America/../America/Toronto", "libc:localtime"})
+               "file:America/Toronto", "America/../America/Toronto", "America/./Toronto",
+               "America//Toronto", "America/Toronto/", "libc:localtime", "Fixed/UTC+01:00:00",
+               "tzdata.zi", long_name.c_str()})
         EXPECT_EQ(Qel_time_tz_load(name), nullptr) << name;
     Qel_time_tz_destroy(nullptr);
+}
+
+std::size_t allocated()
+{
+    return mallinfo2().uordblks;
+}
+
+// Names that nobody has must not be kept by whoever loads zones.
+TEST(Time, UnknownNamesLeaveNothingBehind)
+{
+    const auto load = [](int number) {
+        const std::string name = "Nowhere/" + std::string(40, 'x') + std::to_string(number);
+        EXPECT_EQ(Qel_time_tz_load(name.c_str()), nullptr);
+    };
+    load(0);
+    const std::size_t before = allocated();
+    for (int number = 1; number < 20'000; ++number)
+        load(number);
+    EXPECT_LT(allocated(), before + 100'000);
 }
 
 TEST(Time, AbsentZoneIsTheSystemsOwn)

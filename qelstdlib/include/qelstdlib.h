@@ -10,8 +10,12 @@
  * result is borrowed and is never freed. Containers copy what is put into them.
  *
  * Threads: operations on different objects may run at once; an object that no thread changes may be
- * read by any number of threads. What is kept between calls is the secret salt of the dictionaries'
- * hashes, drawn from the system's random source on first use, by whichever thread comes first.
+ * read by any number of threads.
+ *
+ * Kept between calls until the process ends, whichever thread comes first: the secret salt of the
+ * dictionaries' hashes, drawn from the system's random source on first use (where it gives none,
+ * made of the process's addresses, number and clock); and the rules of each time zone that
+ * Qel_time_tz_load found.
  *
  * Memory: running out of it ends the process (std::terminate); it is the only way in which a call
  * can fail to return. No exception leaves the library.
@@ -91,10 +95,10 @@ QEL_API void Qel_str_upper(char *str) QEL_NOEXCEPT;
  * Saturates at the ends of the 64-bit range; 0 when there is none or the text is absent. */
 QEL_API int64_t Qel_str_to_int64(const char *str) QEL_NOEXCEPT;
 
-/* The decimal amount at the start of the text, in hundredths: optional white space, signs, digits
- * with an optional '.'. Each leading '-' turns the sign. Digits after the second decimal are
- * dropped and reading stops at the first byte that does not fit. Saturates at the ends of the
- * 64-bit range; 0 when there is no number or the text is absent. */
+/* The decimal amount at the start of the text, in hundredths: white space and signs in any order,
+ * none needed, then digits with an optional '.'. Each '-' before them turns the sign. Digits after
+ * the second decimal are dropped and reading stops at the first byte that does not fit. Saturates
+ * at the ends of the 64-bit range; 0 when there is no number or the text is absent. */
 QEL_API int64_t Qel_atofi100(const char *str) QEL_NOEXCEPT;
 
 /* New text with the amount as an optional '-', at least one digit, '.', and two decimals. The whole
@@ -192,8 +196,8 @@ QEL_API void Qel_list_str_insert(Qel_list_str_t *list, const char *str) QEL_NOEX
 /* Number of entries; 0 for absent. */
 QEL_API size_t Qel_list_str_len(const Qel_list_str_t *list) QEL_NOEXCEPT;
 
-/* The entry at idx, counted from 0, borrowed until the list changes or ends; absent past the end.
- */
+/* The entry at idx, counted from 0, borrowed until the list ends, whatever is inserted meanwhile;
+ * absent past the end. */
 QEL_API const char *Qel_list_str_at(const Qel_list_str_t *list, size_t idx) QEL_NOEXCEPT;
 
 /* New text: the entries in order with the separator (absent: none) between each two. "" for an
@@ -231,7 +235,7 @@ QEL_API bool Qel_hash_dict_insert(Qel_hash_dict_t *dict, const char *key,
                                   const char *val) QEL_NOEXCEPT;
 
 /* True when the key exists; its value then goes to *val (unless val is absent), borrowed until the
- * value is replaced or removed. When it does not exist, *val becomes absent. */
+ * value is replaced or removed. When it does not exist, *val stays as it was. */
 QEL_API bool Qel_hash_dict_get(const Qel_hash_dict_t *dict, const char *key,
                                const char **val) QEL_NOEXCEPT;
 
@@ -334,9 +338,14 @@ typedef struct Qel_time_localtm {
 QEL_API Qel_time_t Qel_time(void) QEL_NOEXCEPT;
 
 /* New zone for a name of the IANA time zone database, such as America/Toronto, released by
- * Qel_time_tz_destroy. Absent for a name that the system does not know and for absent or "". Reads
- * the system's zone files; the only operation here that does, but for Qel_time_tolocal without a
- * zone. */
+ * Qel_time_tz_destroy. Absent for a name that the system does not know and for absent or ""; check
+ * it, for an absent zone means the system's own everywhere else.
+ *
+ * Reads the system's zone files, in the folder that the environment's TZDIR names or in
+ * /usr/share/zoneinfo; the only operation here that reads files, but for Qel_time_tolocal without a
+ * zone. A zone's rules stay loaded after Qel_time_tz_destroy, so that they are read once. Names
+ * that have no file there (UTC needs none) or more than 64 bytes leave nothing behind, so what is
+ * kept is bounded by the number of zone files. */
 QEL_API Qel_time_tz_t *Qel_time_tz_load(const char *name) QEL_NOEXCEPT;
 
 /* Releases the zone; absent is ignored. */

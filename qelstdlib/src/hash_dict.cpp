@@ -224,9 +224,11 @@ bool Qel_hash_dict_insert(Qel_hash_dict_t *dict, const char *key, const char *va
 bool Qel_hash_dict_get(const Qel_hash_dict_t *dict, const char *key, const char **val) noexcept
 {
     const entry *const found = dict == nullptr || key == nullptr ? nullptr : dict->find(key);
+    if (found == nullptr)
+        return false;
     if (val != nullptr)
-        *val = found == nullptr ? nullptr : found->val.c_str();
-    return found != nullptr;
+        *val = found->val.c_str();
+    return true;
 }
 
 const char *Qel_hash_dict_get_direct(const Qel_hash_dict_t *dict, const char *key) noexcept

@@ -1,27 +1,46 @@
 #include "qelstdlib_int.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
-// All entries stand in one text, each with its terminator, so that a list costs few allocations
-// however many lines it holds.
+// The entries stand in blocks that grow and never move, so that a list costs few allocations
+// however many lines it holds, and what was borrowed from it stays where it is.
 struct Qel_list_str {
-    std::string text;
-    std::vector<std::size_t> starts;
+    // With their terminators behind them.
+    std::vector<std::string_view> entries;
 
-    [[nodiscard]] std::string_view entry(std::size_t idx) const
+    void append(std::string_view str)
     {
-        const std::size_t next = idx + 1 < starts.size() ? starts[idx + 1] : text.size();
-        return std::string_view(text).substr(starts[idx], next - 1 - starts[idx]);
+        char *const place = take(str.size() + 1);
+        str.copy(place, str.size());
+        place[str.size()] = '\0';
+        entries.emplace_back(place, str.size());
+        entries_len_ += str.size();
     }
 
     [[nodiscard]] std::size_t joined_len(std::size_t separator_len) const
     {
-        if (starts.empty())
-            return 0;
-        const std::size_t terminators = starts.size();
-        return text.size() - terminators + (starts.size() - 1) * separator_len;
+        return entries.empty() ? 0 : entries_len_ + (entries.size() - 1) * separator_len;
     }
+
+  private:
+    char *take(std::size_t count)
+    {
+        if (count > room_) {
+            constexpr std::size_t first = 512;
+            room_ = std::max({first, 2 * entries_len_, count});
+            blocks_.push_back(std::make_unique_for_overwrite<char[]>(room_));
+            free_ = blocks_.back().get();
+        }
+        room_ -= count;
+        return std::exchange(free_, free_ + count);
+    }
+
+    std::vector<std::unique_ptr<char[]>> blocks_;
+    char *free_ = nullptr; // in the last block
+    std::size_t room_ = 0; // behind it
+    std::size_t entries_len_ = 0;
 };
 
 Qel_list_str_t *Qel_list_str_create(uint32_t /*there is but one order*/) noexcept
@@ -31,22 +50,18 @@ Qel_list_str_t *Qel_list_str_create(uint32_t /*there is but one order*/) noexcep
 
 void Qel_list_str_insert(Qel_list_str_t *list, const char *str) noexcept
 {
-    if (list == nullptr)
-        return;
-
-    const std::size_t start = list->text.size();
-    list->text.append(qel::view(str)).push_back('\0');
-    list->starts.push_back(start);
+    if (list != nullptr)
+        list->append(qel::view(str));
 }
 
 size_t Qel_list_str_len(const Qel_list_str_t *list) noexcept
 {
-    return list == nullptr ? 0 : list->starts.size();
+    return list == nullptr ? 0 : list->entries.size();
 }
 
 const char *Qel_list_str_at(const Qel_list_str_t *list, size_t idx) noexcept
 {
-    return idx < Qel_list_str_len(list) ? list->entry(idx).data() : nullptr;
+    return idx < Qel_list_str_len(list) ? list->entries[idx].data() : nullptr;
 }
 
 char *Qel_list_str_join_str(const Qel_list_str_t *list, const char *separator) noexcept
@@ -57,10 +72,10 @@ char *Qel_list_str_join_str(const Qel_list_str_t *list, const char *separator) n
     const std::string_view between = qel::view(separator);
     char *const joined = qel::new_text_area(list->joined_len(between.size()));
     char *end = joined;
-    for (std::size_t idx = 0; idx < list->starts.size(); ++idx) {
+    for (std::size_t idx = 0; idx < list->entries.size(); ++idx) {
         if (idx > 0)
             end = std::ranges::copy(between, end).out;
-        end = std::ranges::copy(list->entry(idx), end).out;
+        end = std::ranges::copy(list->entries[idx], end).out;
     }
     return joined;
 }

@@ -281,9 +281,9 @@ int64_t Qel_str_to_int64(const char *str) noexcept
 int64_t Qel_atofi100(const char *str) noexcept
 {
     std::string_view rest = view(str);
-    take_while(rest, qel::is_space);
-    // A '-' put in front of a negative amount makes it positive.
-    const std::string_view signs = take_while(rest, is_sign);
+    // A '-' put in front of a negative amount makes it positive, with a blank between them too.
+    const std::string_view signs =
+        take_while(rest, [](char chr) { return is_sign(chr) || qel::is_space(chr); });
     const bool negative = std::ranges::count(signs, '-') % 2 != 0;
 
     const decimal_parts parts(rest);
@@ -385,9 +385,9 @@ const directive *find_directive(std::string_view fmt)
 {
     if (!fmt.starts_with('%'))
         return nullptr;
-    const auto *const found = std::ranges::find_if(
+    const auto found = std::ranges::find_if(
         directives, [&](const directive &known) { return fmt.starts_with(known.spelling); });
-    return found == directives.end() ? nullptr : found;
+    return found == directives.end() ? nullptr : &*found;
 }
 
 // A va_list that functions can share: passed by itself, it would be spent after the first.
@@ -458,15 +458,26 @@ class bounded_text
     }
 
   private:
-    // Stray bytes that belong to no character are no reason to drop any.
+    // Stray bytes that belong to no character are no reason to drop any, nor is one that follows a
+    // whole character.
     void drop_cut_character()
     {
         std::size_t begin = len_;
         while (begin > 0 && qel::is_continuation(area_[begin - 1]))
             --begin;
-        const bool has_lead = begin > 0 && static_cast<unsigned char>(area_[begin - 1]) >= 0xC0U;
-        if (has_lead)
+        if (begin > 0 && len_ - (begin - 1) < char_len(area_[begin - 1]))
             len_ = begin - 1;
+    }
+
+    // How many bytes a character has that begins so; 1 for what begins none of more.
+    static std::size_t char_len(char lead)
+    {
+        const auto byte = static_cast<unsigned char>(lead);
+        if (byte >= 0xF0U)
+            return 4;
+        if (byte >= 0xE0U)
+            return 3;
+        return byte >= 0xC0U ? 2 : 1;
     }
 
     char *area_;

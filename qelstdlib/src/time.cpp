@@ -1,88 +1,51 @@
 #include "qelstdlib_int.h"
+#include "time_zone.h"
 
 #include <array>
 #include <chrono>
-#include <ctime>
-#include <memory>
-
-#include <cctz/civil_time.h>
-#include <cctz/time_zone.h>
-
-struct Qel_time_tz {
-    cctz::time_zone zone;
-};
 
 namespace
 {
 
-// Names of the database have no other bytes. Keeping to them also keeps the loader, which takes
-// paths and schemes as well, from opening any other file.
-bool is_zone_name(std::string_view name)
+constexpr std::int64_t day_seconds = 86400;
+
+// Rounds down, before 1970 too.
+constexpr std::int64_t floor_div(std::int64_t value, std::int64_t divisor)
 {
-    constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                         "0123456789_+-/";
-    const bool relative = !name.empty() && name.front() != '/';
-    return relative && name.find_first_not_of(allowed) == std::string_view::npos;
+    return value / divisor - (value % divisor < 0 ? 1 : 0);
 }
 
-std::int64_t two_digit_year(std::int64_t year)
+struct civil_date {
+    std::int64_t year;
+    std::int64_t month; // 1 to 12
+    std::int64_t day;   // 1 to 31
+    std::int64_t yday;  // from 0
+};
+
+constexpr bool is_leap(std::int64_t year)
 {
-    return (year % 100 + 100) % 100;
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-void set_abbr(Qel_time_localtm_t &localtm, std::string_view abbr)
+// The date so many days after 1970-01-01. Years are counted from March meanwhile, so that the day
+// which leap years add is a year's last.
+constexpr civil_date date_of(std::int64_t days)
 {
-    abbr.copy(localtm.abbr, sizeof localtm.abbr - 1); // the rest is zero already
-}
-
-Qel_time_localtm_t time_in_zone(Qel_time_t t, const cctz::time_zone &zone)
-{
-    const cctz::time_point<cctz::seconds> when{cctz::seconds(t)};
-    const auto found = zone.lookup(when);
-    const cctz::civil_second &civil = found.cs;
-    const cctz::civil_day date(civil);
-    const int days_since_monday = static_cast<int>(cctz::get_weekday(date));
-
-    Qel_time_localtm_t localtm{};
-    localtm.month = civil.month();
-    localtm.day = civil.day();
-    localtm.year = civil.year();
-    localtm.year2 = two_digit_year(civil.year());
-    localtm.hour = civil.hour();
-    localtm.min = civil.minute();
-    localtm.sec = civil.second();
-    localtm.wday = (days_since_monday + 1) % 7;
-    localtm.yday = cctz::get_yearday(date) - 1;
-    localtm.isdst = found.is_dst ? 1 : 0;
-    localtm.gmtoff = found.offset;
-    set_abbr(localtm, found.abbr);
-    return localtm;
-}
-
-// The C library knows every form that TZ may take. It has no time for years beyond an int; those
-// are shown in UTC.
-Qel_time_localtm_t time_in_system_zone(Qel_time_t t)
-{
-    const auto when = static_cast<std::time_t>(t);
-    std::tm tm{};
-    ::tzset(); // localtime_r need not look at TZ again
-    if (::localtime_r(&when, &tm) == nullptr)
-        return time_in_zone(t, cctz::utc_time_zone());
-
-    Qel_time_localtm_t localtm{};
-    localtm.month = tm.tm_mon + 1;
-    localtm.day = tm.tm_mday;
-    localtm.year = std::int64_t{tm.tm_year} + 1900;
-    localtm.year2 = two_digit_year(localtm.year);
-    localtm.hour = tm.tm_hour;
-    localtm.min = tm.tm_min;
-    localtm.sec = tm.tm_sec;
-    localtm.wday = tm.tm_wday;
-    localtm.yday = tm.tm_yday;
-    localtm.isdst = tm.tm_isdst > 0 ? 1 : 0;
-    localtm.gmtoff = tm.tm_gmtoff;
-    set_abbr(localtm, qel::view(tm.tm_zone));
-    return localtm;
+    constexpr std::int64_t cycle_days = 146097; // of 400 years
+    constexpr std::int64_t to_march_0000 = 719468;
+    const std::int64_t since = days + to_march_0000;
+    const std::int64_t cycle = floor_div(since, cycle_days);
+    const std::int64_t in_cycle = since - cycle * cycle_days;
+    const std::int64_t year_in_cycle =
+        (in_cycle - in_cycle / 1460 + in_cycle / 36524 - in_cycle / 146096) / 365;
+    const std::int64_t from_march =
+        in_cycle - (365 * year_in_cycle + year_in_cycle / 4 - year_in_cycle / 100);
+    const std::int64_t month_from_march = (5 * from_march + 2) / 153;
+    const std::int64_t day = from_march - (153 * month_from_march + 2) / 5 + 1;
+    const bool next_year = month_from_march >= 10; // January and February
+    const std::int64_t year = 400 * cycle + year_in_cycle + (next_year ? 1 : 0);
+    const std::int64_t yday = next_year ? from_march - 306 : from_march + 59 + is_leap(year);
+    return {year, month_from_march + (next_year ? -9 : 3), day, yday};
 }
 
 struct field {
@@ -116,11 +79,11 @@ step take_step(std::string_view &fmt)
     if (first != '%' || fmt.empty())
         return {nullptr, first};
 
-    const auto *const found = std::ranges::find(fields, fmt.front(), &field::directive);
+    const auto found = std::ranges::find(fields, fmt.front(), &field::directive);
     const bool known = found != fields.end();
     if (known || fmt.front() == '%')
         fmt.remove_prefix(1);
-    return {known ? found : nullptr, '%'};
+    return {known ? &*found : nullptr, '%'};
 }
 
 bool take_literal(std::string_view &text, char literal)
@@ -148,24 +111,36 @@ bool take_field(std::string_view &text, const field &wanted, Qel_time_localtm_t 
 
 } // namespace
 
+Qel_time_localtm_t qel::time_at_offset(Qel_time_t t, std::int64_t offset, bool is_dst,
+                                       std::string_view abbr)
+{
+    // The day is taken off first, so that no sum leaves the range.
+    const std::int64_t utc_days = floor_div(t, day_seconds);
+    const std::int64_t shifted = t - utc_days * day_seconds + offset;
+    const std::int64_t days = utc_days + floor_div(shifted, day_seconds);
+    const std::int64_t second = shifted - floor_div(shifted, day_seconds) * day_seconds;
+    const civil_date date = date_of(days);
+
+    Qel_time_localtm_t localtm{};
+    localtm.month = date.month;
+    localtm.day = date.day;
+    localtm.year = date.year;
+    localtm.year2 = two_digit_year(date.year);
+    localtm.hour = second / 3600;
+    localtm.min = second / 60 % 60;
+    localtm.sec = second % 60;
+    localtm.wday = (days % 7 + 7 + 4) % 7; // 1970 began on a Thursday
+    localtm.yday = date.yday;
+    localtm.isdst = is_dst ? 1 : 0;
+    localtm.gmtoff = offset;
+    set_abbr(localtm, abbr);
+    return localtm;
+}
+
 Qel_time_t Qel_time(void) noexcept
 {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::floor<std::chrono::seconds>(now).count();
-}
-
-Qel_time_tz_t *Qel_time_tz_load(const char *name) noexcept
-{
-    if (!is_zone_name(qel::view(name)))
-        return nullptr;
-    auto zone = std::make_unique<Qel_time_tz>();
-    const bool known = cctz::load_time_zone(name, &zone->zone);
-    return known ? zone.release() : nullptr;
-}
-
-void Qel_time_tz_destroy(Qel_time_tz_t *zone) noexcept
-{
-    const std::unique_ptr<Qel_time_tz> ended(zone);
 }
 
 bool Qel_time_parsefmt(const char *text, const char *fmt, Qel_time_localtm_t *localtm) noexcept
@@ -193,7 +168,7 @@ bool Qel_time_parsefmt(const char *text, const char *fmt, Qel_time_localtm_t *lo
 void Qel_time_tolocal(Qel_time_t t, Qel_time_localtm_t *localtm, const Qel_time_tz_t *zone) noexcept
 {
     if (localtm != nullptr)
-        *localtm = zone != nullptr ? time_in_zone(t, zone->zone) : time_in_system_zone(t);
+        *localtm = qel::local_time(t, zone);
 }
 
 char *Qel_time_to_str(const char *fmt, const Qel_time_localtm_t *localtm) noexcept
