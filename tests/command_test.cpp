@@ -354,15 +354,19 @@ TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
         std::string lang;
         std::string title;
     } const cases[] = {
-        {{}, "en", "A &amp; &lt;B> \u2013 Purchase \u2013 Customer Copy"},
-        {{"--lang=fr"}, "fr", "A &amp; &lt;B> \u2013 Achat \u2013 Copie Du Client"},
-        {{"--lang=es"}, "es", "A &amp; &lt;B> \u2013 Compra \u2013 Copia del cliente"},
-        {{"--lang=de", "--copy=customer"}, "de", "A &amp; &lt;B> \u2013 Kauf \u2013 Kundenkopie"},
+        {{}, "en", "A &amp; &lt;B&gt;&#39;\uFFFD \u2013 Purchase \u2013 Customer Copy"},
+        {{"--lang=fr"}, "fr", "A &amp; &lt;B&gt;&#39;\uFFFD \u2013 Achat \u2013 Copie Du Client"},
+        {{"--lang=es"},
+         "es",
+         "A &amp; &lt;B&gt;&#39;\uFFFD \u2013 Compra \u2013 Copia del cliente"},
+        {{"--lang=de", "--copy=customer"},
+         "de",
+         "A &amp; &lt;B&gt;&#39;\uFFFD \u2013 Kauf \u2013 Kundenkopie"},
         {{"--merchant-lang=it", "--copy=merchant"},
          "it",
-         "A &amp; &lt;B> \u2013 Acquista \u2013 Copia del commerciante"},
+         "A &amp; &lt;B&gt;&#39;\uFFFD \u2013 Acquista \u2013 Copia del commerciante"},
     };
-    const std::string record = "action=sale\nmerch_name=A & <B>";
+    const std::string record = "action=sale\nmerch_name=A & <B>'\x01\n";
     for (const auto &[args, lang, title] : cases) {
         arguments all = {"--form=html", "--page"};
         all.insert(all.end(), args.begin(), args.end());
@@ -370,11 +374,19 @@ TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
         EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"" + lang + "\">")) << page;
         EXPECT_TRUE(has(page, "<title>" + title)) << title << page;
     }
-    const result none =
-        run({"--form=html", "--page", "--copy=merchant", "--industry=selfserv"}, record);
-    EXPECT_EQ(none.status, 1);
-    EXPECT_EQ(none.out, "");
-    EXPECT_TRUE(has(none.err, "no merchant copy")) << none.err;
+    const std::pair<arguments, std::string> faults[] = {
+        {{"--copy=merchant", "--industry=selfserv"}, "no merchant copy"},
+        {{"--block=signature"}, "has no signature block"},
+        {{"--block=money", "--block=emv"}, "has no money or emv block"},
+    };
+    for (const auto &[args, complaint] : faults) {
+        arguments all = {"--form=html", "--page"};
+        all.insert(all.end(), args.begin(), args.end());
+        const result none = run(all, record);
+        EXPECT_EQ(none.status, 1);
+        EXPECT_EQ(none.out, "");
+        EXPECT_TRUE(has(none.err, complaint)) << none.err;
+    }
 }
 
 TEST_F(Command, WritesTheBlocksAsJson)

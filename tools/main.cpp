@@ -26,20 +26,21 @@ struct library {
     library &operator=(const library &) = delete;
 };
 
-// One copy as a page: the customer's, unless only the merchant's is asked for.
+// One copy by itself: the customer's, unless only the merchant's is asked for.
 std::string make_page(const tool::options &options)
 {
     const std::string &name = options.files.front();
     const tool::record_file file = tool::read_record_file(name, options.quiet);
     const Qel_rcpt_config_t config = tool::merchant_config(options.merchant, file.merchant);
-    tool::layout layout = options.layout;
-    layout.merchant_copy = !layout.customer_copy;
-    const tool::receipt copy = tool::render(file.record.get(), config, layout);
-    if (layout.merchant_copy && !Qel_rcpt_generate_merch_copy(config.industry))
+    const tool::layout &layout = options.layout;
+    if (!layout.customer_copy && !Qel_rcpt_generate_merch_copy(config.industry))
         throw tool::input_error(name + ": this industry has no merchant copy");
-    const Qel_rcpt_lang_t lang = layout.customer_copy ? config.cust_lang : config.merch_lang;
-    return tool::html_page(copy, lang,
-                           tool::html_title(file.record.get(), lang, layout.customer_copy));
+    const tool::html_copy copy = tool::render_html_copy(file.record.get(), config, layout);
+    if (copy.blocks.empty()) {
+        const std::vector<std::string_view> wanted(layout.blocks.begin(), layout.blocks.end());
+        throw tool::input_error(name + ": the receipt has no " + tool::listed(wanted) + " block");
+    }
+    return tool::html_page(copy);
 }
 
 // Everything is rendered before anything is written, so that there is never half an output.

@@ -1,21 +1,16 @@
-// A receipt's HTML blocks as a page of their own.
+// A receipt's copy as a page of its own.
 #ifndef QELRCPT_TOOLS_HTML_PAGE_H
 #define QELRCPT_TOOLS_HTML_PAGE_H
 
-#include "writing/render.h"
+#include "writing/html_copy.h"
 
 #include <string>
-#include <string_view>
 
 namespace tool
 {
 
-// What a browser calls the page of one copy: the merchant, what was done, and whose copy it is.
-std::string html_title(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang, bool is_customer_copy);
-
-// A complete page that fetches nothing. The blocks are those of one copy, whose language it has:
-// their ids come once in a page. The title is plain text.
-std::string html_page(const receipt &blocks, Qel_rcpt_lang_t lang, std::string_view title);
+// A complete page that fetches nothing.
+std::string html_page(const html_copy &copy);
 
 } // namespace tool
 
