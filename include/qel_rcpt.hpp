@@ -17,6 +17,7 @@
 #define QEL_RCPT_HPP
 
 #include <qel_rcpt.h>
+#include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
 
 #include <cstddef>
@@ -290,6 +291,9 @@ class blocks
         return joined;
     }
 
+    // For the C interface.
+    const Qel_hash_dict_t *native() const noexcept { return dict_.get(); }
+
   private:
     qel::dict dict_;
     std::vector<block> blocks_;
@@ -335,6 +339,75 @@ inline blocks render_moneris_ecommerce(record &transaction, const config &mercha
 {
     const Qel_rcpt_config_t native = merchant.native();
     return blocks(qel::dict(Qel_rcpt_generate_plain_moneris_ecomm(transaction.native(), &native)));
+}
+
+// Receipt printers
+
+// A printer and what goes on its paper beside the lines; qel_rcpt_print.h describes the fields. As
+// it is, ESC/POS on 80 mm paper with emphasis and a full cut.
+struct printer {
+    Qel_rcpt_printer_lang_t language = QEL_RCPT_PRINTER_LANG_ESCPOS;
+    std::uint16_t paper_columns = 0; // of font A; 48
+    std::uint16_t columns = 0;       // of the receipt; those of its widest line
+    Qel_rcpt_code_page_t code_page = QEL_RCPT_CODE_PAGE_DEFAULT;
+    std::optional<std::uint8_t> code_page_number; // the maker's
+    bool has_emphasis = true;
+    Qel_rcpt_cut_t cut = QEL_RCPT_CUT_FULL;
+    std::uint8_t feed = 0; // lines
+    Qel_rcpt_drawer_t drawer = QEL_RCPT_DRAWER_NONE;
+    std::uint8_t logo_number = 0; // none
+    std::string logo_key;         // none
+    bool has_barcode = false;
+    std::string qr_text; // none
+    Qel_rcpt_qr_level_t qr_level = QEL_RCPT_QR_LEVEL_DEFAULT;
+    std::uint8_t qr_module = 0; // what fits
+
+    // For the C interface, while this description lives.
+    Qel_rcpt_printer_t native() const noexcept
+    {
+        Qel_rcpt_printer_t out{};
+        out.language = language;
+        out.paper_columns = paper_columns;
+        out.columns = columns;
+        out.code_page = code_page;
+        out.has_code_page_number = code_page_number.has_value();
+        out.code_page_number = code_page_number.value_or(std::uint8_t{0});
+        out.no_emphasis = !has_emphasis;
+        out.cut = cut;
+        out.feed = feed;
+        out.drawer = drawer;
+        out.logo_number = logo_number;
+        out.logo_key = logo_key.c_str();
+        out.barcode = has_barcode;
+        out.qr_text = qr_text.c_str();
+        out.qr_level = qr_level;
+        out.qr_module = qr_module;
+        return out;
+    }
+};
+
+// One copy for a printer; without bytes when there is a fault.
+struct printed {
+    std::string bytes;
+    std::size_t replaced = 0; // characters
+    bool has_barcode = false;
+    Qel_rcpt_print_fault_t fault = QEL_RCPT_PRINT_FAULT_NONE;
+
+    explicit operator bool() const noexcept { return fault == QEL_RCPT_PRINT_FAULT_NONE; }
+};
+
+// The record is the one of which the blocks were made.
+inline printed print(const blocks &rendered, const record &transaction, copy of,
+                     const printer &device = {})
+{
+    const Qel_rcpt_printer_t native = device.native();
+    Qel_rcpt_printed_t told{};
+    const qel::text bytes(Qel_rcpt_print(rendered.native(), transaction.native(),
+                                         of == copy::customer, &native, &told));
+    printed out{{}, told.replaced, told.has_barcode, told.fault};
+    if (bytes)
+        out.bytes.assign(bytes.get(), told.len);
+    return out;
 }
 
 } // namespace qel::rcpt

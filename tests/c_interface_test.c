@@ -2,6 +2,7 @@
 #include <qel_rcpt.h>
 #include <qel_rcpt_int.h>
 #include <qel_rcpt_plain.h>
+#include <qel_rcpt_print.h>
 #include <qelstdlib.h>
 #include <qelstdlib_formats.h>
 
@@ -37,6 +38,23 @@ static int check_own_layout(void)
     return failed;
 }
 
+/* A printer that is all zero, from C. */
+static int check_print(const Qel_hash_dict_t *blocks, const Qel_hash_dict_t *record)
+{
+    const Qel_rcpt_printer_t printer = {0};
+    Qel_rcpt_printed_t printed;
+    char *bytes = Qel_rcpt_print(blocks, record, true, &printer, &printed);
+    int failed = 0;
+
+    if (bytes == NULL || printed.len < 50 || printed.fault != QEL_RCPT_PRINT_FAULT_NONE)
+        return check("printing", "bytes", Qel_rcpt_print_fault_to_str(printed.fault));
+    bytes[2] = '\0';
+    failed = check("reset at the start", "\x1B@", bytes);
+    failed += check("cut at the end", "\x1DVA", bytes + printed.len - 4);
+    Qel_free(bytes);
+    return failed;
+}
+
 int main(void)
 {
     Qel_rcpt_config_t config = {.country_code = 124,
@@ -56,6 +74,7 @@ int main(void)
     failed += check("merchant's disposition", "        APPROVED\n",
                     Qel_hash_dict_get_direct(blocks, "merch_disposition"));
     failed += check_own_layout();
+    failed += check_print(blocks, record);
 
     Qel_hash_dict_destroy(blocks);
     Qel_hash_dict_destroy(record);

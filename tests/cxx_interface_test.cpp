@@ -162,6 +162,25 @@ TEST_F(CxxInterface, EveryFormRenders)
     EXPECT_EQ(rcpt::render_moneris_ecommerce(sale).size(), 10U);
 }
 
+TEST_F(CxxInterface, PrintsForAPrinter)
+{
+    const rcpt::record sale{{"amount", "1.00"}, {"ordernum", "A-1"}};
+    const rcpt::blocks blocks = rcpt::render_plain(sale, {}, 42);
+    rcpt::printer device;
+    device.has_barcode = true;
+    device.logo_key = "A1";
+    const rcpt::printed made = rcpt::print(blocks, sale, rcpt::copy::merchant, device);
+    EXPECT_TRUE(made);
+    EXPECT_TRUE(made.has_barcode);
+    EXPECT_NE(made.bytes.find("MERCHANT COPY"), std::string::npos);
+    EXPECT_NE(made.bytes.find(std::string("0EA1\x01\x01")), std::string::npos);
+    device.columns = 65;
+    const rcpt::printed none = rcpt::print(blocks, sale, rcpt::copy::merchant, device);
+    EXPECT_FALSE(none);
+    EXPECT_EQ(none.fault, QEL_RCPT_PRINT_FAULT_WIDTH);
+    EXPECT_EQ(none.bytes, "");
+}
+
 TEST(CxxInterfaceSession, MayFollowAnother)
 {
     for (int i = 0; i < 2; ++i) {

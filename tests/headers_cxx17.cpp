@@ -2,4 +2,5 @@
 #include <qel_rcpt.h>
 #include <qel_rcpt_int.h>
 #include <qel_rcpt_plain.h>
+#include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
