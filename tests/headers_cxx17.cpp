@@ -4,3 +4,4 @@
 #include <qel_rcpt_plain.h>
 #include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
+#include <qelstdlib_json.hpp>

@@ -1,6 +1,7 @@
 #include "hostile_text.hpp"
 
 #include <qelstdlib.hpp>
+#include <qelstdlib_json.hpp>
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
@@ -152,6 +153,117 @@ TEST(JsonRead, DepthCountsOpenLevelsOnly)
     EXPECT_NE(read(repeat("[", 512) + repeat("]", 512)), nullptr);
     EXPECT_NE(read(repeat("{\"a\":[", 256) + "1" + repeat("]}", 256)), nullptr);
     EXPECT_NE(read("[" + repeat("[{}],", 1000) + "\"" + repeat("[", 600) + "\"]"), nullptr);
+}
+
+// Writes down what the reader tells it, with offsets.
+struct event_log {
+    void add(const std::string &what, size_t offset)
+    {
+        log += what + "@" + std::to_string(offset) + " ";
+    }
+    void begin_object(size_t offset) { add("{", offset); }
+    void end_object(size_t offset) { add("}", offset); }
+    void begin_array(size_t offset) { add("[", offset); }
+    void end_array(size_t offset) { add("]", offset); }
+    void name(std::string_view name, size_t offset) { add(std::string(name) + ":", offset); }
+    void string(std::string_view str, size_t offset) { add("'" + std::string(str) + "'", offset); }
+    void scalar(qel::json_scalar kind, std::string_view spelling, size_t offset)
+    {
+        add("idbn"[static_cast<size_t>(kind)] + std::string(spelling), offset);
+    }
+    std::string log;
+};
+
+TEST(JsonReader, EventsWithTheirOffsets)
+{
+    const std::pair<std::string, std::string_view> cases[] = {
+        {R"({ "a" : [1,-2.5e3 ,true, null],"b":{}} )",
+         "{@0 a:@2 [@8 i1@9 d-2.5e3@11 btrue@19 nnull@25 ]@29 b:@31 {@35 }@36 }@37 "},
+        {"\xEF\xBB\xBF/**/[//]\n\"\u00E9\\n\"/*]*/]", "[@7 '\u00E9\n'@12 ]@23 "},
+        {R"("\ud83d\ude00\u0041\/")", "'\U0001F600A/'@0 "},
+    };
+    for (const auto &[source, events] : cases) {
+        event_log log;
+        EXPECT_EQ(qel::json_reader(source, log).read().problem, qel::json_problem::none) << source;
+        EXPECT_EQ(log.log, events);
+    }
+}
+
+TEST(JsonReader, FaultsSayWhatWhereAndWhatInstead)
+{
+    using problem = qel::json_problem;
+    using wanted = qel::json_wanted;
+    const struct {
+        std::string source;
+        problem found;
+        wanted instead;
+        size_t begin, at;
+    } cases[] = {
+        {"", problem::unexpected, wanted::value, 0, 0},
+        {"[1,]", problem::unexpected, wanted::value, 3, 3},
+        {"[1 truth", problem::unexpected, wanted::comma_or_bracket, 3, 6},
+        {"[1 \"ab\"", problem::unexpected, wanted::comma_or_bracket, 3, 6},
+        {"{\"a\" 12", problem::unexpected, wanted::colon, 5, 5},
+        {"{\"a\":1 null", problem::unexpected, wanted::comma_or_brace, 7, 10},
+        {"{\"a\":1,}", problem::unexpected, wanted::name, 7, 7},
+        {"{} []", problem::unexpected, wanted::end_of_text, 3, 3},
+        {"[1 -x", problem::incomplete_number, wanted::comma_or_bracket, 3, 4},
+        {"[1,01]", problem::overlong_number, wanted::comma_or_bracket, 3, 4},
+        {"[1. ]", problem::incomplete_number, wanted::value, 1, 3},
+        {"[\"ab", problem::unclosed_string, wanted::value, 1, 4},
+        {"\"a\tb", problem::control_character, wanted::value, 2, 2},
+        {"\"a\\x\"", problem::unknown_escape, wanted::value, 2, 3},
+        {"\"a\\u12x\"", problem::incomplete_escape, wanted::value, 2, 6},
+        {"\"a\\uDC00\"", problem::lone_surrogate, wanted::value, 2, 7},
+        {"\"a\\uD800\\n\"", problem::lone_surrogate, wanted::value, 2, 9},
+        {"\"a\\uD800\\uD800\"", problem::lone_surrogate, wanted::value, 2, 13},
+        {"\"ab\xE2\x82 \"", problem::broken_utf8, wanted::value, 3, 5},
+        {"\"ab\xC0\x80\"", problem::broken_utf8, wanted::value, 3, 3},
+        {"\"ab\xED\xA0\x80\"", problem::broken_utf8, wanted::value, 3, 4},
+        {"[/* *", problem::unclosed_comment, wanted::value, 1, 5},
+        {"[/x", problem::lone_slash, wanted::value, 1, 2},
+        {"[[[[]]]]", problem::too_deep, wanted::value, 3, 3},
+    };
+    for (const auto &c : cases) {
+        event_log log;
+        qel::json_rules rules;
+        rules.max_levels = 3;
+        const qel::json_fault fault = qel::json_reader(c.source, log, rules).read();
+        EXPECT_EQ(fault.problem, c.found) << c.source;
+        EXPECT_EQ(fault.wanted, c.instead) << c.source;
+        EXPECT_EQ(std::pair(fault.begin, fault.at), std::pair(c.begin, c.at)) << c.source;
+    }
+}
+
+// The parts of a string that need a look stand at any place among those that do not, near the end
+// of the text as well.
+TEST(JsonReader, StringsOfAnyLength)
+{
+    const std::pair<std::string_view, std::string_view> parts[] = {
+        {"", ""},
+        {"\\n", "\n"},
+        {"\u00E9", "\u00E9"},
+        {"\\uD83D\\uDE00", "\U0001F600"},
+        {"\x7F", "\x7F"},
+        {"\xFF", "\uFFFD"},
+        {"\\uD800", "\uFFFD"},
+    };
+    for (const auto &[written, meant] : parts) {
+        for (size_t length = 0; length < 20; ++length) {
+            for (size_t place = 0; place <= length; ++place) {
+                std::string source(length, 'a');
+                std::string text = source;
+                source.insert(place, written);
+                text.insert(place, meant);
+                event_log log;
+                qel::json_rules rules;
+                rules.repair = true;
+                const std::string quoted = "\"" + source + "\"";
+                qel::json_reader(quoted, log, rules).read();
+                ASSERT_EQ(log.log, "'" + text + "'@0 ");
+            }
+        }
+    }
 }
 
 // Removes or changes a byte or adds one; twice of it makes no number too large for the other

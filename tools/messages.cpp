@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include <nlohmann/json.hpp>
+#include <qelstdlib_json.hpp>
 
 #include <algorithm>
 
@@ -14,6 +14,8 @@ namespace tool
 
 namespace
 {
+
+constexpr std::string_view replacement = "\uFFFD";
 
 bool is_control(char byte)
 {
@@ -39,9 +41,13 @@ std::string in_quotes(std::string_view text)
     size_t end = std::min(text.size(), longest);
     while (end > 0 && end < text.size() && continues_character(text[end]))
         --end;
-    const std::string valid = nlohmann::json(text.substr(0, end))
-                                  .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    auto shown = nlohmann::json::parse(valid).get<std::string>();
+    std::string shown;
+    for (std::string_view rest = text.substr(0, end); !rest.empty();) {
+        const qel::utf8_sequence character = qel::utf8_at(rest);
+        const size_t size = std::max<size_t>(character.size, 1);
+        shown += character.is_whole ? rest.substr(0, size) : replacement;
+        rest.remove_prefix(size);
+    }
     std::ranges::replace_if(shown, is_control, '?');
     return "'" + shown + (end < text.size() ? "..." : "") + "'";
 }

@@ -3,6 +3,7 @@
 #define QELRCPT_TOOLS_ENTRIES_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,9 @@ struct entry {
 // The members of a JSON object in their order. Numbers and booleans are taken as their own text,
 // also inside of nested values; a null member counts as absent. Throws text_error.
 std::vector<entry> json_entries(std::string_view text);
+
+// The elements of a JSON array of texts; absent for any other JSON.
+std::optional<std::vector<std::string>> json_texts(std::string_view json);
 
 // The lines of key=value in their order. Throws text_error.
 std::vector<entry> line_entries(std::string_view text);

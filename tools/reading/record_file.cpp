@@ -5,7 +5,6 @@
 #include "reading/input_file.h"
 #include "reading/record_keys.h"
 
-#include <nlohmann/json.hpp>
 #include <qel_rcpt_keys.hpp>
 
 #include <algorithm>
@@ -81,14 +80,12 @@ void check_envelope(const std::vector<entry> &entries)
 // The JSON array's texts with commas between them.
 std::string joined_texts(const std::string &json)
 {
+    const auto texts = json_texts(json);
+    if (!texts)
+        throw std::invalid_argument("expected an array of names");
     std::string joined;
-    for (const auto &item : nlohmann::json::parse(json)) {
-        if (!item.is_string())
-            throw std::invalid_argument("expected an array of names");
-        if (!joined.empty())
-            joined += ',';
-        joined += item.get<std::string>();
-    }
+    for (const std::string &text : *texts)
+        joined.append(joined.empty() ? "" : ",").append(text);
     return joined;
 }
 

@@ -1,6 +1,6 @@
 #include "writing/render.h"
 
-#include <nlohmann/json.hpp>
+#include "writing/safe_text.h"
 
 #include <algorithm>
 
@@ -97,6 +97,19 @@ std::string cut_line(size_t width)
     return line;
 }
 
+// The blocks as an object, whose lines begin with the break.
+void append_document(std::string &json, const receipt &shown, std::string_view line_break)
+{
+    json += '{';
+    for (const block &part : shown.blocks) {
+        json.append(&part == &shown.blocks.front() ? "" : ",").append(line_break).append("  ");
+        append_json_text(json, part.key);
+        json += ": ";
+        append_json_text(json, part.text);
+    }
+    json.append(shown.blocks.empty() ? "" : line_break).append("}");
+}
+
 } // namespace
 
 std::span<const form_facts> forms()
@@ -142,15 +155,16 @@ std::string as_text(const std::vector<receipt> &receipts, const layout &layout)
 
 std::string as_json(const std::vector<receipt> &receipts)
 {
-    auto documents = nlohmann::ordered_json::array();
+    const bool is_array = receipts.size() != 1;
+    std::string json(is_array ? "[" : "");
     for (const receipt &shown : receipts) {
-        auto document = nlohmann::ordered_json::object();
-        for (const block &part : shown.blocks)
-            document[part.key] = part.text;
-        documents.push_back(std::move(document));
+        if (is_array)
+            json += &shown == &receipts.front() ? "\n  " : ",\n  ";
+        append_document(json, shown, is_array ? "\n  " : "\n");
     }
-    const auto &whole = documents.size() == 1 ? documents.front() : documents;
-    return whole.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+    if (is_array)
+        json += receipts.empty() ? "]" : "\n]";
+    return json + "\n";
 }
 
 } // namespace tool
