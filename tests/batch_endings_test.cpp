@@ -43,7 +43,8 @@ TEST_P(BatchInterrupted, WritesWholeLinesAndEndsByTheSignal)
     text += out_.ours.read();
     EXPECT_EQ(wait_for(child_).status, -GetParam());
     EXPECT_EQ(text, money_line(1) + money_line(2));
-    EXPECT_EQ(err_.ours.read(), "");
+    EXPECT_EQ(err_.ours.read(),
+              "qelrcpt: stopped after line 2 of <stdin>; --start-line 3 goes on\n");
 }
 
 TEST_P(BatchInterrupted, FinishesWhatASlowReaderStillTakes)
@@ -66,13 +67,14 @@ TEST_P(BatchInterrupted, KeepsTheOldOutputFile)
 {
     const std::string file = write("out", "old");
     begin({"-o", file});
-    in_.ours.write("{\"amount\": 5}\n");
     while (!has_open(child_, directory_))
         std::this_thread::yield();
     kill(child_, GetParam());
     EXPECT_EQ(out_.ours.read(), "");
     EXPECT_EQ(wait_for(child_).status, -GetParam());
     EXPECT_EQ(read_file(file), "old");
+    EXPECT_EQ(err_.ours.read(),
+              "qelrcpt: stopped after line 0 of <stdin>; " + file + " is as it was before\n");
     EXPECT_EQ(files_in(directory_), 1) << "a file is left over";
 }
 
@@ -86,6 +88,62 @@ TEST_P(BatchInterrupted, EndsWithinALineThatIsTooLong)
     EXPECT_EQ(wait_for(child_).status, -GetParam());
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(has(lines[0]["error"], "longer than 16 MiB")) << lines[0];
+}
+
+// The receipts of a run that was stopped and of the one that goes on are those of one run.
+TEST_P(BatchInterrupted, SaysHowToGoOn)
+{
+    const std::string one = write("one", "{\"amount\": 5}\n");
+    std::string lines;
+    for (int i = 0; i < 5000; ++i)
+        lines += "{\"amount\": 5}\n";
+    const std::string two = write("two", lines);
+    const result whole = run({"--block=money", one, two});
+    begin({"--block=money", one, two});
+    std::string text = out_.ours.read("two");
+    kill(child_, GetParam());
+    text += out_.ours.read();
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    const auto count = std::ranges::count(text, '\n');
+    const std::string next = std::to_string(count);
+    EXPECT_EQ(err_.ours.read(), "qelrcpt: stopped after line " + std::to_string(count - 1) +
+                                    " of " + two + "; --start-line " + next + " goes on, with " +
+                                    two + " as the first FILE\n");
+    const result rest = run({"--block=money", "--start-line", next, two, write("empty", "")});
+    EXPECT_EQ(rest.end.status, 0) << rest.err;
+    EXPECT_TRUE(text + rest.out == whole.out) << next;
+}
+
+// Threads of a gibibyte each, of which so many have room.
+TEST_F(Batch, GoesOnWithTheThreadsThatItCanStartOrEnds)
+{
+    if (is_sanitized)
+        GTEST_SKIP() << "the sanitizers take more room than there is";
+    std::string lines; // more than can be on the way
+    for (int i = 0; i < 6000; ++i)
+        lines += "{\"amount\": 5}\n";
+    const std::string archive = write("archive", lines);
+    const std::string expected = run({"--block=money", archive}).out;
+    const std::string out = (directory_ / "out").string();
+    const std::string err = (directory_ / "err").string();
+    const std::string no_thread = "qelrcpt: expected to start a thread: Resource temporarily "
+                                  "unavailable\n";
+    for (int threads = 0; threads < 8; ++threads) {
+        const std::string script = "ulimit -s 1048576; ulimit -v " +
+                                   std::to_string(threads * 1048576 + 600000) +
+                                   "; exec " QELRCPT_COMMAND " --batch --jobs 4 --block=money " +
+                                   archive + " > " + out + " 2> " + err;
+        const int status = wait_a_minute_for(start({"-c", script}, 0, 1, 2, "/bin/sh")).status;
+        const int jobs = threads - 2; // besides those that read and write
+        EXPECT_EQ(status, jobs < 1 ? 1 : 0) << threads;
+        EXPECT_TRUE(read_file(out) == (jobs < 1 ? "" : expected)) << threads;
+        EXPECT_EQ(read_file(err), jobs < 1   ? no_thread
+                                  : jobs < 4 ? "qelrcpt: started " + std::to_string(jobs) +
+                                                   " of 4 jobs only: Resource temporarily "
+                                                   "unavailable\n"
+                                             : "")
+            << threads;
+    }
 }
 
 // As nohup wants it.

@@ -22,6 +22,9 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
         {five + "\n\n\r\n" + five, money_line(1) + money_line(4), {}}, // no line feed at the end
         {"\xEF\xBB\xBF" + five + "\r\n" + five + "\r\n", money_line(1) + money_line(2), {}},
         {R"({"record": {"amount": 6, "amount": "5"}, "config": {}})", money_line(1), {}},
+        {R"({"ordernum": "\"7", "amount": 5, "ttid": 12, "ordernum": "A-1"})",
+         R"({"line": 1, "ttid": "12", "ordernum": "A-1", )" + money_line(1).substr(12),
+         {}},
         {R"({"config": {"currency": "GBP"}, "record": {"amount": 5}})",
          R"({"line": 1, "blocks": {"cust_money": "SUBTOTAL:      £5.00\nTOTAL:         £5.00"}})"
          "\n",
@@ -85,6 +88,39 @@ TEST_F(Batch, CountsTheLinesOfEveryFileByItself)
 
     const std::string broken = write("\xFF", "{}");
     EXPECT_EQ(lines_of(run({broken, two}).out)[0]["file"], (directory_ / "\uFFFD").string());
+}
+
+TEST_F(Batch, BeginsAtTheLineThatIsAskedFor)
+{
+    const std::string five = R"({"amount": 5})";
+    const std::string long_lines = std::string(size_t{70} * 1024, ' ') + "\n" + five + "\n" +
+                                   std::string(size_t{140} * 1024, ' ') + five;
+    struct {
+        std::string input;
+        std::string start;
+        std::string expected;
+        std::string message;
+    } const cases[] = {
+        {"bad\n" + five + "\n", "2", money_line(2), ""},
+        {"\n\n\r\n" + five, "4", money_line(4), ""},
+        {"\xEF\xBB\xBF" + five, "1", money_line(1), ""},
+        {"bad\n" + five + "\nbad", "4", "", ""}, // went on to the end
+        {"bad\n" + five + "\nbad\n", "4", "", ""},
+        {"bad\n", "9", "", "<stdin>: there are 1 lines only, expected no --start-line 9"},
+        {"bad\nbad", "4", "", "there are 2 lines only"},
+        {"", "1", "", ""},
+        {"", "2", "", "there are 0 lines only"},
+        {long_lines, "2", money_line(2) + money_line(3), ""},
+        {long_lines, "3", money_line(3), ""},
+    };
+    for (const auto &[input, start, expected, message] : cases) {
+        arguments args = money_only;
+        args.insert(args.end(), {"--start-line", start});
+        const result made = run(args, input);
+        EXPECT_EQ(made.end.status, message.empty() ? 0 : 1) << input.substr(0, 40) << start;
+        EXPECT_EQ(made.out, expected);
+        EXPECT_TRUE(has(made.err, message)) << made.err;
+    }
 }
 
 TEST_F(Batch, GivesTheBlocksOfTheSameRecordAlone)
@@ -201,9 +237,10 @@ TEST_F(Batch, ChecksItsOptions)
         arguments args;
         std::string word;
     } const cases[] = {
-        {{"--jobs", "0"}, "1 to 256"},      {{"--jobs", "257"}, "1 to 256"},
-        {{"--jobs", "two"}, "'two'"},       {{"--jobs", "2x"}, "'2x'"},
-        {{"--output", "text"}, "--output"}, {{"--form=html", "--page"}, "--page"},
+        {{"--jobs", "0"}, "1 to 256"},         {{"--jobs", "257"}, "1 to 256"},
+        {{"--jobs", "two"}, "'two'"},          {{"--jobs", "2x"}, "'2x'"},
+        {{"--start-line", "0"}, "not a line"}, {{"--start-line", "x"}, "'x'"},
+        {{"--output", "text"}, "--output"},    {{"--form=html", "--page"}, "--page"},
     };
     for (const auto &[args, word] : cases) {
         const result made = run(args, "{}");

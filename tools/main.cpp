@@ -2,6 +2,7 @@
 #include "archives/batch.h"
 #include "command_line.h"
 #include "messages.h"
+#include "out_of_memory.h"
 #include "reading/record_file.h"
 #include "signals.h"
 #include "writing/html_page.h"
@@ -10,6 +11,7 @@
 
 #include <csignal>
 #include <exception>
+#include <new>
 #include <span>
 #include <string>
 #include <string_view>
@@ -83,9 +85,9 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    for (const int signal :
-         {SIGPIPE, SIGXFSZ}) // what is left to do is done before the program ends
-        std::signal(signal, SIG_IGN);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN); // what is left to do is done before the program ends
+    tool::prepare_for_out_of_memory();
     try {
         return run(argc, argv);
     } catch (const tool::reader_gone &) {
@@ -93,8 +95,10 @@ int main(int argc, char **argv)
     } catch (const tool::usage_error &fault) {
         tool::complain(fault.what() + std::string("\nsee qelrcpt --help"));
         return 2;
+    } catch (const std::bad_alloc &) {
+        tool::complain_of_memory();
     } catch (const std::exception &fault) {
         tool::complain(fault.what());
-        return 1;
     }
+    return 1;
 }

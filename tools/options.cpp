@@ -16,6 +16,7 @@ namespace
 constexpr size_t least_width = 10;
 constexpr size_t most_width = 10000;
 constexpr size_t most_jobs = 256;
+constexpr size_t most_lines = 1'000'000'000'000'000;
 
 using word_list = std::vector<std::string_view>;
 
@@ -134,6 +135,11 @@ void set_jobs(options &taken, const std::string &given)
     taken.jobs = to_number(given, "number of jobs", 1, most_jobs);
 }
 
+void set_start_line(options &taken, const std::string &given)
+{
+    taken.start_line = to_number(given, "line", 1, most_lines);
+}
+
 template <auto flag>
 void turn_on(options &taken, const std::string & /*given*/)
 {
@@ -222,6 +228,9 @@ std::vector<option_row> make_rows()
              turn_on<&options::batch>},
             {archives, "--jobs", "N", "with --batch: render with N threads (default: the cores)",
              set_jobs, with_batch},
+            {archives, "--start-line", "N",
+             "with --batch: leave out the lines before this one of the first FILE", set_start_line,
+             with_batch},
         });
     return rows;
 }

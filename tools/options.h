@@ -7,6 +7,7 @@
 #include "writing/render.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -30,8 +31,9 @@ struct options {
     bool page = false;                   // one copy as an HTML page
     std::string output_file;             // empty: standard output
     bool quiet = false;
-    bool batch = false; // a record a line
-    size_t jobs = 0;    // threads that render; at least one with batch
+    bool batch = false;                 // a record a line
+    size_t jobs = 0;                    // threads that render; at least one with batch
+    std::optional<uint64_t> start_line; // the first one that batch renders of the first FILE
     tool::information information = information::none;
 };
 

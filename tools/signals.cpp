@@ -40,8 +40,7 @@ constexpr int ending_signals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGABRT, SIG
 
 extern "C" void remove_and_end(int signal)
 {
-    if (const char *path = removed_path.exchange(nullptr))
-        ::unlink(path);
+    removed_by_signals::remove();
     ::raise(signal); // its own action is the default one again, which follows on return
 }
 
@@ -79,6 +78,12 @@ void removed_by_signals::keep()
 {
     removed_path = nullptr;
     is_kept_ = true;
+}
+
+void removed_by_signals::remove()
+{
+    if (const char *path = removed_path.exchange(nullptr))
+        ::unlink(path);
 }
 
 event::event() : fd_(checked(::eventfd(0, EFD_CLOEXEC))) {}

@@ -22,6 +22,9 @@ class removed_by_signals
     const char *c_str() const { return path_.c_str(); }
     void keep(); // the file is another's from now on
 
+    // Removes the file of whoever has one, before the program ends in another way.
+    static void remove();
+
   private:
     std::string path_;
     bool is_kept_ = false;

@@ -1,13 +1,12 @@
 #include "archives/batch.h"
 
+#include "archives/line_renderer.h"
 #include "archives/progress.h"
 #include "archives/work_ring.h"
 #include "messages.h"
 #include "reading/line_reader.h"
-#include "reading/record_file.h"
 #include "signals.h"
 #include "writing/output.h"
-#include "writing/safe_text.h"
 
 #include <poll.h>
 #include <sys/stat.h>
@@ -32,154 +31,21 @@ namespace
 constexpr int progress_interval = 250; // milliseconds
 constexpr size_t items_per_job = 4;
 constexpr size_t most_bytes_at_once = line_reader::longest_line + size_t{4} * 1024 * 1024;
-constexpr uint64_t most_shown_warnings = 5; // of each kind
 
-constexpr std::array<std::string_view, 3> doubt_names = {
+constexpr std::array<std::string_view, doubt_kinds> doubt_names = {
     "unknown record keys", "repeated record keys", "accounts that look like unmasked card numbers"};
 
-size_t index_of(doubt_kind kind)
-{
-    return static_cast<size_t>(kind);
-}
-
-struct placed_doubt {
-    tool::doubt doubt;
-    uint64_t line;
-    size_t column;
-};
-
-struct rendered {
-    std::string lines;
-    uint64_t records = 0;
-    uint64_t errors = 0;
-    std::array<uint64_t, doubt_names.size()> doubts{};
-    std::vector<placed_doubt> first_doubts;
-};
-
 using ring = work_ring<line_piece, rendered>;
-
-// Of the byte, counted in characters from 1.
-size_t column_of(std::string_view line, size_t offset)
-{
-    const auto before = line.substr(0, offset);
-    return 1 + static_cast<size_t>(std::ranges::count_if(
-                   before, [](char byte) { return !continues_character(byte); }));
-}
-
-std::string_view without_line_break(std::string_view line)
-{
-    for (const char end : {'\n', '\r'}) {
-        if (line.ends_with(end))
-            line.remove_suffix(1);
-    }
-    return line;
-}
-
-bool is_blank(std::string_view line)
-{
-    return line.find_first_not_of(" \t\r\n\v\f") == std::string_view::npos;
-}
-
-// Renders pieces; several threads may use it at once.
-class line_renderer
-{
-  public:
-    explicit line_renderer(const options &options) : options_(options) {}
-
-    rendered render(const line_piece &piece) const
-    {
-        rendered result;
-        uint64_t number = piece.first_line;
-        if (piece.is_too_long)
-            add_error(result, piece, number, "longer than 16 MiB, expected one record");
-        for (std::string_view text = piece.text; !text.empty(); ++number) {
-            const size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
-            const std::string_view line = without_line_break(text.substr(0, size));
-            text.remove_prefix(size);
-            if (!is_blank(line))
-                add_line(result, piece, number, line);
-        }
-        return result;
-    }
-
-  private:
-    void add_line(rendered &result, const line_piece &piece, uint64_t number,
-                  std::string_view line) const
-    {
-        try {
-            const record_file file = parse_json_record(line);
-            add_record(result, piece, number, file);
-            count_doubts(result, file.doubts, number, line);
-        } catch (const text_error &fault) {
-            std::string message("column ");
-            message.append(std::to_string(column_of(line, fault.offset))).append(": ");
-            message += fault.what();
-            if (piece.is_unfinished)
-                message += "; the input ends within this line";
-            add_error(result, piece, number, message);
-        } catch (const std::exception &fault) {
-            add_error(result, piece, number, fault.what());
-        }
-    }
-
-    void add_record(rendered &result, const line_piece &piece, uint64_t number,
-                    const record_file &file) const
-    {
-        const Qel_rcpt_config_t config = merchant_config(options_.merchant, file.merchant);
-        const receipt shown = tool::render(file.record.get(), config, options_.layout);
-        begin_line(result.lines, piece, number);
-        result.lines += "\"blocks\": {";
-        for (const block &part : shown.blocks) {
-            if (&part != &shown.blocks.front())
-                result.lines += ", ";
-            append_json_text(result.lines, part.key);
-            result.lines += ": ";
-            append_json_text(result.lines, part.text);
-        }
-        result.lines += "}}\n";
-        ++result.records;
-    }
-
-    void add_error(rendered &result, const line_piece &piece, uint64_t number,
-                   std::string_view message) const
-    {
-        begin_line(result.lines, piece, number);
-        result.lines += "\"error\": ";
-        append_json_text(result.lines, message);
-        result.lines += "}\n";
-        ++result.errors;
-    }
-
-    void begin_line(std::string &lines, const line_piece &piece, uint64_t number) const
-    {
-        lines += '{';
-        if (options_.files.size() > 1) {
-            lines += "\"file\": ";
-            append_json_text(lines, options_.files[piece.file]);
-            lines += ", ";
-        }
-        lines.append("\"line\": ").append(std::to_string(number)).append(", ");
-    }
-
-    static void count_doubts(rendered &result, const std::vector<doubt> &doubts, uint64_t number,
-                             std::string_view line)
-    {
-        for (const doubt &doubt : doubts) {
-            if (++result.doubts[index_of(doubt.kind)] <= most_shown_warnings)
-                result.first_doubts.push_back({doubt, number, column_of(line, doubt.offset)});
-        }
-    }
-
-    const options &options_;
-};
 
 // What was written so far. One thread adds to it; the two first counts are for all to see.
 struct totals {
     std::atomic<uint64_t> records = 0;
     std::atomic<uint64_t> bytes = 0; // of the input
     uint64_t errors = 0;
-    std::array<uint64_t, doubt_names.size()> doubts{};
+    std::array<uint64_t, doubt_kinds> doubts{};
     std::vector<std::string> warnings;
+    size_t file = 0;        // of the last line, its place among the files
+    uint64_t last_line = 0; // its number
 };
 
 void complain_of(const totals &totals, bool is_quiet)
@@ -200,6 +66,19 @@ void complain_of(const totals &totals, bool is_quiet)
     if (totals.errors > 0)
         complain(std::to_string(totals.records) + " records, " + std::to_string(totals.errors) +
                  " errors");
+}
+
+// Where an interrupted run stopped, and how to go on.
+std::string interruption(const totals &totals, const options &options, bool is_output_kept)
+{
+    const std::string &file = options.files[totals.file];
+    std::string text = "stopped after line " + std::to_string(totals.last_line) + " of " +
+                       shown_file_name(file) + "; ";
+    if (is_output_kept)
+        return text + options.output_file + " is as it was before";
+    text += "--start-line " + std::to_string(totals.last_line + 1) + " goes on";
+    return totals.file == 0 ? text
+                            : text + ", with " + shown_file_name(file) + " as the first FILE";
 }
 
 // The bytes of all files, as far as they can be known. Throws input_error for one that is not
@@ -243,6 +122,8 @@ class batch
         complain_of(totals_, options_.quiet);
         if (write_fault_)
             std::rethrow_exception(write_fault_);
+        if (signal_ != 0 && !options_.quiet)
+            complain(interruption(totals_, options_, output_.replaces_file()));
         if (signal_ == 0 && !read_fault_)
             output_.finish();
         if (read_fault_)
@@ -256,17 +137,43 @@ class batch
     void run_threads(const held_signals &signals)
     {
         std::vector<std::jthread> threads;
-        threads.emplace_back([this] { read(); });
-        for (size_t i = 0; i < options_.jobs; ++i)
+        try {
+            start(threads);
+            watch(signals);
+        } catch (...) { // the threads end before this does
+            stop_.set();
+            throw;
+        }
+    }
+
+    // Without a writer, a reader or any worker nothing can be done; with fewer workers than wanted
+    // it takes longer.
+    void start(std::vector<std::jthread> &threads)
+    {
+        constexpr size_t others = 2;
+        try {
+            threads.reserve(options_.jobs + others);
+            threads.emplace_back([this] { write(); });
             threads.emplace_back([this] { work(); });
-        threads.emplace_back([this] { write(); });
-        watch(signals);
+            threads.emplace_back([this] { read(); });
+        } catch (const std::exception &fault) {
+            ring_.close();
+            throw input_error(std::string("expected to start a thread: ") + fault.what());
+        }
+        try {
+            for (size_t i = 1; i < options_.jobs; ++i)
+                threads.emplace_back([this] { work(); });
+        } catch (const std::exception &fault) {
+            if (!options_.quiet)
+                complain("started " + std::to_string(threads.size() - others) + " of " +
+                         std::to_string(options_.jobs) + " jobs only: " + fault.what());
+        }
     }
 
     void read()
     {
         try {
-            line_reader reader(options_.files, stop_.descriptor());
+            line_reader reader(options_.files, options_.start_line.value_or(1), stop_.descriptor());
             while (auto piece = reader.next()) {
                 const size_t weight = piece->text.size();
                 if (!ring_.put(std::move(*piece), weight))
@@ -282,7 +189,11 @@ class batch
     {
         const line_renderer renderer(options_);
         while (ring::item *item = ring_.take()) {
-            item->result = renderer.render(item->task);
+            try {
+                renderer.render(item->task, item->result);
+            } catch (...) {
+                item->result.fault = std::current_exception();
+            }
             ring_.finish(*item);
         }
     }
@@ -293,6 +204,8 @@ class batch
             while (const ring::item *item = ring_.oldest()) {
                 output_.write(item->result.lines);
                 add(item->task, item->result);
+                if (item->result.fault)
+                    std::rethrow_exception(item->result.fault);
                 ring_.drop_oldest();
             }
         } catch (...) {
@@ -306,7 +219,7 @@ class batch
     void add(const line_piece &piece, const rendered &result)
     {
         for (const auto &[doubt, line, column] : result.first_doubts) {
-            const uint64_t before = totals_.doubts[index_of(doubt.kind)]++;
+            const uint64_t before = totals_.doubts[static_cast<size_t>(doubt.kind)]++;
             if (before < most_shown_warnings)
                 totals_.warnings.push_back(shown_file_name(options_.files[piece.file]) + ":" +
                                            std::to_string(line) + ":" + std::to_string(column) +
@@ -317,6 +230,8 @@ class batch
         totals_.errors += result.errors;
         totals_.records += result.records;
         totals_.bytes += piece.bytes;
+        totals_.file = piece.file;
+        totals_.last_line = piece.first_line + piece.lines - 1;
     }
 
     // Shows the progress and passes a signal on, until everything is written.

@@ -1,13 +1,17 @@
 #include "reading/line_reader.h"
 
+#include "messages.h"
+
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace tool
 {
 
-line_reader::line_reader(const std::vector<std::string> &files, int stop_descriptor)
-    : files_(files), stop_descriptor_(stop_descriptor)
+line_reader::line_reader(const std::vector<std::string> &files, uint64_t first_line,
+                         int stop_descriptor)
+    : files_(files), first_line_(first_line), stop_descriptor_(stop_descriptor)
 {
 }
 
@@ -20,6 +24,8 @@ std::optional<line_piece> line_reader::next()
             begin_ = searched_ = 0;
             line_ = 1;
             at_end_ = false;
+            if (file_ == 0 && !skip_lines())
+                return std::nullopt;
         }
         if (auto piece = next_of_file())
             return piece;
@@ -28,6 +34,27 @@ std::optional<line_piece> line_reader::next()
         input_.reset();
     }
     return std::nullopt;
+}
+
+// Reads up to the first line that is wanted; false when stopped.
+bool line_reader::skip_lines()
+{
+    bool is_within_line = false;
+    while (line_ < first_line_ && !at_end_) {
+        const size_t feed = held_.find('\n', begin_);
+        const size_t end = feed == std::string::npos ? held_.size() : feed + 1;
+        line_ += feed == std::string::npos ? 0 : 1;
+        is_within_line = feed == std::string::npos && (is_within_line || end > begin_);
+        skipped_ += end - begin_;
+        begin_ = end;
+        if (feed == std::string::npos && !fill())
+            return false;
+    }
+    line_ += at_end_ && is_within_line ? 1 : 0; // the last one has no line feed
+    if (line_ < first_line_)
+        throw input_error(shown_file_name(files_[0]) + ": there are " + std::to_string(line_ - 1) +
+                          " lines only, expected no --start-line " + std::to_string(first_line_));
+    return true;
 }
 
 std::optional<line_piece> line_reader::next_of_file()
@@ -41,7 +68,7 @@ std::optional<line_piece> line_reader::next_of_file()
         if (rest > longest_line)
             return skip_line();
         if (at_end_) {
-            line_piece piece = cut(rest);
+            line_piece piece = cut(rest, 1);
             piece.is_unfinished = true;
             return piece;
         }
@@ -66,22 +93,22 @@ std::optional<line_piece> line_reader::cut_lines()
         searched_ = held_.size();
         return std::nullopt;
     }
-    line_piece piece = cut(end - begin_);
-    line_ += lines;
-    return piece;
+    return cut(end - begin_, lines);
 }
 
-line_piece line_reader::cut(size_t size)
+line_piece line_reader::cut(size_t size, uint64_t lines)
 {
     constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
     line_piece piece;
     piece.file = file_;
     piece.first_line = line_;
     piece.text = held_.substr(begin_, size);
-    piece.bytes = size;
+    piece.lines = lines;
+    piece.bytes = size + std::exchange(skipped_, 0);
     if (line_ == 1 && piece.text.starts_with(byte_order_mark))
         piece.text.erase(0, byte_order_mark.size());
     begin_ += size;
+    line_ += lines;
     return piece;
 }
 
@@ -91,7 +118,9 @@ line_piece line_reader::skip_line()
     line_piece piece;
     piece.file = file_;
     piece.first_line = line_++;
+    piece.lines = 1;
     piece.is_too_long = true;
+    piece.bytes = std::exchange(skipped_, 0);
     size_t size = 0; // of the line's part that is held
     do {
         piece.bytes += held_.size() - begin_;

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -49,6 +50,8 @@ std::string place_of(const std::string &name)
         place = place.parent_path() / std::filesystem::read_symlink(place);
     return place.string();
 }
+
+std::mutex writing;
 
 } // namespace
 
@@ -151,8 +154,14 @@ void output::open(std::span<const std::string> inputs)
     is_own_ = true;
 }
 
+void output::end_all()
+{
+    writing.lock();
+}
+
 void output::write(std::string_view text) const
 {
+    const std::lock_guard lock(writing);
     if (const int error = write_all(fd_, is_terminal_ ? for_terminal(text) : text))
         fail(error);
 }

@@ -37,6 +37,12 @@ class output
     void write(std::string_view text) const;
     void finish();
 
+    // Whether finish() replaces a file.
+    bool replaces_file() const { return file_.has_value(); }
+
+    // Waits until nothing is being written, and lets nobody write any more: the program ends.
+    static void end_all();
+
   private:
     void open(std::span<const std::string> inputs);
     void open_new(const std::string &place);

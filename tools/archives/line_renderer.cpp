@@ -1,0 +1,160 @@
+#include "archives/line_renderer.h"
+
+#include "messages.h"
+#include "writing/render.h"
+#include "writing/safe_text.h"
+
+#include <algorithm>
+#include <new>
+
+namespace tool
+{
+
+namespace
+{
+
+// Members of a record that tell, repeated with its blocks, which one it was.
+constexpr const char *repeated_members[] = {"ttid", "ordernum"};
+
+// Of the byte, counted in characters from 1.
+size_t column_of(std::string_view line, size_t offset)
+{
+    const auto before = line.substr(0, offset);
+    return 1 + static_cast<size_t>(std::ranges::count_if(
+                   before, [](char byte) { return !continues_character(byte); }));
+}
+
+std::string_view without_line_break(std::string_view line)
+{
+    for (const char end : {'\n', '\r'}) {
+        if (line.ends_with(end))
+            line.remove_suffix(1);
+    }
+    return line;
+}
+
+bool is_blank(std::string_view line)
+{
+    return line.find_first_not_of(" \t\r\n\v\f") == std::string_view::npos;
+}
+
+// A line that is taken back unless it is kept.
+class line_in_work
+{
+  public:
+    explicit line_in_work(std::string &lines) : lines_(lines), begin_(lines.size()) {}
+    ~line_in_work() { lines_.resize(begin_); }
+    line_in_work(const line_in_work &) = delete;
+    line_in_work &operator=(const line_in_work &) = delete;
+
+    void keep() { begin_ = lines_.size(); }
+
+  private:
+    std::string &lines_;
+    size_t begin_;
+};
+
+void append_member(std::string &json, std::string_view name, std::string_view value)
+{
+    append_json_text(json, name);
+    json += ": ";
+    append_json_text(json, value);
+}
+
+void count_doubts(rendered &result, const std::vector<doubt> &doubts, uint64_t number,
+                  std::string_view line)
+{
+    for (const doubt &doubt : doubts) {
+        if (++result.doubts[static_cast<size_t>(doubt.kind)] <= most_shown_warnings)
+            result.first_doubts.push_back({doubt, number, column_of(line, doubt.offset)});
+    }
+}
+
+} // namespace
+
+struct line_renderer::position {
+    const line_piece &piece;
+    uint64_t number;
+};
+
+void line_renderer::render(const line_piece &piece, rendered &result) const
+{
+    uint64_t number = piece.first_line;
+    if (piece.is_too_long)
+        add_error(result, {piece, number}, "longer than 16 MiB, expected one record");
+    for (std::string_view text = piece.text; !text.empty(); ++number) {
+        const size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
+        const std::string_view line = without_line_break(text.substr(0, size));
+        text.remove_prefix(size);
+        if (!is_blank(line))
+            add_line(result, {piece, number}, line);
+    }
+}
+
+void line_renderer::add_line(rendered &result, const position &where, std::string_view line) const
+{
+    try {
+        const record_file file = parse_json_record(line);
+        count_doubts(result, file.doubts, where.number, line);
+        add_record(result, where, file);
+    } catch (const text_error &fault) {
+        std::string message("column ");
+        message.append(std::to_string(column_of(line, fault.offset))).append(": ");
+        message += fault.what();
+        if (where.piece.is_unfinished)
+            message += "; the input ends within this line";
+        add_error(result, where, message);
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &fault) {
+        add_error(result, where, fault.what());
+    }
+}
+
+void line_renderer::add_record(rendered &result, const position &where,
+                               const record_file &file) const
+{
+    line_in_work line(result.lines);
+    begin_line(result.lines, where);
+    for (const char *name : repeated_members) {
+        const char *value = nullptr;
+        if (!Qel_hash_dict_get(file.record.get(), name, &value))
+            continue;
+        append_member(result.lines, name, value);
+        result.lines += ", ";
+    }
+    const Qel_rcpt_config_t config = merchant_config(options_.merchant, file.merchant);
+    const receipt shown = tool::render(file.record.get(), config, options_.layout);
+    result.lines += "\"blocks\": {";
+    for (const block &part : shown.blocks) {
+        if (&part != &shown.blocks.front())
+            result.lines += ", ";
+        append_member(result.lines, part.key, part.text);
+    }
+    result.lines += "}}\n";
+    line.keep();
+    ++result.records;
+}
+
+void line_renderer::add_error(rendered &result, const position &where,
+                              std::string_view message) const
+{
+    line_in_work line(result.lines);
+    begin_line(result.lines, where);
+    append_member(result.lines, "error", message);
+    result.lines += "}\n";
+    line.keep();
+    ++result.errors;
+}
+
+void line_renderer::begin_line(std::string &lines, const position &where) const
+{
+    lines += '{';
+    if (options_.files.size() > 1) {
+        append_member(lines, "file", options_.files[where.piece.file]);
+        lines += ", ";
+    }
+    lines.append("\"line\": ").append(std::to_string(where.number)).append(", ");
+}
+
+} // namespace tool
