@@ -307,6 +307,10 @@ TEST_F(Command, TellsWhatIsWrongWithTheCommandLine)
         {{"--page", "--form=html", "--output=json"}, {"--page", "no JSON"}},
         {{"--page", "--form=html", "-", "-"}, {"--page", "one FILE"}},
         {{"--page", "--form=html", "--copy=both"}, {"--page", "--copy customer"}},
+        {{"--email"}, {"--email", "--form html"}},
+        {{"--email", "--form=html", "--page"}, {"--page", "no --email"}},
+        {{"--email", "--form=html", "--output=json"}, {"--email", "no JSON"}},
+        {{"--email", "--form=html", "--batch"}, {"--email", "no --batch"}},
         {{"--width=32", "--form=html"}, {"--width", "--form plain"}},
         {{"--form=moneris", "--width=40"}, {"--width", "--form plain"}},
         {{"--line-break=lf", "--form=xml", "--output=json"}, {"--line-break", "--form plain"}},
@@ -374,11 +378,13 @@ TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
     };
     const std::string record = "action=sale\nmerch_name=A & <B>'\x01\n";
     for (const auto &[args, lang, title] : cases) {
-        arguments all = {"--form=html", "--page"};
-        all.insert(all.end(), args.begin(), args.end());
-        const std::string page = run(all, record).out;
-        EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"" + lang + "\">")) << page;
-        EXPECT_TRUE(has(page, "<title>" + title)) << title << page;
+        for (const char *option : {"--page", "--email"}) {
+            arguments all = {"--form=html", option};
+            all.insert(all.end(), args.begin(), args.end());
+            const std::string page = run(all, record).out;
+            EXPECT_TRUE(page.starts_with("<!DOCTYPE html>\n<html lang=\"" + lang + "\">")) << page;
+            EXPECT_TRUE(has(page, "<title>" + title + "</title>")) << title << page;
+        }
     }
     const std::pair<arguments, std::string> faults[] = {
         {{"--copy=merchant", "--industry=selfserv"}, "no merchant copy"},
@@ -386,7 +392,7 @@ TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
         {{"--block=money", "--block=emv"}, "has no money or emv block"},
     };
     for (const auto &[args, complaint] : faults) {
-        arguments all = {"--form=html", "--page"};
+        arguments all = {"--form=html", "--email"};
         all.insert(all.end(), args.begin(), args.end());
         const result none = run(all, record);
         EXPECT_EQ(none.status, 1);

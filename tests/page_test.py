@@ -10,6 +10,7 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+from xml.etree import ElementTree
 
 from chromium import Chromium, find
 
@@ -102,6 +103,24 @@ function faults(mayBeSplit) {
 }
 """
 
+# Of a message, which has no classes: the amounts stand to the right.
+EMAIL_FAULTS = """(() => {
+  const found = [];
+  const html = document.documentElement;
+  if (html.scrollWidth > html.clientWidth)
+    found.push('scrolls sideways');
+  for (const cell of document.querySelectorAll('td td td')) {
+    const { right } = cell.closest('table').getBoundingClientRect();
+    if (contrast(getComputedStyle(cell).color) < 4.5)
+      found.push('is too pale: ' + cell.textContent);
+    if (cell.align === 'right' && cell.textContent && Math.abs(extent(cell).right - right) > 8)
+      found.push('does not end at the right margin: ' + cell.textContent);
+    if (cell.align === 'right' && cell.textContent.length <= 24 && lines(cell) > 1)
+      found.push('is split: ' + cell.textContent);
+  }
+  return found;
+})()"""
+
 LONG = "W" * 200
 HUGE = "90" + "1" * 60
 
@@ -152,9 +171,13 @@ class Page(unittest.TestCase):
     def setUpClass(cls):
         cls.browser = Chromium()
         cls.pages = {path.name: page_of(path, "--page") for path in sorted(RECORDS.iterdir())}
+        cls.emails = {path.name: page_of(path, "--email") for path in sorted(RECORDS.iterdir())}
         for name, record in {"long": LONG_RECORD, "full": FULL_RECORD}.items():
             cls.pages[name] = page_of(record, "--page")
-            cls.pages[name + ", merchant"] = page_of(record, "--page", "--copy", "merchant")
+            cls.emails[name] = page_of(record, "--email")
+            name += ", merchant"
+            cls.pages[name] = page_of(record, "--page", "--copy", "merchant")
+            cls.emails[name] = page_of(record, "--email", "--copy", "merchant")
 
     @classmethod
     def tearDownClass(cls):
@@ -186,6 +209,24 @@ class Page(unittest.TestCase):
                     continue
                 rule = self.measure(reduced, "getComputedStyle(rcpt_reference).borderTop")
                 self.assertEqual(rule, "1px dashed rgb(180, 184, 193)")
+
+    def test_messages_show_the_same_rows_in_tables(self):
+        known = {"background-color", "border", "border-bottom", "border-top", "color",
+                 "font-family", "font-size", "font-style", "font-weight", "letter-spacing",
+                 "line-height", "margin", "max-width", "padding", "padding-bottom", "padding-left",
+                 "padding-top", "text-decoration", "text-transform", "white-space", "width",
+                 "word-break"}
+        text = r"document.body.textContent.replace(/[_+\s]/g, '')"
+        for name, html in self.emails.items():
+            with self.subTest(message=name):
+                elements = list(ElementTree.fromstring(html).iter())
+                self.assertEqual({element.tag for element in elements} & {"style", "script"}, set())
+                styles = ";".join(element.get("style", "") for element in elements)
+                self.assertEqual(set(re.findall("(?:^|;)([a-z-]+):", styles)) - known, set())
+                for width in [320, 360, 1280]:
+                    self.assertEqual(self.measure(html, EMAIL_FAULTS, width), [])
+                self.assertEqual(len(elements), self.browser.run("document.all.length"))
+                self.assertEqual(self.browser.run(text), self.measure(self.pages[name], text))
 
     def test_texts_keep_their_lines_and_columns(self):
         columns = """(() => {

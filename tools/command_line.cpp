@@ -33,6 +33,7 @@ constexpr const char *conclusion =
     "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
     "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
     "  qelrcpt --form html --page -o sale.html sale.json\n"
+    "  qelrcpt --form html --email -o mail.html sale.json\n"
     "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
     "  qelrcpt --batch archive.jsonl > receipts.jsonl\n\n"
     "Exit status: 0 when the receipts are written, 1 when the input or the output is at\n"
@@ -148,19 +149,22 @@ void check_blocks(const layout &layout)
     }
 }
 
-// A page holds one copy of one receipt.
+// A page or a message holds one copy of one receipt.
 void check_page(const options &given)
 {
-    if (!given.page)
+    if (!given.page && !given.email)
         return;
+    const std::string option = given.page ? "--page" : "--email";
+    if (given.page && given.email)
+        throw usage_error(option + ": expected no --email with it");
     if (given.format == output_format::json)
-        throw usage_error("--page: a page is no JSON, expected no --output json with it");
+        throw usage_error(option + ": a page is no JSON, expected no --output json with it");
     if (given.both_copies)
-        throw usage_error("--page: expected --copy customer or --copy merchant with it");
+        throw usage_error(option + ": expected --copy customer or --copy merchant with it");
     if (given.files.size() > 1)
-        throw usage_error("--page: expected one FILE");
+        throw usage_error(option + ": expected one FILE");
     if (given.batch)
-        throw usage_error("--page: expected no --batch with it");
+        throw usage_error(option + ": expected no --batch with it");
 }
 
 void check_batch(const options &given)

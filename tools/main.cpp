@@ -5,6 +5,7 @@
 #include "out_of_memory.h"
 #include "reading/record_file.h"
 #include "signals.h"
+#include "writing/html_email.h"
 #include "writing/html_page.h"
 #include "writing/output.h"
 #include "writing/render.h"
@@ -42,13 +43,13 @@ std::string make_page(const tool::options &options)
         const std::vector<std::string_view> wanted(layout.blocks.begin(), layout.blocks.end());
         throw tool::input_error(name + ": the receipt has no " + tool::listed(wanted) + " block");
     }
-    return tool::html_page(copy);
+    return options.email ? tool::html_email(copy) : tool::html_page(copy);
 }
 
 // Everything is rendered before anything is written, so that there is never half an output.
 std::string make_output(const tool::options &options)
 {
-    if (options.page)
+    if (options.page || options.email)
         return make_page(options);
     std::vector<tool::receipt> receipts;
     for (const std::string &name : options.files) {

@@ -213,6 +213,9 @@ std::vector<option_row> make_rows()
              "with --form html: one copy as a page with its style sheet, the customer copy unless "
              "--copy merchant",
              turn_on<&options::page>, html_only},
+            {output, "--email", "",
+             "as --page, for programs that read mail: a table, and styles in its elements alone",
+             turn_on<&options::email>, html_only},
             {output, "-o,--output-file", "FILE", "write to FILE instead of standard output",
              set_output_file},
             {output, "-q,--quiet", "",

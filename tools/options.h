@@ -29,6 +29,7 @@ struct options {
     tool::merchant merchant;
     std::optional<output_format> format; // absent: as usual
     bool page = false;                   // one copy as an HTML page
+    bool email = false;                  // one copy as the HTML of a message
     std::string output_file;             // empty: standard output
     bool quiet = false;
     bool batch = false;                 // a record a line
