@@ -1,5 +1,5 @@
 // Life cycle, and the attributes of a copy.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 #include "qel_rcpt_tables.hpp"
 
 namespace

@@ -1,8 +1,10 @@
 // The JSON receipt: a block is an object, its values are members that hold texts.
-#include "qel_rcpt_values.hpp"
+#include "qel_rcpt_frame.hpp"
+#include "qel_rcpt_rows.hpp"
+#include "qel_rcpt_rules.hpp"
 
-using qel_rcpt::block_copies;
-using qel_rcpt::block_place;
+using qel_rcpt::block_slot;
+using qel_rcpt::row;
 
 namespace
 {
@@ -14,31 +16,42 @@ struct Qel_rcpt_json_t {
 };
 
 // Adds nothing for an absent value.
-void add_value(void *object, const char *name, const char *value)
+void add_value(Qel_json_node_t *object, const char *name, const char *value)
 {
-    Qel_json_object_insert_string(static_cast<Qel_json_node_t *>(object), name, value);
+    Qel_json_object_insert_string(object, name, value);
 }
 
-qel::json create_block(const Qel_rcpt_json_t &info, const qel_rcpt::value_block &block,
-                       bool is_custcopy)
+void add_rows(const Qel_rcpt_json_t &info, const block_slot &slot, std::span<const row> rows,
+              Qel_json_node_t *object)
 {
-    qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
-    block.add_values({info.kvs, info.attrs, is_custcopy, object.get(), add_value});
-    return object;
+    qel_rcpt::for_each_value(
+        rows, qel_rcpt::in_data, {info.kvs, info.attrs, slot.is_custcopy},
+        [&](const row &row, const char *text) { add_value(object, row.name, text); });
 }
 
-void add_block(const Qel_rcpt_json_t &info, const block_place &place, const qel::json &node)
+void add_block(const Qel_rcpt_json_t &info, const block_slot &slot, const qel::json &node)
 {
     if (Qel_json_object_num_children(node.get()) == 0)
         return;
     const qel::text written(Qel_json_write(node.get(), QEL_JSON_WRITER_PRETTYPRINT_SPACE, nullptr));
-    Qel_hash_dict_insert(info.blocks, place.key, written.get());
+    Qel_hash_dict_insert(info.blocks, slot.key, written.get());
 }
 
-template <const qel_rcpt::value_block &Block>
-void generate_block(Qel_rcpt_json_t &info, const block_place &place)
+void generate_rows_block(const Qel_rcpt_json_t &info, const block_slot &slot,
+                         std::span<const row> rows)
 {
-    add_block(info, place, create_block(info, Block, place.is_custcopy));
+    const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    add_rows(info, slot, rows, object.get());
+    add_block(info, slot, object);
+}
+
+void generate_block_merchinfo(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    qel_rcpt::for_each_merchant_value(
+        info.kvs, info.attrs.lang,
+        [&](const char *name, const char *text) { add_value(object.get(), name, text); });
+    add_block(info, slot, object);
 }
 
 // As the record has them: a reader of data wants the merchant's own names.
@@ -53,11 +66,12 @@ void add_custom_fields(const Qel_rcpt_json_t &info, Qel_json_node_t *reference)
     Qel_json_object_insert(reference, "rcpt_custom", custom.release());
 }
 
-void generate_block_reference(Qel_rcpt_json_t &info, const block_place &place)
+void generate_block_reference(Qel_rcpt_json_t &info, const block_slot &slot)
 {
-    const qel::json object = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
+    const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+    add_rows(info, slot, qel_rcpt::reference_rows, object.get());
     add_custom_fields(info, object.get());
-    add_block(info, place, object);
+    add_block(info, slot, object);
 }
 
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
@@ -71,27 +85,60 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
     Qel_json_array_insert(static_cast<Qel_json_node_t *>(ret), item.release());
 }
 
-void generate_block_line_items(Qel_rcpt_json_t &info, const block_place &place)
+void generate_block_line_items(Qel_rcpt_json_t &info, const block_slot &slot)
 {
     const qel::json items(Qel_json_node_create(QEL_JSON_TYPE_ARRAY));
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items.get());
-    add_block(info, place, items);
+    add_block(info, slot, items);
+}
+
+void generate_block_order_money(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::order_money_rows);
+}
+
+void generate_block_money(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::money_rows);
+}
+
+void generate_block_disposition(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::disposition_rows);
+}
+
+void generate_block_signature(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::signature_rows);
+}
+
+void generate_block_emv(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::emv_rows);
+}
+
+void generate_block_notice(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::notice_rows);
+}
+
+void generate_block_notes(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::notes_rows);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_json_t> block_builders[] = {
-    {qel_rcpt::merchinfo_block.name, generate_block<qel_rcpt::merchinfo_block>},
-    {qel_rcpt::reference_block.name, generate_block_reference},
-    {"items", generate_block_line_items},
-    {qel_rcpt::order_money_block.name, generate_block<qel_rcpt::order_money_block>},
-    {qel_rcpt::money_block.name, generate_block<qel_rcpt::money_block>,
-     block_copies::alike_without_balance},
-    {qel_rcpt::disposition_block.name, generate_block<qel_rcpt::disposition_block>},
-    {qel_rcpt::signature_block.name, generate_block<qel_rcpt::signature_block>,
-     block_copies::merch_only},
-    {qel_rcpt::emv_block.name, generate_block<qel_rcpt::emv_block>},
-    {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
-    {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
+    {"merch_info", generate_block_merchinfo},
+    {"reference", generate_block_reference},
+    {"items", generate_block_line_items, qel_rcpt::by_nothing},
+    {"order_money", generate_block_order_money, qel_rcpt::by_nothing},
+    {"money", generate_block_money, qel_rcpt::by_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
+    {"emv", generate_block_emv, qel_rcpt::by_nothing},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
+    {"notes", generate_block_notes, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("json", block_builders));
 

@@ -1,5 +1,5 @@
 // The line items of an order.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 
 #include <span>
 

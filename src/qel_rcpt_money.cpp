@@ -1,5 +1,5 @@
 // Amounts and their sums.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +8,8 @@
 #include <span>
 
 using qel_rcpt::get;
+using qel_rcpt::money_term;
+using qel_rcpt::sign;
 
 namespace
 {
@@ -74,13 +76,6 @@ hundredths get_negated(const char *amount)
     return Qel_atofi100(negated.data());
 }
 
-enum class sign { plus, minus };
-
-struct money_term {
-    const char *key;
-    sign how;
-};
-
 // The amount under the required key with the terms that the record holds added and subtracted;
 // absent without the required one.
 char *format_sum(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs, const char *required,
@@ -99,19 +94,19 @@ char *format_sum(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs, cons
     return format_hundredths(sum, attrs);
 }
 
-// What the issuer authorised beside what was asked for.
-struct authorisation {
+// What the issuer authorized beside what was asked for.
+struct authorization {
     bool known; // the record holds both amounts
     hundredths amount;
-    hundredths authorised;
+    hundredths authorized;
 };
 
-authorisation get_authorisation(const Qel_hash_dict_t *kvs)
+authorization get_authorization(const Qel_hash_dict_t *kvs)
 {
     const char *amount = get(kvs, "amount");
-    const char *authorised = get(kvs, "authamount");
-    return {!Qel_str_isempty(amount) && !Qel_str_isempty(authorised), Qel_atofi100(amount),
-            Qel_atofi100(authorised)};
+    const char *authorized = get(kvs, "authamount");
+    return {!Qel_str_isempty(amount) && !Qel_str_isempty(authorized), Qel_atofi100(amount),
+            Qel_atofi100(authorized)};
 }
 
 } // namespace
@@ -147,17 +142,7 @@ char *Qel_rcpt_format_order_subtotal(const Qel_hash_dict_t *kvs,
 
 char *Qel_rcpt_format_subtotal(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs) noexcept
 {
-    static constexpr money_term terms[] = {
-        {"examount", sign::minus},
-        {"tax", sign::minus},
-        {"cashbackamount", sign::minus},
-        {"surchargeamount", sign::minus},
-        {"fee", sign::minus},
-        {"convenience_fee", sign::minus},
-        {"supplemental_fee", sign::minus},
-        {"discountamount", sign::plus},
-    };
-    return format_sum(kvs, attrs, "amount", terms);
+    return format_sum(kvs, attrs, "amount", qel_rcpt::subtotal_terms);
 }
 
 char *Qel_rcpt_format_total_amount(const Qel_hash_dict_t *kvs,
@@ -172,8 +157,8 @@ char *Qel_rcpt_format_total_amount(const Qel_hash_dict_t *kvs,
 
 char *Qel_rcpt_format_amount_due(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs) noexcept
 {
-    const authorisation auth = get_authorisation(kvs);
-    const hundredths due = saturating_subtract(auth.amount, auth.authorised);
+    const authorization auth = get_authorization(kvs);
+    const hundredths due = saturating_subtract(auth.amount, auth.authorized);
     if (!auth.known || due <= 0)
         return nullptr;
     return format_hundredths(due, attrs);
@@ -181,10 +166,10 @@ char *Qel_rcpt_format_amount_due(const Qel_hash_dict_t *kvs, const Qel_rcpt_attr
 
 char *Qel_rcpt_format_authamount(const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t *attrs) noexcept
 {
-    const authorisation auth = get_authorisation(kvs);
-    if (!auth.known || auth.authorised == 0 || auth.authorised == auth.amount)
+    const authorization auth = get_authorization(kvs);
+    if (!auth.known || auth.authorized == 0 || auth.authorized == auth.amount)
         return nullptr;
-    return format_hundredths(auth.authorised, attrs);
+    return format_hundredths(auth.authorized, attrs);
 }
 
 namespace

@@ -1,5 +1,5 @@
 // The outcome in words: result, mode, what the card did, verification, response code.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 
 #include <algorithm>
 #include <span>
@@ -60,12 +60,7 @@ bool is_call_issuer(const Qel_hash_dict_t *kvs)
     return orig_is(kvs, outcome_code, "call") || orig_is(kvs, outcome_phard_code, "call");
 }
 
-bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
-{
-    return key_is_true(kvs, "issuer_decline");
-}
-
-bool was_declined_by_processor(const Qel_hash_dict_t *kvs)
+bool has_answer_of_processor(const Qel_hash_dict_t *kvs)
 {
     const char *phard_code = Qel_rcpt_get_orig(kvs, outcome_phard_code);
     return !Qel_str_isempty(phard_code) && !Qel_str_caseeq(phard_code, "unknown");
@@ -151,8 +146,8 @@ const char *Qel_rcpt_get_result(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang
         {was_partially_approved, QEL_RCPT_MSG_PARTIAL_APPROVAL},
         {was_approved, QEL_RCPT_MSG_APPROVED},
         {is_call_issuer, QEL_RCPT_MSG_DECLINE_CALL},
-        {was_declined_by_issuer, QEL_RCPT_MSG_NOT_APPROVED},
-        {was_declined_by_processor, QEL_RCPT_MSG_DECLINED},
+        {qel_rcpt::was_declined_by_issuer, QEL_RCPT_MSG_NOT_APPROVED},
+        {has_answer_of_processor, QEL_RCPT_MSG_DECLINED},
     };
     return first_status(kvs, lang, rules, QEL_RCPT_MSG_NOT_COMPLETE);
 }

@@ -1,14 +1,15 @@
 // The general plain-text receipt: lines of any width from 10 characters up.
-#include "qel_rcpt_plain.hpp"
+#include "qel_rcpt_lines.hpp"
+#include "qel_rcpt_rows.hpp"
 
 #include <algorithm>
 #include <array>
-#include <string>
 
-using qel_rcpt::block_copies;
-using qel_rcpt::block_place;
+using qel_rcpt::block_slot;
 using qel_rcpt::get;
 using qel_rcpt::plain_block;
+using qel_rcpt::plain_receipt;
+using qel_rcpt::row;
 
 namespace
 {
@@ -20,66 +21,57 @@ Qel_rcpt_msg_t missing_message(const qel_rcpt::merchant_field &field)
                                                        : field.missing;
 }
 
-void generate_block_merchinfo(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_merchinfo(plain_receipt &info, const block_slot &slot)
 {
     plain_block block(info);
     for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
         block.center(
             qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, missing_message(field)));
-    block.store(place);
+    block.store(slot);
 }
 
-void add_title(plain_block &block, const Qel_rcpt_plain_t &info)
+template <typename Show>
+void for_each_value(const plain_receipt &info, const block_slot &slot, std::span<const row> rows,
+                    Show show)
 {
-    const char *title = qel_rcpt::get_title(info.kvs, info.attrs.lang);
-    if (title == nullptr)
-        return;
-    block.center(title);
-    block.blank();
+    qel_rcpt::for_each_value(rows, qel_rcpt::in_plain, {info.kvs, info.attrs, slot.is_custcopy},
+                             show);
 }
 
-void add_lane(plain_block &block, const Qel_rcpt_plain_t &info)
-{
-    std::array<char, 32> lane{};
-    Qel_snprintf(lane.data(), lane.size(), "%lld",
-                 static_cast<long long>(qel_rcpt::get_lane(info.kvs)));
-    block.labelled(QEL_RCPT_MSG_LANE, lane.data());
-}
-
-void add_cardholder(plain_block &block, const Qel_rcpt_plain_t &info)
-{
-    const char *name = get(info.kvs, "cardholdername");
-    if (!Qel_str_eq(name, "/")) // what a card without a name on it carries
-        block.labelled(QEL_RCPT_MSG_CUSTOMER, name);
-}
-
-void add_custom_fields(plain_block &block, const Qel_rcpt_plain_t &info)
+void add_custom_fields(plain_block &block, const plain_receipt &info)
 {
     const qel::dict fields = qel_rcpt::get_custom_fields(info.kvs);
     for (const auto [name, value] : qel::pairs(fields.get()))
         block.left_right(name, value);
 }
 
-void generate_block_reference(Qel_rcpt_plain_t &info, const block_place &place)
+// The title stands above the rest, and two pairs of short values share a line each.
+void add_reference_row(plain_block &block, const plain_receipt &info, const row &row,
+                       const char *text)
 {
-    const Qel_hash_dict_t *kvs = info.kvs;
+    const char *card = get(info.kvs, "cardtype");
+    const char *auth = get(info.kvs, "auth");
+    if (row.is("action")) {
+        block.center(text);
+        block.blank();
+    } else if (row.is("cardtype") || (row.is("rcpt_entry_mode") && Qel_str_isempty(card))) {
+        block.left_right(qel::view(card), get(info.kvs, "rcpt_entry_mode"));
+    } else if (row.is("auth") || (row.is("batch") && Qel_str_isempty(auth))) {
+        block.left_right({block.label(QEL_RCPT_MSG_AUTH_NUM), qel::view(auth),
+                          block.label(QEL_RCPT_MSG_BATCH), qel::view(get(info.kvs, "batch"))});
+    } else if (!row.is("rcpt_entry_mode") && !row.is("batch")) {
+        block.labelled(row.label.brief, text);
+    }
+}
+
+void generate_block_reference(plain_receipt &info, const block_slot &slot)
+{
     plain_block block(info);
-    add_title(block, info);
-    add_lane(block, info);
-    block.left_right(get(kvs, "cardtype"), get(kvs, "rcpt_entry_mode"));
-    block.labelled(QEL_RCPT_MSG_ACCOUNT_TYPE, Qel_rcpt_get_acct_type(kvs, info.attrs.lang));
-    block.labelled(QEL_RCPT_MSG_CARD, get(kvs, "account"));
-    add_cardholder(block, info);
-    block.labelled(QEL_RCPT_MSG_TIME, qel::text(Qel_rcpt_format_time(kvs, &info.attrs)).get());
-    block.labelled(QEL_RCPT_MSG_ORDER_NUM_S, qel_rcpt::get_order_number(kvs));
-    block.labelled(QEL_RCPT_MSG_PO_NUM_S, get(kvs, "custref"));
-    block.labelled(QEL_RCPT_MSG_TTID, get(kvs, "ttid"));
-    block.labelled(QEL_RCPT_MSG_RESPONSE_CODE_S, qel::text(Qel_rcpt_get_respcode(kvs)).get());
-    block.left_right(block.label(QEL_RCPT_MSG_AUTH_NUM).get(), get(kvs, "auth"),
-                     block.label(QEL_RCPT_MSG_BATCH).get(), get(kvs, "batch"));
-    block.labelled(QEL_RCPT_MSG_STAN, get(kvs, "stan"));
+    for_each_value(info, slot, qel_rcpt::reference_rows, [&](const row &row, const char *text) {
+        add_reference_row(block, info, row, text);
+    });
     add_custom_fields(block, info);
-    block.store(place);
+    block.store(slot);
 }
 
 // How a line item writes its name and its price: a format, or absent for the text as it is.
@@ -116,7 +108,7 @@ void line_item_add_line(plain_block &block, const char *name, const char *qty, c
         return;
     }
     item_text quantity{};
-    block.left_right(name, format_item_text(quantity, "(%s)", qty), nullptr, right);
+    block.left_right({name, format_item_text(quantity, "(%s)", qty), {}, qel::view(right)});
 }
 
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
@@ -133,12 +125,12 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
                        format_item_text(price_text, line_item_forms[type].price, price));
 }
 
-void generate_block_line_items(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_line_items(plain_receipt &info, const block_slot &slot)
 {
     plain_block block(info);
     Qel_rcpt_generate_line_items(get(info.kvs, "line_items"), &info, &info.attrs, line_item_add,
                                  &block);
-    block.store(place);
+    block.store(slot);
 }
 
 void add_heading(plain_block &block, Qel_rcpt_msg_t heading)
@@ -147,69 +139,19 @@ void add_heading(plain_block &block, Qel_rcpt_msg_t heading)
     block.blank();
 }
 
-void generate_block_order_money(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_order_money(plain_receipt &info, const block_slot &slot)
 {
-    const Qel_hash_dict_t *kvs = info.kvs;
-    if (!Qel_rcpt_have_order_money(kvs))
+    if (!Qel_rcpt_have_order_money(info.kvs))
         return;
     plain_block block(info);
     add_heading(block, QEL_RCPT_MSG_ORDER);
-    block.labelled(QEL_RCPT_MSG_SUBTOTAL,
-                   qel::text(Qel_rcpt_format_order_subtotal(kvs, &info.attrs)).get());
-    block.positive_money(QEL_RCPT_MSG_DISCOUNT, get(kvs, "order_discount"), true);
-    block.positive_money(QEL_RCPT_MSG_TIP, get(kvs, "order_tip"));
-    block.positive_money(QEL_RCPT_MSG_TAX, get(kvs, "order_tax"));
-    block.positive_money(QEL_RCPT_MSG_TOTAL, get(kvs, "order_total"));
-    block.store(place);
+    for_each_value(info, slot, qel_rcpt::order_money_rows, [&](const row &row, const char *text) {
+        block.labelled(row.label.brief, text);
+    });
+    block.store(slot);
 }
 
-void add_discount(plain_block &block, Qel_rcpt_msg_t label, const char *discount)
-{
-    if (!Qel_str_isempty(discount))
-        block.labelled(label, std::string("- ").append(discount).c_str());
-}
-
-void add_payment_discounts(plain_block &block, const Qel_rcpt_plain_t &info)
-{
-    char *discount = nullptr;
-    char *cash_discount = nullptr;
-    Qel_rcpt_format_payment_discounts(info.kvs, &info.attrs, &discount, &cash_discount);
-    add_discount(block, QEL_RCPT_MSG_DISCOUNT, qel::text(discount).get());
-    add_discount(block, QEL_RCPT_MSG_CASHDISCOUNT, qel::text(cash_discount).get());
-}
-
-// What the amount holds beside the subtotal.
-void add_extra_amounts(plain_block &block, const Qel_hash_dict_t *kvs)
-{
-    struct money_line {
-        Qel_rcpt_msg_t label;
-        const char *key;
-    };
-    static constexpr money_line money_lines[] = {
-        {QEL_RCPT_MSG_SURCHARGE, "surchargeamount"},
-        {QEL_RCPT_MSG_FEE, "fee"},
-        {QEL_RCPT_MSG_CONVENIENCEFEE, "convenience_fee"},
-        {QEL_RCPT_MSG_SUPPLEMENTALFEE, "supplemental_fee"},
-        {QEL_RCPT_MSG_TAX, "tax"},
-        {QEL_RCPT_MSG_CASHBACK_S, "cashbackamount"},
-    };
-    block.positive_money(QEL_RCPT_MSG_TIP, qel_rcpt::get_tip(kvs));
-    for (const money_line &line : money_lines)
-        block.positive_money(line.label, get(kvs, line.key));
-}
-
-// After a partial approval: what was authorised and what is still due.
-void add_authorised_amount(plain_block &block, const Qel_rcpt_plain_t &info)
-{
-    const qel::text authorised(Qel_rcpt_format_authamount(info.kvs, &info.attrs));
-    if (!authorised)
-        return;
-    block.blank();
-    block.labelled(QEL_RCPT_MSG_AUTH_AMOUNT_S, authorised.get());
-    block.labelled(QEL_RCPT_MSG_AMOUNT_DUE,
-                   qel::text(Qel_rcpt_format_amount_due(info.kvs, &info.attrs)).get());
-}
-
+// Shown also when it is zero.
 void add_balance(plain_block &block, const Qel_hash_dict_t *kvs)
 {
     const char *balance = get(kvs, "balance");
@@ -219,51 +161,50 @@ void add_balance(plain_block &block, const Qel_hash_dict_t *kvs)
     block.money(QEL_RCPT_MSG_BALANCE, balance);
 }
 
-void generate_block_money(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_money(plain_receipt &info, const block_slot &slot)
 {
-    const Qel_hash_dict_t *kvs = info.kvs;
-    if (qel_rcpt::is_order_paid_in_full(kvs))
+    if (qel_rcpt::is_order_paid_in_full(info.kvs))
         return;
-    const bool pays_part_of_order = Qel_rcpt_have_order_money(kvs);
-
     plain_block block(info);
-    if (pays_part_of_order)
+    if (Qel_rcpt_have_order_money(info.kvs))
         add_heading(block, QEL_RCPT_MSG_PAYMENT);
-    block.labelled(QEL_RCPT_MSG_SUBTOTAL,
-                   qel::text(Qel_rcpt_format_subtotal(kvs, &info.attrs)).get());
-    add_payment_discounts(block, info);
-    add_extra_amounts(block, kvs);
-    block.labelled(pays_part_of_order ? QEL_RCPT_MSG_PAID : QEL_RCPT_MSG_TOTAL,
-                   qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
-    add_authorised_amount(block, info);
-    if (place.is_custcopy)
-        add_balance(block, kvs);
-    block.store(place);
+    for_each_value(info, slot, qel_rcpt::money_rows, [&](const row &row, const char *text) {
+        if (row.is("authamount")) // with what is due after it
+            block.blank();
+        block.labelled(row.label.brief, text);
+    });
+    if (slot.is_custcopy)
+        add_balance(block, info.kvs);
+    block.store(slot);
 }
 
-void generate_block_disposition(Qel_rcpt_plain_t &info, const block_place &place)
+// The result stands apart from what precedes it and what follows.
+void add_disposition_row(plain_block &block, const row &row, const char *text)
 {
-    const Qel_hash_dict_t *kvs = info.kvs;
-    const Qel_rcpt_lang_t lang = info.attrs.lang;
-    plain_block block(info);
-    block.center(Qel_rcpt_get_card_status(kvs, lang));
-    block.center(Qel_rcpt_get_pin_status(kvs, lang));
-    if (!block.empty())
+    if (row.is("auth_mode"))
+        return block.message_prefix(row.label.brief, text);
+    if (row.is("printdata")) {
         block.blank();
-    block.center(Qel_rcpt_get_result(kvs, lang));
-    block.blank();
-
-    block.message_prefix(QEL_RCPT_MSG_MODE, Qel_rcpt_get_mode(kvs, lang));
-
-    const char *printdata = get(kvs, "printdata");
-    if (!Qel_str_isempty(printdata)) {
-        block.blank();
-        block.left(printdata);
+        return block.left(text);
     }
-    block.store(place);
+    const bool is_result = row.is("auth_result");
+    if (is_result && !block.empty())
+        block.blank();
+    block.center(text);
+    if (is_result)
+        block.blank();
 }
 
-void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_disposition(plain_receipt &info, const block_slot &slot)
+{
+    plain_block block(info);
+    for_each_value(info, slot, qel_rcpt::disposition_rows, [&](const row &row, const char *text) {
+        add_disposition_row(block, row, text);
+    });
+    block.store(slot);
+}
+
+void generate_block_signature(plain_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -278,78 +219,78 @@ void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
     } else {
         block.center(Qel_rcpt_get_signature_electronic(kvs, lang));
     }
-    block.store(place);
+    block.store(slot);
 }
 
-void generate_block_emv(Qel_rcpt_plain_t &info, const block_place &place)
+// The name goes without its label, the cryptogram after its type, and a decline stands apart.
+void add_emv_row(plain_block &block, const plain_receipt &info, const row &row, const char *text)
 {
-    const Qel_hash_dict_t *kvs = info.kvs;
-    plain_block block(info);
-    block.left(get(kvs, "rcpt_emv_name"));
-    block.message_prefix(QEL_RCPT_MSG_AID, get(kvs, "rcpt_emv_aid"));
-    block.message_prefix(QEL_RCPT_MSG_TVR, get(kvs, "rcpt_emv_tvr"));
-    block.message_prefix(QEL_RCPT_MSG_TSI, get(kvs, "rcpt_emv_tsi"));
-    block.message_prefix(QEL_RCPT_MSG_IAD, get(kvs, "rcpt_emv_iad"));
-
-    const char *cryptogram_type = get(kvs, "rcpt_emv_actype");
-    const char *cryptogram = get(kvs, "rcpt_emv_ac");
-    if (!Qel_str_isempty(cryptogram_type) && !Qel_str_isempty(cryptogram))
-        block.left_prefix(cryptogram_type, cryptogram);
-
-    const char *decline_data = get(kvs, "rcpt_emv_card_decline");
-    if (!Qel_str_isempty(decline_data)) {
-        block.blank();
-        block.message_prefix(QEL_RCPT_MSG_ODD, decline_data);
+    if (row.is("name"))
+        return block.left(text);
+    if (row.is("actype")) {
+        const char *cryptogram = get(info.kvs, "rcpt_emv_ac");
+        if (!Qel_str_isempty(cryptogram))
+            block.left_prefix(text, cryptogram);
+        return;
     }
-    block.store(place);
+    if (row.is("ac"))
+        return;
+    if (row.is("odd"))
+        block.blank();
+    block.message_prefix(row.label.brief, text);
 }
 
-void add_alternative_price(plain_block &block, const Qel_rcpt_plain_t &info)
+void generate_block_emv(plain_receipt &info, const block_slot &slot)
+{
+    plain_block block(info);
+    for_each_value(info, slot, qel_rcpt::emv_rows,
+                   [&](const row &row, const char *text) { add_emv_row(block, info, row, text); });
+    block.store(slot);
+}
+
+void add_alternative_price(plain_block &block, const plain_receipt &info)
 {
     const auto [label, amount] = qel_rcpt::get_alternative_price(info.kvs);
     if (Qel_str_isempty(amount))
         return;
     std::array<char, 256> line{};
-    Qel_snprintf(line.data(), line.size(), "%s %s", block.label(label).get(),
+    Qel_snprintf(line.data(), line.size(), "%s %s", block.label(label).c_str(),
                  qel::text(Qel_rcpt_format_money(amount, &info.attrs)).get());
     block.raw(line.data());
     block.blank();
 }
 
-void generate_block_notice(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_notice(plain_receipt &info, const block_slot &slot)
 {
-    const Qel_rcpt_lang_t lang = info.attrs.lang;
     plain_block block(info);
     add_alternative_price(block, info);
-    block.center(Qel_rcpt_get_notice(lang));
-    if (Qel_rcpt_is_duplicate(info.kvs)) {
-        block.blank();
-        block.center(Qel_rcpt_get_duplicate(lang));
-    }
-    block.blank();
-    block.center(Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
-    block.store(place);
+    for_each_value(info, slot, qel_rcpt::notice_rows, [&](const row &row, const char *text) {
+        if (!row.is("message"))
+            block.blank();
+        block.center(text);
+    });
+    block.store(slot);
 }
 
-void generate_block_notes(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_notes(plain_receipt &info, const block_slot &slot)
 {
     plain_block block(info);
-    block.center(get(info.kvs, "order_notes"));
-    block.center(get(info.kvs, "rcpt_user_notes"));
-    block.store(place);
+    for_each_value(info, slot, qel_rcpt::notes_rows,
+                   [&](const row & /*row*/, const char *text) { block.center(text); });
+    block.store(slot);
 }
 
-constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
+constexpr qel_rcpt::block_builder<plain_receipt> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
-    {"items", generate_block_line_items},
+    {"items", generate_block_line_items, qel_rcpt::by_nothing},
     {"order_money", generate_block_order_money},
-    {"money", generate_block_money, block_copies::alike_without_balance},
+    {"money", generate_block_money, qel_rcpt::by_language | qel_rcpt::by_balance},
     {"disposition", generate_block_disposition},
-    {"signature", generate_block_signature, block_copies::merch_only},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
     {"emv", generate_block_emv},
-    {"notice", generate_block_notice, block_copies::differing},
-    {"notes", generate_block_notes},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
+    {"notes", generate_block_notes, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("plain", block_builders));
 
@@ -362,7 +303,7 @@ Qel_hash_dict_t *Qel_rcpt_generate_plain(const Qel_hash_dict_t *kvs,
                                          const Qel_rcpt_config_t *config, std::size_t line_len,
                                          const char *line_break) noexcept
 {
-    Qel_rcpt_plain_t info{};
+    plain_receipt info{};
     info.kvs = kvs;
     info.line_break = Qel_str_isempty(line_break) ? "\r\n" : line_break;
     info.line_len = line_len == 0 ? default_line_len : std::max(line_len, min_line_len);

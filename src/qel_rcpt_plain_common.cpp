@@ -1,5 +1,5 @@
 // Plain-text layout: lines of a fixed width.
-#include "qel_rcpt_plain.hpp"
+#include "qel_rcpt_lines.hpp"
 
 #include <algorithm>
 #include <string>
@@ -38,11 +38,6 @@ std::string_view trim(std::string_view text)
     while (!text.empty() && is_space(text.back()))
         text.remove_suffix(1);
     return trim_front(text);
-}
-
-std::string_view trim(const char *text)
-{
-    return trim(qel::view(text));
 }
 
 std::size_t line_len(const Qel_rcpt_plain_t &info)
@@ -202,29 +197,28 @@ class list_sink final : public line_sink
 
 } // namespace
 
-void qel_rcpt::format_center(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
+void qel_rcpt::format_center(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines)
 {
-    format_aligned(info, qel::view(str), align::center, lines);
+    format_aligned(info, str, align::center, lines);
 }
 
-void qel_rcpt::format_left(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
+void qel_rcpt::format_left(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines)
 {
-    format_aligned(info, qel::view(str), align::left, lines);
+    format_aligned(info, str, align::left, lines);
 }
 
-void qel_rcpt::format_right(const Qel_rcpt_plain_t &info, const char *str, line_sink &lines)
+void qel_rcpt::format_right(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines)
 {
-    format_aligned(info, qel::view(str), align::right, lines);
+    format_aligned(info, str, align::right, lines);
 }
 
-void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const char *prefixl,
-                                 const char *strl, const char *prefixr, const char *strr,
+void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const line_sides &sides,
                                  line_sink &lines)
 {
-    const std::string_view left_label = trim(prefixl);
-    const std::string_view left = trim(strl);
-    const std::string_view right_label = trim(prefixr);
-    const std::string_view right = trim(strr);
+    const std::string_view left_label = trim(sides.left_label);
+    const std::string_view left = trim(sides.left);
+    const std::string_view right_label = trim(sides.right_label);
+    const std::string_view right = trim(sides.right);
 
     // The right pair counts bytes: with letters beyond ASCII it moves to a line of its own a little
     // earlier. The 3 are the spaces behind the labels and the gap between the sides.
@@ -239,26 +233,22 @@ void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const char *prefi
     format_sides(info, labelled_text(left_label, left), labelled_text(right_label, right), lines);
 }
 
-void qel_rcpt::format_left_prefix(const Qel_rcpt_plain_t &info, const char *prefix, const char *str,
-                                  line_sink &lines)
+void qel_rcpt::format_left_prefix(const Qel_rcpt_plain_t &info, std::string_view prefix,
+                                  std::string_view str, line_sink &lines)
 {
-    std::string line(qel::view(prefix));
-    line.append(1, ' ').append(qel::view(str));
-    format_aligned(info, line, align::left, lines);
+    std::string line;
+    line.reserve(prefix.size() + 1 + str.size());
+    format_aligned(info, line.append(prefix).append(1, ' ').append(str), align::left, lines);
 }
 
-void qel_rcpt::add_money(const Qel_rcpt_plain_t &info, const char *key, const char *val,
-                         line_sink &lines, bool negative)
+void qel_rcpt::format_amount(const Qel_rcpt_plain_t &info, std::string_view label,
+                             const char *amount, line_sink &lines, bool negative)
 {
-    const qel::text money(Qel_rcpt_format_money(val, &info.attrs));
+    const qel::text money(Qel_rcpt_format_money(amount, &info.attrs));
     if (!money)
         return;
-    if (!negative) {
-        format_left_right(info, nullptr, key, nullptr, money.get(), lines);
-        return;
-    }
-    const std::string amount = std::string("- ").append(qel::view(money));
-    format_left_right(info, nullptr, key, nullptr, amount.c_str(), lines);
+    std::string shown(negative ? "- " : "");
+    format_left_right(info, {{}, label, {}, shown.append(qel::view(money))}, lines);
 }
 
 void qel_rcpt::store_block(const Qel_rcpt_plain_t &info, const char *key, char *block)
@@ -285,7 +275,7 @@ void Qel_rcpt_plain_format_center(const Qel_rcpt_plain_t *info, const char *str,
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::format_center(*info, str, lines);
+        qel_rcpt::format_center(*info, qel::view(str), lines);
 }
 
 void Qel_rcpt_plain_format_left(const Qel_rcpt_plain_t *info, const char *str,
@@ -293,7 +283,7 @@ void Qel_rcpt_plain_format_left(const Qel_rcpt_plain_t *info, const char *str,
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::format_left(*info, str, lines);
+        qel_rcpt::format_left(*info, qel::view(str), lines);
 }
 
 void Qel_rcpt_plain_format_right(const Qel_rcpt_plain_t *info, const char *str,
@@ -301,7 +291,7 @@ void Qel_rcpt_plain_format_right(const Qel_rcpt_plain_t *info, const char *str,
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::format_right(*info, str, lines);
+        qel_rcpt::format_right(*info, qel::view(str), lines);
 }
 
 void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *prefixl,
@@ -310,7 +300,9 @@ void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::format_left_right(*info, prefixl, strl, prefixr, strr, lines);
+        qel_rcpt::format_left_right(
+            *info, {qel::view(prefixl), qel::view(strl), qel::view(prefixr), qel::view(strr)},
+            lines);
 }
 
 void Qel_rcpt_plain_format_left_prefix(const Qel_rcpt_plain_t *info, const char *prefix,
@@ -318,7 +310,7 @@ void Qel_rcpt_plain_format_left_prefix(const Qel_rcpt_plain_t *info, const char 
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::format_left_prefix(*info, prefix, str, lines);
+        qel_rcpt::format_left_prefix(*info, qel::view(prefix), qel::view(str), lines);
 }
 
 void Qel_rcpt_plain_add_money(const Qel_rcpt_plain_t *info, const char *key, const char *val,
@@ -326,5 +318,5 @@ void Qel_rcpt_plain_add_money(const Qel_rcpt_plain_t *info, const char *key, con
 {
     list_sink lines(ret);
     if (info != nullptr)
-        qel_rcpt::add_money(*info, key, val, lines, negative);
+        qel_rcpt::format_amount(*info, qel::view(key), val, lines, negative);
 }

@@ -1,18 +1,19 @@
 // The Moneris processor's in-store receipt: plain text of 40 columns.
-#include "qel_rcpt_plain.hpp"
+#include "qel_rcpt_lines.hpp"
+#include "qel_rcpt_rows.hpp"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
-using qel_rcpt::block_copies;
-using qel_rcpt::block_place;
+using qel_rcpt::block_slot;
 using qel_rcpt::get;
 using qel_rcpt::is_one_of;
 using qel_rcpt::key_contains;
 using qel_rcpt::key_is;
 using qel_rcpt::key_is_true;
 using qel_rcpt::plain_block;
+using qel_rcpt::plain_receipt;
 
 namespace
 {
@@ -28,19 +29,19 @@ const char *get_code(const Qel_hash_dict_t *kvs)
     return get_or(kvs, "orig_code", "code");
 }
 
-bool is_authorised(const Qel_hash_dict_t *kvs)
+bool is_authorized(const Qel_hash_dict_t *kvs)
 {
     return Qel_str_caseeq(get_code(kvs), "auth");
 }
 
 // Result line
 
-bool was_approved(const Qel_hash_dict_t *kvs)
+bool has_approving_code(const Qel_hash_dict_t *kvs)
 {
     return is_one_of(get_code(kvs), {"auth", "success"});
 }
 
-bool was_canceled(const Qel_hash_dict_t *kvs)
+bool has_cancel_error(const Qel_hash_dict_t *kvs)
 {
     return key_is(kvs, "u_errorcode", "canceled");
 }
@@ -64,11 +65,6 @@ bool was_declined_by_interac(const Qel_hash_dict_t *kvs)
                      {"05", "51", "54", "55", "57", "58", "61", "62", "65", "75", "82", "92"});
 }
 
-bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
-{
-    return key_is_true(kvs, "issuer_decline");
-}
-
 bool otherwise(const Qel_hash_dict_t * /*kvs*/)
 {
     return true;
@@ -82,18 +78,18 @@ struct result_rule {
 
 // The first that holds.
 constexpr result_rule result_rules[] = {
-    {was_approved, QEL_RCPT_MSG_APPROVED_TY},
-    {was_canceled, QEL_RCPT_MSG_CANCELED},
+    {has_approving_code, QEL_RCPT_MSG_APPROVED_TY},
+    {has_cancel_error, QEL_RCPT_MSG_CANCELED},
     {was_reversed, QEL_RCPT_MSG_NOT_COMPLETE, false},
     {was_left_open, QEL_RCPT_MSG_NOT_COMPLETE},
     {was_declined_by_interac, QEL_RCPT_MSG_NOT_APPROVED},
-    {was_declined_by_issuer, QEL_RCPT_MSG_NOT_APPROVED},
+    {qel_rcpt::was_declined_by_issuer, QEL_RCPT_MSG_NOT_APPROVED},
     {otherwise, QEL_RCPT_MSG_NOT_COMPLETE},
 };
 
 using result_text = std::array<char, 256>;
 
-result_text get_result(const Qel_rcpt_plain_t &info)
+result_text get_result(const plain_receipt &info)
 {
     const auto *rule =
         std::ranges::find_if(result_rules, [&](const result_rule &r) { return r.holds(info.kvs); });
@@ -107,7 +103,7 @@ result_text get_result(const Qel_rcpt_plain_t &info)
 
 // Card status
 
-bool was_declined_by_card(const Qel_hash_dict_t *kvs)
+bool has_refusal_of_card(const Qel_hash_dict_t *kvs)
 {
     return (key_is(kvs, "u_errorcode", "emv_card_deny") && was_reversed(kvs)) ||
            key_is(kvs, "reversal_reason", "carddecline") ||
@@ -123,11 +119,11 @@ struct card_status_rule {
 // The first that holds.
 constexpr card_status_rule card_status_rules[] = {
     {qel_rcpt::was_card_removed, QEL_RCPT_MSG_CARD_REMOVED, "991"},
-    {was_declined_by_card, QEL_RCPT_MSG_DECLINE_BY_CARD, "990"},
+    {has_refusal_of_card, QEL_RCPT_MSG_DECLINE_BY_CARD, "990"},
 };
 
 // What the card did, into msg; false, and nothing written, when that is nothing of note.
-bool get_card_status(const Qel_rcpt_plain_t &info, char *msg, std::size_t msg_len)
+bool get_card_status(const plain_receipt &info, char *msg, std::size_t msg_len)
 {
     const auto *rule = std::ranges::find_if(
         card_status_rules, [&](const card_status_rule &r) { return r.holds(info.kvs); });
@@ -165,7 +161,7 @@ const char *translate(const translation (&words)[Count], const char *word)
     return known == std::end(words) ? word : known->shown;
 }
 
-const char *get_entry_mode(const Qel_rcpt_plain_t &info)
+const char *get_entry_mode(const plain_receipt &info)
 {
     return translate(entry_modes, get(info.kvs, "rcpt_entry_mode"));
 }
@@ -183,7 +179,7 @@ Qel_rcpt_msg_t missing_message(const qel_rcpt::merchant_field &field)
     return field.missing == QEL_RCPT_MSG_UNKNOWN_PHONE ? QEL_RCPT_MSG_NONE : field.missing;
 }
 
-void generate_block_merchinfo(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_merchinfo(plain_receipt &info, const block_slot &slot)
 {
     plain_block block(info);
     block.center(QEL_RCPT_MSG_TRECORD);
@@ -195,53 +191,54 @@ void generate_block_merchinfo(Qel_rcpt_plain_t &info, const block_place &place)
     for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
         block.left(
             qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, missing_message(field)));
-    block.store(place);
+    block.store(slot);
 }
 
-void generate_block_type(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_type(plain_receipt &info, const block_slot &slot)
 {
     const qel::dict custom = qel_rcpt::parse_custom_fields(info.kvs);
     plain_block block(info);
     block.label_prefix(QEL_RCPT_MSG_TYPE,
                        qel_rcpt::get_title_moneris(info.kvs, info.attrs.lang,
                                                    get(custom.get(), "correction_type")));
-    block.store(place);
+    block.store(slot);
 }
 
-// After a partial approval: what was authorised and what is still due.
-void add_authorised_amount(plain_block &block, const Qel_rcpt_plain_t &info)
+// After a partial approval: what was authorized and what is still due.
+void add_authorized_amount(plain_block &block, const plain_receipt &info)
 {
-    const qel::text authorised(Qel_rcpt_format_authamount(info.kvs, &info.attrs));
-    if (!authorised || !qel_rcpt::is_positive(get(info.kvs, "authamount")))
+    const qel::text authorized(Qel_rcpt_format_authamount(info.kvs, &info.attrs));
+    if (!authorized || !qel_rcpt::is_positive(get(info.kvs, "authamount")))
         return;
-    block.labelled(QEL_RCPT_MSG_PARTIAL_AMOUNT, authorised.get());
+    block.labelled(QEL_RCPT_MSG_PARTIAL_AMOUNT, authorized.get());
     block.labelled(QEL_RCPT_MSG_AMOUNT_DUE,
                    qel::text(Qel_rcpt_format_amount_due(info.kvs, &info.attrs)).get());
 }
 
-void generate_block_money(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_money(plain_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
-    block.left_right(block.label(QEL_RCPT_MSG_ACCOUNT_TYPE).get(),
-                     moneris_cardtype(get(kvs, "cardtype")), nullptr,
-                     Qel_rcpt_get_acct_type(kvs, info.attrs.lang));
+    block.left_right({block.label(QEL_RCPT_MSG_ACCOUNT_TYPE),
+                      qel::view(moneris_cardtype(get(kvs, "cardtype"))),
+                      {},
+                      qel::view(Qel_rcpt_get_acct_type(kvs, info.attrs.lang))});
     block.labelled(QEL_RCPT_MSG_AMOUNT,
                    qel::text(Qel_rcpt_format_subtotal(kvs, &info.attrs)).get());
-    add_authorised_amount(block, info);
+    add_authorized_amount(block, info);
     block.positive_money(QEL_RCPT_MSG_TIP, qel_rcpt::get_tip(kvs));
     block.positive_money(QEL_RCPT_MSG_CASHBACK_S, get(kvs, "cashbackamount"));
     block.positive_money(QEL_RCPT_MSG_SURCHARGE, get(kvs, "surchargeamount"));
     block.positive_money(QEL_RCPT_MSG_TAX, get(kvs, "tax"));
     block.labelled(QEL_RCPT_MSG_TOTAL,
                    qel::text(Qel_rcpt_format_total_amount(kvs, &info.attrs)).get());
-    if (place.is_custcopy)
+    if (slot.is_custcopy)
         block.money(QEL_RCPT_MSG_BALANCE, get(kvs, "balance"));
-    block.store(place);
+    block.store(slot);
 }
 
 // The processor's reference number with the letter of the entry mode.
-void add_reference_number(plain_block &block, const Qel_rcpt_plain_t &info)
+void add_reference_number(plain_block &block, const plain_receipt &info)
 {
     const qel::dict custom = qel_rcpt::parse_custom_fields(info.kvs);
     const char *number = get(custom.get(), "refnum");
@@ -253,7 +250,7 @@ void add_reference_number(plain_block &block, const Qel_rcpt_plain_t &info)
     block.left_right("REFERENCE: ", reference.data());
 }
 
-void generate_block_reference(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_reference(plain_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -261,12 +258,13 @@ void generate_block_reference(Qel_rcpt_plain_t &info, const block_place &place)
     block.labelled(QEL_RCPT_MSG_TIME, qel::text(Qel_rcpt_format_time(kvs, &info.attrs)).get());
     add_reference_number(block, info);
     block.labelled(QEL_RCPT_MSG_AUTH_NUM, get(kvs, "auth"));
-    for (const char *key : {"rcpt_emv_name", "rcpt_emv_aid", "rcpt_emv_tvr", "rcpt_emv_tsi"})
-        block.left(get(kvs, key));
-    block.store(place);
+    qel_rcpt::for_each_value(
+        qel_rcpt::emv_rows, qel_rcpt::in_store, {kvs, info.attrs, slot.is_custcopy},
+        [&](const qel_rcpt::row & /*row*/, const char *text) { block.left(text); });
+    block.store(slot);
 }
 
-void add_card_status(plain_block &block, const Qel_rcpt_plain_t &info)
+void add_card_status(plain_block &block, const plain_receipt &info)
 {
     std::array<char, 64> status{};
     if (!get_card_status(info, status.data(), status.size()))
@@ -275,10 +273,10 @@ void add_card_status(plain_block &block, const Qel_rcpt_plain_t &info)
     block.blank();
 }
 
-// How the card was read and its holder verified, when the transaction was authorised.
-void add_verification(plain_block &block, const Qel_rcpt_plain_t &info)
+// How the card was read and its holder verified, when the transaction was authorized.
+void add_verification(plain_block &block, const plain_receipt &info)
 {
-    if (!is_authorised(info.kvs))
+    if (!is_authorized(info.kvs))
         return;
     block.left(Qel_rcpt_get_pin_status(info.kvs, info.attrs.lang));
     if (key_is(info.kvs, "rcpt_entry_mode", "f"))
@@ -287,7 +285,7 @@ void add_verification(plain_block &block, const Qel_rcpt_plain_t &info)
 
 // The device that a contactless payment was made with: the merchant's to know, and the customer's
 // where nobody attends.
-void add_form_factor(plain_block &block, const Qel_rcpt_plain_t &info, bool is_custcopy)
+void add_form_factor(plain_block &block, const plain_receipt &info, bool is_custcopy)
 {
     const char *form_factor = get(info.kvs, "rcpt_emv_form_factor");
     if (Qel_str_isempty(form_factor) || (is_custcopy && !info.is_unattended))
@@ -296,7 +294,7 @@ void add_form_factor(plain_block &block, const Qel_rcpt_plain_t &info, bool is_c
     block.left_right("FF/DT", form_factor);
 }
 
-void generate_block_disposition(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_disposition(plain_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -311,11 +309,11 @@ void generate_block_disposition(Qel_rcpt_plain_t &info, const block_place &place
     block.labelled(QEL_RCPT_MSG_TTID, get(kvs, "ttid"));
     block.blank();
     block.center(get_result(info).data());
-    add_form_factor(block, info, place.is_custcopy);
-    block.store(place);
+    add_form_factor(block, info, slot.is_custcopy);
+    block.store(slot);
 }
 
-void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_signature(plain_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -329,31 +327,31 @@ void generate_block_signature(Qel_rcpt_plain_t &info, const block_place &place)
     } else {
         block.center(Qel_rcpt_get_signature_electronic(kvs, lang));
     }
-    block.store(place);
+    block.store(slot);
 }
 
-void generate_block_notice(Qel_rcpt_plain_t &info, const block_place &place)
+void generate_block_notice(plain_receipt &info, const block_slot &slot)
 {
     const Qel_rcpt_lang_t lang = info.attrs.lang;
     plain_block block(info);
     block.center(Qel_rcpt_get_notice(lang));
     block.blank();
-    block.center(Qel_rcpt_get_whos_copy(place.is_custcopy, lang));
+    block.center(Qel_rcpt_get_whos_copy(slot.is_custcopy, lang));
     if (Qel_rcpt_is_duplicate(info.kvs)) {
         block.blank();
         block.center(Qel_rcpt_get_duplicate(lang));
     }
-    block.store(place);
+    block.store(slot);
 }
 
-constexpr qel_rcpt::block_builder<Qel_rcpt_plain_t> block_builders[] = {
+constexpr qel_rcpt::block_builder<plain_receipt> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"type", generate_block_type},
-    {"money", generate_block_money, block_copies::alike_without_balance},
+    {"money", generate_block_money, qel_rcpt::by_language | qel_rcpt::by_balance},
     {"reference", generate_block_reference},
-    {"disposition", generate_block_disposition, block_copies::differing},
-    {"signature", generate_block_signature, block_copies::merch_only},
-    {"notice", generate_block_notice, block_copies::differing},
+    {"disposition", generate_block_disposition, qel_rcpt::by_copy},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
 };
 static_assert(qel_rcpt::makes_blocks_of("moneris", block_builders));
 
@@ -369,7 +367,7 @@ Qel_hash_dict_t *Qel_rcpt_generate_plain_moneris(Qel_hash_dict_t *kvs,
 {
     if (has_industry(config, QEL_RCPT_IND_ECOMM))
         return Qel_rcpt_generate_plain_moneris_ecomm(kvs, config);
-    Qel_rcpt_plain_t info{};
+    plain_receipt info{};
     info.kvs = kvs;
     info.line_break = "\r\n";
     info.line_len = 40;

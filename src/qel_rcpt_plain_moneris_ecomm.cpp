@@ -1,12 +1,12 @@
 // The Moneris processor's e-commerce receipt: plain text of 70 columns, with the order's items and
 // addresses from a JSON document of their own.
-#include "qel_rcpt_plain.hpp"
+#include "qel_rcpt_lines.hpp"
 
 #include <array>
 #include <cstdint>
 #include <string>
 
-using qel_rcpt::block_place;
+using qel_rcpt::block_slot;
 using qel_rcpt::get;
 using qel_rcpt::key_is;
 using qel_rcpt::plain_block;
@@ -14,7 +14,7 @@ using qel_rcpt::plain_block;
 namespace
 {
 
-struct ecomm_receipt : Qel_rcpt_plain_t {
+struct ecomm_receipt : qel_rcpt::plain_receipt {
     Qel_hash_dict_t *record; // kvs, to be changed
     qel::json rcpt_data;     // the document of "moneris_rcpt_data"; absent when it is unreadable
 };
@@ -31,7 +31,7 @@ const Qel_json_node_t *get_moneris_rcpt_node(const ecomm_receipt &info, const ch
     return Qel_json_object_value(info.rcpt_data.get(), name);
 }
 
-void generate_block_merchinfo(ecomm_receipt &info, const block_place &place)
+void generate_block_merchinfo(ecomm_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const Qel_rcpt_lang_t lang = info.attrs.lang;
@@ -44,7 +44,7 @@ void generate_block_merchinfo(ecomm_receipt &info, const block_place &place)
     block.center(get(kvs, "merch_addr3"));
     block.blank();
     block.center(qel_rcpt::get_or_message(kvs, "merch_url", lang, QEL_RCPT_MSG_UNKNOWN_URL));
-    block.store(place);
+    block.store(slot);
 }
 
 // A corrected purchase shows no rows of nothing.
@@ -62,10 +62,10 @@ void add_reference_number(plain_block &block, const Qel_hash_dict_t *kvs, const 
     std::array<char, 256> codes{};
     Qel_snprintf(codes.data(), codes.size(), "%s/%s", get(kvs, "rcpt_issuer_resp_code"),
                  get(kvs, "rcpt_resp_code"));
-    block.left_right("REFERENCE: ", number, "Response / ISO Code: ", codes.data());
+    block.left_right({"REFERENCE: ", qel::view(number), "Response / ISO Code: ", codes.data()});
 }
 
-void generate_block_reference(ecomm_receipt &info, const block_place &place)
+void generate_block_reference(ecomm_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     const qel::dict custom = qel_rcpt::parse_custom_fields(kvs);
@@ -77,11 +77,11 @@ void generate_block_reference(ecomm_receipt &info, const block_place &place)
     plain_block block(info);
     block.label_prefix(QEL_RCPT_MSG_TRANTYPE, title);
     block.label_prefix(QEL_RCPT_MSG_ORDER_NUM, qel_rcpt::get_nonempty(kvs, "ordernum", "custref"));
-    block.left_right(block.label(QEL_RCPT_MSG_TIME).get(),
-                     qel::text(Qel_rcpt_format_time(kvs, &info.attrs)).get(),
-                     block.label(QEL_RCPT_MSG_APPROVAL_CODE).get(), get(kvs, "auth"));
+    block.left_right({block.label(QEL_RCPT_MSG_TIME),
+                      qel::view(qel::text(Qel_rcpt_format_time(kvs, &info.attrs))),
+                      block.label(QEL_RCPT_MSG_APPROVAL_CODE), qel::view(get(kvs, "auth"))});
     add_reference_number(block, kvs, get(custom.get(), "refnum"));
-    block.store(place);
+    block.store(slot);
 }
 
 // Table of items
@@ -161,7 +161,7 @@ void add_items_table_kvs(plain_block &block, const Qel_hash_dict_t *kvs, const c
 {
     const char *value = get(kvs, key);
     if (!Qel_str_isempty(value))
-        add_label_and_value(block, block.message(msg), value);
+        add_label_and_value(block, block.message(msg).data(), value);
 }
 
 // The layout takes the currency's name from the country's number, which many currencies share.
@@ -179,7 +179,7 @@ void add_items_table_kvs_USD(plain_block &block, const ecomm_receipt &info, cons
     if (Qel_str_isempty(value))
         return;
     table_row(to_amount_column)
-        .cell(block.message(msg), amount_width)
+        .cell(block.message(msg).data(), amount_width)
         .text(" ")
         .cell(value, subtotal_width - currency_width)
         .cell(currency_name_of_country(info.attrs.country_code), currency_width)
@@ -194,7 +194,7 @@ void add_each(plain_block &block, const Qel_json_node_t *array,
         add(block, Qel_json_array_at(array, i));
 }
 
-void generate_block_items(ecomm_receipt &info, const block_place &place)
+void generate_block_items(ecomm_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
@@ -211,7 +211,7 @@ void generate_block_items(ecomm_receipt &info, const block_place &place)
                             key_is(kvs, "action_trans", "preauth") ? QEL_RCPT_MSG_AUTH_AMOUNT
                                                                    : QEL_RCPT_MSG_TOTAL);
     block.raw(table_rule);
-    block.store(place);
+    block.store(slot);
 }
 
 // Addresses
@@ -227,7 +227,7 @@ constexpr address_row address_rows[] = {
     {"bill_zip", "ship_zip"},     {"bill_country", "ship_country"},
 };
 
-void generate_block_customer_info(ecomm_receipt &info, const block_place &place)
+void generate_block_customer_info(ecomm_receipt &info, const block_slot &slot)
 {
     const bool is_recurring = Qel_str_eq(get(info.kvs, "recurring"), "recurring");
     const Qel_json_node_t *customer = get_moneris_rcpt_node(info, "customer");
@@ -242,23 +242,23 @@ void generate_block_customer_info(ecomm_receipt &info, const block_place &place)
         if (!Qel_str_isempty(bill) || !Qel_str_isempty(ship))
             table_row("").cell(bill, 34).text(" ").cell(ship, 35).store(block);
     }
-    block.store(place);
+    block.store(slot);
 }
 
-void generate_block_refund_policy(ecomm_receipt &info, const block_place &place)
+void generate_block_refund_policy(ecomm_receipt &info, const block_slot &slot)
 {
     plain_block block(info);
     block.center("RETURNS & REFUND POLICY");
     block.center(Qel_json_object_value_string(info.rcpt_data.get(), "policy"));
-    block.store(place);
+    block.store(slot);
 }
 
 constexpr qel_rcpt::block_builder<ecomm_receipt> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
     {"line_items", generate_block_items},
-    {"customer_info", generate_block_customer_info},
-    {"refund_policy", generate_block_refund_policy},
+    {"customer_info", generate_block_customer_info, qel_rcpt::by_nothing},
+    {"refund_policy", generate_block_refund_policy, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("moneris-ecomm", block_builders));
 

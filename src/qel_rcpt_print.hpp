@@ -2,7 +2,7 @@
 #ifndef QEL_RCPT_PRINT_HPP
 #define QEL_RCPT_PRINT_HPP
 
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 #include "qel_rcpt_tables.hpp"
 
 #include <qel_rcpt_print.h>

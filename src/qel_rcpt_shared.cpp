@@ -1,5 +1,5 @@
 // Rules that several forms follow: time, signature, marks, order number, custom fields.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 #include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
@@ -115,6 +115,11 @@ bool was_card_removed(const Qel_hash_dict_t *kvs)
 {
     return key_is(kvs, "u_errorcode", "emv_card_removed") ||
            key_is(kvs, "reversal_reason", "cardremoved");
+}
+
+bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
+{
+    return key_is_true(kvs, "issuer_decline");
 }
 
 namespace

@@ -1,5 +1,5 @@
 // What a transaction is called.
-#include "qel_rcpt_int.hpp"
+#include "qel_rcpt_rules.hpp"
 
 #include <algorithm>
 

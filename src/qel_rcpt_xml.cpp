@@ -1,8 +1,10 @@
 // The XML receipt: a block is an element, its values are elements in it.
-#include "qel_rcpt_values.hpp"
+#include "qel_rcpt_frame.hpp"
+#include "qel_rcpt_rows.hpp"
+#include "qel_rcpt_rules.hpp"
 
-using qel_rcpt::block_copies;
-using qel_rcpt::block_place;
+using qel_rcpt::block_slot;
+using qel_rcpt::row;
 
 namespace
 {
@@ -14,31 +16,47 @@ struct Qel_rcpt_xml_t {
     qel::xml_doc document; // of all blocks, so that they share its memory
 };
 
-void add_value(void *element, const char *name, const char *value)
+void add_value(Qel_xml_node_t *element, const char *name, const char *value)
 {
-    Qel_xml_create_element_with_text(name, value, 0, static_cast<Qel_xml_node_t *>(element));
+    Qel_xml_create_element_with_text(name, value, 0, element);
 }
 
-Qel_xml_node_t *create_block(const Qel_rcpt_xml_t &info, const qel_rcpt::value_block &block,
-                             bool is_custcopy)
+Qel_xml_node_t *create_block(const Qel_rcpt_xml_t &info, const char *name)
 {
-    Qel_xml_node_t *element = Qel_xml_create_element(block.name, info.document.get());
-    block.add_values({info.kvs, info.attrs, is_custcopy, element, add_value});
-    return element;
+    return Qel_xml_create_element(name, info.document.get());
 }
 
-void add_block(const Qel_rcpt_xml_t &info, const block_place &place, const Qel_xml_node_t *element)
+void add_rows(const Qel_rcpt_xml_t &info, const block_slot &slot, std::span<const row> rows,
+              Qel_xml_node_t *element)
+{
+    qel_rcpt::for_each_value(
+        rows, qel_rcpt::in_data, {info.kvs, info.attrs, slot.is_custcopy},
+        [&](const row &row, const char *text) { add_value(element, row.name, text); });
+}
+
+void add_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const Qel_xml_node_t *element)
 {
     if (Qel_xml_node_num_children(element) == 0)
         return;
     const qel::text written(Qel_xml_write(element, QEL_XML_WRITER_PRETTYPRINT_SPACE, nullptr));
-    Qel_hash_dict_insert(info.blocks, place.key, written.get());
+    Qel_hash_dict_insert(info.blocks, slot.key, written.get());
 }
 
-template <const qel_rcpt::value_block &Block>
-void generate_block(Qel_rcpt_xml_t &info, const block_place &place)
+void generate_rows_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const char *name,
+                         std::span<const row> rows)
 {
-    add_block(info, place, create_block(info, Block, place.is_custcopy));
+    Qel_xml_node_t *element = create_block(info, name);
+    add_rows(info, slot, rows, element);
+    add_block(info, slot, element);
+}
+
+void generate_block_merchinfo(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    Qel_xml_node_t *element = create_block(info, "merch_info");
+    qel_rcpt::for_each_merchant_value(
+        info.kvs, info.attrs.lang,
+        [&](const char *name, const char *text) { add_value(element, name, text); });
+    add_block(info, slot, element);
 }
 
 void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
@@ -51,11 +69,12 @@ void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
         add_value(custom, qel_rcpt::clean_field_name(name).get(), value);
 }
 
-void generate_block_reference(Qel_rcpt_xml_t &info, const block_place &place)
+void generate_block_reference(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *element = create_block(info, qel_rcpt::reference_block, place.is_custcopy);
+    Qel_xml_node_t *element = create_block(info, "reference");
+    add_rows(info, slot, qel_rcpt::reference_rows, element);
     add_custom_fields(info, element);
-    add_block(info, place, element);
+    add_block(info, slot, element);
 }
 
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
@@ -68,27 +87,60 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
     add_value(item, "type", Qel_rcpt_line_item_type_to_str(type));
 }
 
-void generate_block_line_items(Qel_rcpt_xml_t &info, const block_place &place)
+void generate_block_line_items(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *items = Qel_xml_create_element("items", info.document.get());
+    Qel_xml_node_t *items = create_block(info, "items");
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items);
-    add_block(info, place, items);
+    add_block(info, slot, items);
+}
+
+void generate_block_order_money(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "order_money", qel_rcpt::order_money_rows);
+}
+
+void generate_block_money(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "money", qel_rcpt::money_rows);
+}
+
+void generate_block_disposition(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "disposition", qel_rcpt::disposition_rows);
+}
+
+void generate_block_signature(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "signature", qel_rcpt::signature_rows);
+}
+
+void generate_block_emv(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "emv", qel_rcpt::emv_rows);
+}
+
+void generate_block_notice(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "notice", qel_rcpt::notice_rows);
+}
+
+void generate_block_notes(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "notes", qel_rcpt::notes_rows);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_xml_t> block_builders[] = {
-    {qel_rcpt::merchinfo_block.name, generate_block<qel_rcpt::merchinfo_block>},
-    {qel_rcpt::reference_block.name, generate_block_reference},
-    {"items", generate_block_line_items},
-    {qel_rcpt::order_money_block.name, generate_block<qel_rcpt::order_money_block>},
-    {qel_rcpt::money_block.name, generate_block<qel_rcpt::money_block>,
-     block_copies::alike_without_balance},
-    {qel_rcpt::disposition_block.name, generate_block<qel_rcpt::disposition_block>},
-    {qel_rcpt::signature_block.name, generate_block<qel_rcpt::signature_block>,
-     block_copies::merch_only},
-    {qel_rcpt::emv_block.name, generate_block<qel_rcpt::emv_block>},
-    {qel_rcpt::notice_block.name, generate_block<qel_rcpt::notice_block>, block_copies::differing},
-    {qel_rcpt::notes_block.name, generate_block<qel_rcpt::notes_block>},
+    {"merch_info", generate_block_merchinfo},
+    {"reference", generate_block_reference},
+    {"items", generate_block_line_items, qel_rcpt::by_nothing},
+    {"order_money", generate_block_order_money, qel_rcpt::by_nothing},
+    {"money", generate_block_money, qel_rcpt::by_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
+    {"emv", generate_block_emv, qel_rcpt::by_nothing},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
+    {"notes", generate_block_notes, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("xml", block_builders));
 

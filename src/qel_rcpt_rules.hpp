@@ -1,0 +1,154 @@
+// The rules and tables that more than one form reads, beyond the exported operations.
+#ifndef QEL_RCPT_RULES_HPP
+#define QEL_RCPT_RULES_HPP
+
+#include "qel_rcpt_int.h"
+
+#include <qelstdlib.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string_view>
+
+namespace qel_rcpt
+{
+
+// The record's value, or absent.
+inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
+{
+    return Qel_hash_dict_get_direct(kvs, key);
+}
+
+// The attributes, or those of a copy without a configuration.
+const Qel_rcpt_attrs_t &attrs_or_default(const Qel_rcpt_attrs_t *attrs);
+
+// The record's value under key; the one under fallback when that is absent or empty.
+const char *get_nonempty(const Qel_hash_dict_t *kvs, const char *key, const char *fallback);
+
+// Whether the value is one of the words, without regard to case.
+inline bool is_one_of(const char *value, std::initializer_list<const char *> words)
+{
+    return std::ranges::any_of(words,
+                               [&](const char *word) { return Qel_str_caseeq(value, word); });
+}
+
+// Whether the record's value is the word, contains it, is set; without regard to case.
+inline bool key_is(const Qel_hash_dict_t *kvs, const char *key, const char *word)
+{
+    return Qel_str_caseeq(get(kvs, key), word);
+}
+inline bool key_contains(const Qel_hash_dict_t *kvs, const char *key, const char *word)
+{
+    return Qel_str_casestr(get(kvs, key), word) != nullptr;
+}
+inline bool key_is_true(const Qel_hash_dict_t *kvs, const char *key)
+{
+    return Qel_str_istrue(get(kvs, key));
+}
+
+// Whether the card was taken out before the transaction was complete.
+bool was_card_removed(const Qel_hash_dict_t *kvs);
+
+// Whether the issuer said no.
+bool was_declined_by_issuer(const Qel_hash_dict_t *kvs);
+
+// Whether the amount is above zero.
+inline bool is_positive(const char *amount)
+{
+    return Qel_atofi100(amount) > 0;
+}
+
+// An amount of the record that is added to a sum or taken from it.
+enum class sign { plus, minus };
+struct money_term {
+    const char *key;
+    sign how;
+};
+
+// From the amount to the subtotal: what the rows above the total show is taken out again.
+inline constexpr money_term subtotal_terms[] = {
+    {"examount", sign::minus},
+    {"tax", sign::minus},
+    {"cashbackamount", sign::minus},
+    {"surchargeamount", sign::minus},
+    {"fee", sign::minus},
+    {"convenience_fee", sign::minus},
+    {"supplemental_fee", sign::minus},
+    {"discountamount", sign::plus},
+};
+
+// The merchant's lines from top to bottom, each with the message for a record without the key and
+// its class in HTML.
+struct merchant_field {
+    const char *key;
+    Qel_rcpt_msg_t missing;
+    const char *html_class;
+};
+inline constexpr merchant_field merchant_fields[] = {
+    {"merch_name", QEL_RCPT_MSG_UNKNOWN_NAME, "name"},
+    {"merch_addr1", QEL_RCPT_MSG_UNKNOWN_ADDR, "address"},
+    {"merch_addr2", QEL_RCPT_MSG_NONE, "address"},
+    {"merch_addr3", QEL_RCPT_MSG_NONE, "address"},
+    {"merch_phone", QEL_RCPT_MSG_UNKNOWN_PHONE, "phone"},
+    {"merch_email", QEL_RCPT_MSG_NONE, "email"},
+    {"merch_url", QEL_RCPT_MSG_NONE, "url"},
+};
+
+// The record's value, also an empty one, or the message where the record does not have the key.
+const char *get_or_message(const Qel_hash_dict_t *kvs, const char *key, Qel_rcpt_lang_t lang,
+                           Qel_rcpt_msg_t missing);
+
+// The merchant's lines as data: show(name, text). A value that has a message for its absence stays
+// when it is empty.
+template <typename Show>
+void for_each_merchant_value(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang, Show show)
+{
+    for (const merchant_field &field : merchant_fields) {
+        const char *text = get_or_message(kvs, field.key, lang, field.missing);
+        if (field.missing != QEL_RCPT_MSG_NONE || !Qel_str_isempty(text))
+            show(field.key, text);
+    }
+}
+
+// What the transaction is called, from its action and card class; absent without an action.
+const char *get_title(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang);
+
+// As get_title, with the Moneris processor's titles; correction_type is the custom field.
+const char *get_title_moneris(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang,
+                              const char *correction_type);
+
+// The number of the lane; 1 where the record has none above zero.
+std::int64_t get_lane(const Qel_hash_dict_t *kvs);
+
+// The order number: "ordernum", or a "ptrannum" above zero when that is absent or empty; or absent.
+const char *get_order_number(const Qel_hash_dict_t *kvs);
+
+// The merchant-defined fields of "rcpt_custom" as they stand there; absent where there are none or
+// the text does not parse.
+qel::dict parse_custom_fields(const Qel_hash_dict_t *kvs);
+
+// The same sorted by name without regard to case.
+qel::dict get_custom_fields(const Qel_hash_dict_t *kvs);
+
+// A field's name as part of an id or element name: '_' in place of each byte that may not be there.
+qel::text clean_field_name(const char *name);
+
+// The tip that is part of the amount: "examount" when the record has that key, else "u_tip".
+const char *get_tip(const Qel_hash_dict_t *kvs);
+
+// Whether the money block is left out, because the order money says all: an order paid in full.
+bool is_order_paid_in_full(const Qel_hash_dict_t *kvs);
+
+// What the transaction would have cost, paid the other way: in cash or not.
+struct alternative_price {
+    Qel_rcpt_msg_t label;
+    const char *amount; // may be absent or empty
+};
+alternative_price get_alternative_price(const Qel_hash_dict_t *kvs);
+
+} // namespace qel_rcpt
+
+#endif
