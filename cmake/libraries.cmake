@@ -11,9 +11,10 @@ function(qelrcpt_library target soversion package)
     SOVERSION ${soversion}
     VERSION ${soversion}.0.0)
   target_compile_features(${target} PRIVATE cxx_std_20)
-  # Calls between exported operations of one library are direct: nobody replaces one of them.
-  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  target_compile_options(${target} PRIVATE ${QELRCPT_LIBRARY_OPTIONS})
   if(BUILD_SHARED_LIBS)
+    # Calls between exported operations of one library are direct: nobody replaces one of them.
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
     set(map "${CMAKE_CURRENT_SOURCE_DIR}/${target}.map")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}" LINKER:--as-needed)

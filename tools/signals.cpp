@@ -60,7 +60,7 @@ removed_by_signals::removed_by_signals(std::string path) : path_(std::move(path)
     struct sigaction action {
     };
     action.sa_handler = remove_and_end;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     for (const int signal : ending_signals) {
         if (has_default_action(signal))
             ::sigaction(signal, &action, nullptr);
