@@ -17,6 +17,7 @@
 #define QEL_RCPT_HPP
 
 #include <qel_rcpt.h>
+#include <qel_rcpt_check.h>
 #include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
 
@@ -214,6 +215,54 @@ class record
 
     qel::dict dict_ = make_dict();
 };
+
+// The check of a record before it becomes a receipt
+
+enum class severity : std::uint32_t {
+    note = QEL_RCPT_SEVERITY_NOTE,
+    warning = QEL_RCPT_SEVERITY_WARNING,
+    error = QEL_RCPT_SEVERITY_ERROR
+};
+
+// What the receipt will be rendered as; general: plain text, HTML, XML and JSON.
+enum class form : std::uint32_t {
+    general = QEL_RCPT_FORM_GENERAL,
+    moneris = QEL_RCPT_FORM_MONERIS,
+    moneris_ecomm = QEL_RCPT_FORM_MONERIS_ECOMM
+};
+
+struct finding {
+    rcpt::severity severity;
+    std::string_view rule;             // its name; lasts as long as the library
+    std::string key;                   // "" for the whole record or the configuration
+    std::optional<std::size_t> offset; // in bytes inside the key's value
+    std::string message;
+    std::string_view source; // the document that asks for it; "" for a rule of the library
+    std::string_view date;   // when that was read, as year and month
+};
+
+// What is wrong with the record, group by group of rules. docs/requirements.md lists them.
+inline std::vector<finding> check(const record &transaction, const config &merchant = {},
+                                  form rendered_as = form::general)
+{
+    std::vector<finding> findings;
+    const auto take = [](void *info, const Qel_rcpt_finding_t *found) {
+        finding one{static_cast<rcpt::severity>(found->severity),
+                    found->rule,
+                    found->key,
+                    std::nullopt,
+                    found->message,
+                    found->source,
+                    found->date};
+        if (found->offset != QEL_RCPT_NO_OFFSET)
+            one.offset = found->offset;
+        static_cast<std::vector<finding> *>(info)->push_back(std::move(one));
+    };
+    const Qel_rcpt_config_t native = merchant.native();
+    Qel_rcpt_check(transaction.native(), &native, static_cast<Qel_rcpt_form_t>(rendered_as), take,
+                   &findings);
+    return findings;
+}
 
 // Receipts
 

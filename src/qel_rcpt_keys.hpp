@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
+#include <numeric>
 #include <string_view>
 
 namespace qel_rcpt
@@ -31,6 +34,7 @@ enum class key_kind {
     number,    // a whole number
     seconds,   // since 1970
     host_time, // mmddyyHHMMSS
+    hex,       // bytes, two digits each
     json,      // a document
     fields,    // name:value, name:value
 };
@@ -247,26 +251,26 @@ inline constexpr record_key record_keys[] = {
      "the server's or processor's response code", "", "027"},
     {"rcpt_emv_name", key_group::chip, key_kind::text, key_readers::general_and_store,
      "application preferred name or label", "", "VISA CREDIT"},
-    {"rcpt_emv_aid", key_group::chip, key_kind::text, key_readers::general_and_store,
+    {"rcpt_emv_aid", key_group::chip, key_kind::hex, key_readers::general_and_store,
      "application identifier", "", "A0000000031010"},
-    {"rcpt_emv_tvr", key_group::chip, key_kind::text, key_readers::general_and_store,
+    {"rcpt_emv_tvr", key_group::chip, key_kind::hex, key_readers::general_and_store,
      "terminal verification results", "", "0080008000"},
-    {"rcpt_emv_tsi", key_group::chip, key_kind::text, key_readers::general_and_store,
+    {"rcpt_emv_tsi", key_group::chip, key_kind::hex, key_readers::general_and_store,
      "transaction status information", "", "E800"},
-    {"rcpt_emv_iad", key_group::chip, key_kind::text, key_readers::general,
+    {"rcpt_emv_iad", key_group::chip, key_kind::hex, key_readers::general,
      "issuer application data", "", "06011203A00000"},
     {"rcpt_emv_actype", key_group::chip, key_kind::text, key_readers::general,
      "type of the cryptogram",
      "In plain text it is the cryptogram's label, and neither shows without the other.", "TC"},
-    {"rcpt_emv_ac", key_group::chip, key_kind::text, key_readers::general, "application cryptogram",
+    {"rcpt_emv_ac", key_group::chip, key_kind::hex, key_readers::general, "application cryptogram",
      "", "5C1A8E2F90B34D67"},
-    {"rcpt_emv_card_decline", key_group::chip, key_kind::text, key_readers::general,
+    {"rcpt_emv_card_decline", key_group::chip, key_kind::hex, key_readers::general,
      "data of a decline by the card", "", "9F2701009F360200A1"},
     {"rcpt_emv_cvm", key_group::chip, key_kind::word, key_readers::general_and_store,
      "cardholder verification method", "`pin` and `pinsig` give \"Verified By Pin\".", "pin"},
     {"rcpt_emv_pinbypass", key_group::chip, key_kind::flag, key_readers::general_and_store,
      "the cardholder went without the PIN", "", "yes"},
-    {"rcpt_emv_form_factor", key_group::chip, key_kind::text, key_readers::store,
+    {"rcpt_emv_form_factor", key_group::chip, key_kind::hex, key_readers::store,
      "device of a contactless payment (\"FF/DT\")",
      "On the merchant's copy, and on the customer's with the self-service industry.", "01"},
     {"u_emv_chip_malfunction", key_group::chip, key_kind::flag, key_readers::store,
@@ -295,18 +299,38 @@ inline constexpr record_key record_keys[] = {
      "exactly `recurring`, in this case: no billing address", "", "recurring"},
 };
 
-// The names in ascending order, for a binary search.
-inline constexpr auto record_key_names = [] {
-    std::array<std::string_view, std::size(record_keys)> names;
-    std::ranges::transform(record_keys, names.begin(), &record_key::name);
-    std::ranges::sort(names);
-    return names;
+constexpr std::string_view record_key_name(std::uint8_t place)
+{
+    return record_keys[place].name;
+}
+
+// The order for a binary search: by length first, which is compared faster than letters.
+constexpr bool is_before(std::string_view a, std::string_view b)
+{
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+// The places of the keys in the table in that order.
+inline constexpr auto record_key_order = [] {
+    std::array<std::uint8_t, std::size(record_keys)> places{};
+    std::iota(places.begin(), places.end(), std::uint8_t{0});
+    std::ranges::sort(places, is_before, record_key_name);
+    return places;
 }();
-static_assert(std::ranges::adjacent_find(record_key_names) == record_key_names.end());
+static_assert(std::ranges::adjacent_find(record_key_order, {}, record_key_name) ==
+              record_key_order.end());
+
+// The place of a key in the table; the table's size for any other text.
+constexpr std::size_t find_record_key(std::string_view key)
+{
+    const auto found = std::ranges::lower_bound(record_key_order, key, is_before, record_key_name);
+    const bool is_known = found != record_key_order.end() && record_key_name(*found) == key;
+    return is_known ? *found : std::size(record_keys);
+}
 
 constexpr bool is_record_key(std::string_view key)
 {
-    return std::ranges::binary_search(record_key_names, key);
+    return find_record_key(key) < std::size(record_keys);
 }
 
 } // namespace qel_rcpt

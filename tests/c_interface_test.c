@@ -1,5 +1,6 @@
 /* The headers are C11, and a receipt can be made from C. */
 #include <qel_rcpt.h>
+#include <qel_rcpt_check.h>
 #include <qel_rcpt_int.h>
 #include <qel_rcpt_plain.h>
 #include <qel_rcpt_print.h>
@@ -55,6 +56,23 @@ static int check_print(const Qel_hash_dict_t *blocks, const Qel_hash_dict_t *rec
     return failed;
 }
 
+/* Keeps the first finding's rule and key, "rule key". */
+static void keep_first(void *info, const Qel_rcpt_finding_t *finding)
+{
+    char *first = info;
+    if (first[0] == '\0')
+        Qel_snprintf(first, 64, "%s %s", finding->rule, finding->key);
+}
+
+static int check_findings(const Qel_hash_dict_t *record, const Qel_rcpt_config_t *config)
+{
+    char first[64] = "";
+    const size_t errors = Qel_rcpt_check(record, config, QEL_RCPT_FORM_GENERAL, keep_first, first);
+    /* the merchant's name and address, and the action are missing */
+    return check("first finding", "merchant-name-missing merch_name", first) +
+           (errors == 3 ? 0 : 1);
+}
+
 int main(void)
 {
     Qel_rcpt_config_t config = {.country_code = 124,
@@ -75,6 +93,7 @@ int main(void)
                     Qel_hash_dict_get_direct(blocks, "merch_disposition"));
     failed += check_own_layout();
     failed += check_print(blocks, record);
+    failed += check_findings(record, &config);
 
     Qel_hash_dict_destroy(blocks);
     Qel_hash_dict_destroy(record);

@@ -181,6 +181,30 @@ TEST_F(CxxInterface, PrintsForAPrinter)
     EXPECT_EQ(none.bytes, "");
 }
 
+TEST_F(CxxInterface, SaysWhatIsWrongWithARecord)
+{
+    rcpt::record sale{{"merch_name", "Shop"},      {"merch_addr1", "1 Road"}, {"action", "sale"},
+                      {"cardtype", "cash"},        {"amount", "$5"},          {"code", "SUCCESS"},
+                      {"timestamp", "1773502867"}, {"line_items", "[]"}};
+    const auto findings = rcpt::check(sale);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].severity, rcpt::severity::error);
+    EXPECT_EQ(findings[0].rule, "amount-unreadable");
+    EXPECT_EQ(findings[0].key, "amount");
+    EXPECT_EQ(findings[0].offset, std::size_t{0});
+    EXPECT_EQ(findings[0].message.substr(0, 21), "'$5' is not an amount");
+    EXPECT_EQ(findings[0].source, "");
+
+    sale.set("amount", "5").set("rcpt_duplicate", "yes");
+    EXPECT_TRUE(rcpt::check(sale).empty());
+    const auto online =
+        rcpt::check(sale.set("moneris_rcpt_data", "{}"), {}, rcpt::form::moneris_ecomm);
+    ASSERT_EQ(online.size(), 1U);
+    EXPECT_EQ(online[0].rule, "duplicate-unmarked");
+    EXPECT_FALSE(online[0].offset.has_value());
+    EXPECT_EQ(online[0].date, "2026-11");
+}
+
 TEST(CxxInterfaceSession, MayFollowAnother)
 {
     for (int i = 0; i < 2; ++i) {

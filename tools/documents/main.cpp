@@ -2,12 +2,14 @@
 // source tree at ROOT. Says which of them differ from the tables; with --write, writes them.
 #include "documents/manual.h"
 
+#include <qel_rcpt_check.h>
 #include <qel_rcpt_keys.hpp>
 
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -112,10 +114,61 @@ std::string record_manual(const std::string & /*old*/, const fs::path &root)
 
 std::string fuzz_dictionary(const std::string &old, const fs::path & /*root*/)
 {
+    std::set<std::string_view> names;
+    for (const qel_rcpt::record_key &key : qel_rcpt::record_keys)
+        names.insert(key.name);
     std::string keys;
-    for (const std::string_view name : qel_rcpt::record_key_names)
+    for (const std::string_view name : names)
         keys.append("\"\\x1E").append(name).append("=\"\n");
     return replaced(old, "in front and the sign behind.\n", "\n#", keys);
+}
+
+constexpr std::string_view requirements_head =
+    R"(# What receipts are checked for
+
+Made from the library's table of rules by `scripts/update-documents`.
+
+`Qel_rcpt_check` (`include/qel_rcpt_check.h`) and `qelrcpt --check` look at a record before it becomes a
+receipt. An **error** is a receipt that is wrong or breaks a rule, a **warning** one that may be, and a
+**note** is worth knowing.
+
+The rules with a source were gathered from public documents, read in the month beside them. **Rules differ
+by scheme, country and acquirer, and change; the acquirer has the last word.** A record without findings
+is no certificate, and a finding may be one that your acquirer does not ask about: `--no-rule NAME` leaves
+it out. The rules without a source are this library's own: what it would leave out, cut or misread.
+
+The general forms are plain text, HTML, XML and JSON. A payment is a sale or an authorisation.
+)";
+
+constexpr std::pair<Qel_rcpt_rule_group_t, std::string_view> rule_headings[] = {
+    {QEL_RCPT_RULES_VALUES, "Values that cannot be used"},
+    {QEL_RCPT_RULES_CONTRADICTIONS, "Values that contradict each other"},
+    {QEL_RCPT_RULES_SECRETS, "What must not be shown"},
+    {QEL_RCPT_RULES_REQUIRED, "What must be shown"},
+};
+
+std::string rule_row(const Qel_rcpt_rule_t &rule)
+{
+    constexpr std::string_view severities[] = {"note", "warning", "error"};
+    std::string row = "| `" + std::string(rule.name) + "` | ";
+    row.append(severities[rule.severity]).append(" | ").append(rule.wants).append(" | ");
+    row.append(rule.applies[0] == '\0' ? "always" : rule.applies).append(" | ").append(rule.keys);
+    return row.append(" | ").append(rule.source).append(" | ").append(rule.date).append(" |\n");
+}
+
+std::string requirements_document(const std::string & /*old*/, const fs::path & /*root*/)
+{
+    std::string document(requirements_head);
+    for (const auto &[group, heading] : rule_headings) {
+        document.append("\n## ").append(heading).append("\n\n");
+        document += "| rule | finding | wants | when | keys | source | read |\n"
+                    "|---|---|---|---|---|---|---|\n";
+        for (std::size_t i = 0; const Qel_rcpt_rule_t *rule = Qel_rcpt_check_rule(i); ++i) {
+            if (rule->group == group)
+                document += rule_row(*rule);
+        }
+    }
+    return document;
 }
 
 struct made_document {
@@ -126,6 +179,7 @@ struct made_document {
 constexpr made_document made_documents[] = {
     {"docs/record.md",
      [](const std::string &old, const fs::path &root) { return record_document(old, root); }},
+    {"docs/requirements.md", requirements_document},
     {"man/qelrcpt-record.5", record_manual},
     {"fuzz/record.dict", fuzz_dictionary},
 };

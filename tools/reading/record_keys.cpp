@@ -49,7 +49,8 @@ std::string_view nearest_record_key(std::string_view key)
         return {};
     std::string_view nearest;
     size_t nearest_distance = std::min<size_t>(2, key.size() / 3) + 1;
-    for (const std::string_view known : qel_rcpt::record_key_names) {
+    for (const qel_rcpt::record_key &record_key : qel_rcpt::record_keys) {
+        const std::string_view known = record_key.name;
         const size_t distance = edit_distance(upper_case(key), upper_case(known));
         if (distance < nearest_distance) {
             nearest = known;
@@ -62,7 +63,10 @@ std::string_view nearest_record_key(std::string_view key)
 std::string listed_record_keys()
 {
     const size_t column =
-        std::ranges::max(qel_rcpt::record_key_names, {}, &std::string_view::size).size() + 2;
+        std::ranges::max(qel_rcpt::record_keys, {},
+                         [](const qel_rcpt::record_key &key) { return key.name.size(); })
+            .name.size() +
+        2;
     std::string list;
     for (const qel_rcpt::record_key &key : qel_rcpt::record_keys) {
         list.append(key.name).append(column - key.name.size(), ' ').append(key.meaning);

@@ -1,0 +1,451 @@
+// What a receipt must show.
+#include "qel_rcpt_check_int.hpp"
+
+#include <algorithm>
+
+namespace qel_rcpt::check
+{
+
+namespace
+{
+
+constexpr Qel_rcpt_rule_group_t required = QEL_RCPT_RULES_REQUIRED;
+
+constexpr const char *adyen = "Adyen's summary of scheme requirements";
+constexpr const char *stripe = "Stripe Terminal receipt details";
+constexpr const char *interac = "Moneris receipt requirements";
+constexpr const char *regulation_e = "Regulation E, 12 CFR 1005.9(a)";
+constexpr const char *usda = "USDA FNS";
+constexpr const char *guides = "certification guides of processors";
+
+bool lacks_name(const subject &record)
+{
+    return !record.has("merch_name");
+}
+
+bool lacks_address(const subject &record)
+{
+    return !record.has("merch_addr1");
+}
+
+// A number of its own field, or on an address line that is named so.
+bool lacks_merchant_number(const subject &record)
+{
+    if (record.is_cash())
+        return false;
+    for (const known_key line : {known_key("merch_addr2"), known_key("merch_addr3")}) {
+        if (record.holds(line, "mid") || record.holds(line, "merchant"))
+            return false;
+    }
+    field_reader fields(record.text("rcpt_custom"));
+    for (field each; fields.next(each);) {
+        static constexpr std::string_view names[] = {"mid",      "merchant id", "merchant number",
+                                                     "merchant", "merchant no", "merchant no."};
+        if (is_word(each.name, names))
+            return false;
+    }
+    return true;
+}
+
+bool lacks_time(const subject &record)
+{
+    return !record.has("rcpt_host_ts") && !record.has("timestamp");
+}
+
+bool lacks_action(const subject &record)
+{
+    return record.action() == nullptr;
+}
+
+bool lacks_amount(const subject &record)
+{
+    return !record.has("amount") && (record.is_payment() || record.action() == nullptr);
+}
+
+bool lacks_items(const subject &record)
+{
+    return record.is_payment() && record.is_approved() &&
+           !record.has(record.is_ecommerce() ? known_key("moneris_rcpt_data")
+                                             : known_key("line_items")) &&
+           !record.is_in_store();
+}
+
+bool lacks_result(const subject &record)
+{
+    return !record.is_ecommerce() && record.result() == outcome::open && !record.has("code") &&
+           !record.has("orig_code") && !record.has("phard_code") && !record.has("orig_phard_code");
+}
+
+bool is_decline_unstated(const subject &record)
+{
+    return record.is_ecommerce() && record.result() != outcome::approved &&
+           record.result() != outcome::voided;
+}
+
+bool lacks_account(const subject &record)
+{
+    return record.is_payment() && !record.is_cash() && !record.is_ecommerce() &&
+           record.has("cardtype") && !record.has("account");
+}
+
+// Chip
+
+bool is_chip_payment(const subject &record)
+{
+    return record.is_payment() && record.is_chip_entry() && record.is_approved() &&
+           !record.is_ecommerce();
+}
+
+bool lacks_aid(const subject &record)
+{
+    return is_chip_payment(record) && !record.has("rcpt_emv_aid");
+}
+
+bool lacks_application_name(const subject &record)
+{
+    return is_chip_payment(record) && !record.has("rcpt_emv_name");
+}
+
+bool lacks_verification_results(const subject &record)
+{
+    return is_chip_payment(record) && !record.has("rcpt_emv_tvr");
+}
+
+bool lacks_status_information(const subject &record)
+{
+    return is_chip_payment(record) && !record.has("rcpt_emv_tsi");
+}
+
+bool lacks_cryptogram(const subject &record)
+{
+    return is_chip_payment(record) && record.is_general() && !record.has("rcpt_emv_ac");
+}
+
+// In plain text the type is the cryptogram's label.
+bool has_half_a_cryptogram(const subject &record)
+{
+    return record.is_general() && record.has("rcpt_emv_ac") != record.has("rcpt_emv_actype");
+}
+
+bool lacks_verification_method(const subject &record)
+{
+    return is_chip_payment(record) && record.is("rcpt_entry_mode", "c") &&
+           !record.has("rcpt_emv_cvm") && !record.is_set("rcpt_emv_pinbypass");
+}
+
+bool lacks_decline_data(const subject &record)
+{
+    return record.result() == outcome::declined && record.is("rcpt_entry_mode", "c") &&
+           record.is_general() && !record.has("rcpt_emv_ac");
+}
+
+bool lacks_response_code(const subject &record)
+{
+    return record.is_payment() && !record.is_cash() && !record.has("rcpt_issuer_resp_code") &&
+           !record.has("rcpt_resp_code") && record.has("code") &&
+           (record.is_approved() || record.is_set("issuer_decline"));
+}
+
+// Interac
+
+bool is_interac_misspelt(const subject &record)
+{
+    return !record.is_interac() && record.holds("cardtype", "interac");
+}
+
+bool lacks_interac_heading(const subject &record)
+{
+    return record.is_interac() && record.is_general();
+}
+
+bool has_interac_heading_in_other_language(const subject &record)
+{
+    return record.is_interac() && record.is_in_store() &&
+           (record.has_language(QEL_RCPT_LANG_ES) || record.has_language(QEL_RCPT_LANG_DE) ||
+            record.has_language(QEL_RCPT_LANG_IT));
+}
+
+bool lacks_interac_account_type(const subject &record)
+{
+    static constexpr std::string_view types[] = {"checking", "chequing", "savings"};
+    const bool is_known = is_word(record.text("rcpt_acct_type"), types) ||
+                          Qel_str_caseeq_start(record.get("rcpt_acct_type"), "flash");
+    return record.is_interac() && !is_known && !record.is_ecommerce() &&
+           (record.is_payment() || record.has("rcpt_acct_type"));
+}
+
+// Signature, surcharge, marks
+
+bool lacks_copy_to_sign(const subject &record)
+{
+    return record.is_set("u_need_signature") &&
+           (!record.has_merchant_copy() || record.is_ecommerce());
+}
+
+bool has_surcharge_called_fee(const subject &record)
+{
+    return record.amount("surchargeamount") > 0 && record.has_language(QEL_RCPT_LANG_FR);
+}
+
+// An order paid in full shows the order's money alone.
+bool hides_surcharge(const subject &record)
+{
+    return record.is_general() && record.amount("surchargeamount") > 0 &&
+           is_order_paid_in_full(record.record());
+}
+
+bool hides_duplicate(const subject &record)
+{
+    return record.is_ecommerce() && Qel_rcpt_is_duplicate(record.record());
+}
+
+bool lacks_authorised_amount(const subject &record)
+{
+    return record.is("rcpt_issuer_resp_code", "10") && record.is_approved() &&
+           !record.has("authamount");
+}
+
+bool hides_partial_approval(const subject &record)
+{
+    return record.is_ecommerce() && record.has("authamount");
+}
+
+// Regulation E and benefits
+
+bool is_us_debit(const subject &record)
+{
+    return record.is_in(country_us) && record.is_debit() && record.is_payment() &&
+           record.is_approved();
+}
+
+bool lacks_us_account_type(const subject &record)
+{
+    field_reader fields(record.text("rcpt_custom"));
+    bool is_named = false;
+    for (field each; fields.next(each);) {
+        static constexpr std::string_view names[] = {"account", "account type", "acct type",
+                                                     "from account", "type of account"};
+        is_named = is_named || is_word(each.name, names);
+    }
+    return is_us_debit(record) && !is_named;
+}
+
+bool lacks_balance(const subject &record)
+{
+    return record.is_benefit() && record.is_approved() && !record.has("balance");
+}
+
+bool hides_zero_balance(const subject &record)
+{
+    return record.is_benefit() && record.is_general() && record.has("balance") &&
+           record.amount("balance") <= 0;
+}
+
+// The title of such a sale is "Purchase".
+bool lacks_benefit_program(const subject &record)
+{
+    return record.is_benefit() && !record.holds("cardtype", "ebt") &&
+           !record.holds("cardtype", "snap") && !record.holds("rcpt_custom", "ebt") &&
+           !record.holds("rcpt_custom", "snap");
+}
+
+constexpr rule rules[] = {
+    {{"merchant-name-missing", error, required, "the merchant's trading name, as the first line",
+      "", "merch_name", "Adyen's summary of scheme requirements; Adyen card receipts",
+      november_2026},
+     lacks_name,
+     "merch_name",
+     "the receipt does not name the merchant; give merch_name"},
+    {{"merchant-address-missing", error, required, "the merchant's location", "", "merch_addr1",
+      adyen, november_2026},
+     lacks_address,
+     "merch_addr1",
+     "the receipt does not say where the merchant is; give merch_addr1"},
+    {{"merchant-number-missing", note, required, "the merchant's number", "payments by card",
+      "rcpt_custom, merch_addr3", "Adyen's summary of scheme requirements; Cybersource",
+      november_2026},
+     lacks_merchant_number,
+     "rcpt_custom",
+     "some acquirers ask for the merchant's number: a field of rcpt_custom, such as MID:0012345"},
+    {{"time-missing", warning, required, "the date and time of the transaction", "",
+      "rcpt_host_ts, timestamp", adyen, november_2026},
+     lacks_time,
+     "timestamp",
+     "without rcpt_host_ts and timestamp the receipt shows the time at which it is rendered"},
+    {{"action-missing", error, required, "the type of transaction", "", "action_trans, action",
+      adyen, november_2026},
+     lacks_action,
+     "action",
+     "the receipt does not say what was done; give action, such as sale"},
+    {{"amount-missing", error, required, "the amount", "a sale or an authorisation", "amount",
+      adyen, november_2026},
+     lacks_amount,
+     "amount",
+     "the receipt shows no amount; give amount"},
+    {{"description-missing", note, required, "what was bought",
+      "approved payments, but for Moneris in-store", "line_items, moneris_rcpt_data", adyen,
+      november_2026},
+     lacks_items,
+     "line_items",
+     "the receipt does not say what was bought; some schemes ask for it"},
+    {{"account-missing", error, required, "the masked account number",
+      "a sale or an authorisation by card, but for Moneris e-commerce", "account",
+      "Regulation E, 12 CFR 1005.9(a); USDA FNS; certification guides of processors",
+      november_2026},
+     lacks_account,
+     "account",
+     "the receipt does not show the masked account number; give account"},
+    {{"result-missing", warning, required, "the outcome", "all forms but Moneris e-commerce",
+      "code, phard_code", guides, november_2026},
+     lacks_result,
+     "code",
+     "there is no result code, so the receipt would say \"Transaction Not Completed\"; give code"},
+    {{"decline-unstated", error, required, "the outcome of a transaction that was not approved",
+      "Moneris e-commerce", "code", guides, november_2026},
+     is_decline_unstated,
+     "code",
+     "this form does not say that the transaction was not approved; send no receipt of it, or "
+     "another form"},
+    {{"response-code-missing", note, required, "the issuer's or the server's response code",
+      "payments by card that were approved, or declined by the issuer",
+      "rcpt_issuer_resp_code, rcpt_resp_code", stripe, november_2026},
+     lacks_response_code,
+     "rcpt_issuer_resp_code",
+     "there is no response code of the issuer or the server"},
+    {{"chip-identifier-missing", error, required, "the application identifier (AID)",
+      "approved payments by chip and contactless", "rcpt_emv_aid",
+      "Stripe Terminal receipt details; Adyen's summary of scheme requirements", november_2026},
+     lacks_aid,
+     "rcpt_emv_aid",
+     "the receipt of a chip transaction must show the application identifier; give rcpt_emv_aid"},
+    {{"chip-name-missing", error, required, "the application's preferred name or label",
+      "approved payments by chip and contactless", "rcpt_emv_name", stripe, november_2026},
+     lacks_application_name,
+     "rcpt_emv_name",
+     "the receipt of a chip transaction must show the application's preferred name or label; give "
+     "rcpt_emv_name"},
+    {{"chip-tvr-missing", warning, required, "the terminal verification results (TVR)",
+      "approved payments by chip and contactless", "rcpt_emv_tvr", stripe, november_2026},
+     lacks_verification_results,
+     "rcpt_emv_tvr",
+     "there are no terminal verification results; give rcpt_emv_tvr"},
+    {{"chip-tsi-missing", warning, required, "the transaction status information (TSI)",
+      "approved payments by chip and contactless", "rcpt_emv_tsi", stripe, november_2026},
+     lacks_status_information,
+     "rcpt_emv_tsi",
+     "there is no transaction status information; give rcpt_emv_tsi"},
+    {{"chip-cryptogram-missing", note, required, "the cryptogram, which most leave to the merchant",
+      "approved payments by chip and contactless, the general forms", "rcpt_emv_ac",
+      "Stripe Terminal receipt details; Adyen's summary of scheme requirements", november_2026},
+     lacks_cryptogram,
+     "rcpt_emv_ac",
+     "there is no application cryptogram (rcpt_emv_ac)"},
+    {{"chip-cryptogram-half", warning, required, "a cryptogram with its type", "the general forms",
+      "rcpt_emv_ac, rcpt_emv_actype", no_source, ""},
+     has_half_a_cryptogram,
+     "rcpt_emv_actype",
+     "plain text shows the cryptogram only with its type, and neither alone; give rcpt_emv_ac and "
+     "rcpt_emv_actype"},
+    {{"chip-verification-missing", note, required, "a statement about the PIN",
+      "approved payments by chip", "rcpt_emv_cvm, rcpt_emv_pinbypass", adyen, november_2026},
+     lacks_verification_method,
+     "rcpt_emv_cvm",
+     "nothing says how the cardholder was verified; give rcpt_emv_cvm, none where nobody asked"},
+    {{"decline-data-missing", warning, required, "the chip's data of the decision",
+      "declined payments by chip, the general forms",
+      "rcpt_emv_ac, rcpt_emv_actype, rcpt_emv_card_decline", guides, november_2026},
+     lacks_decline_data,
+     "rcpt_emv_ac",
+     "the receipt of a declined chip transaction carries the chip's data of the decision; give "
+     "rcpt_emv_ac and rcpt_emv_actype"},
+    {{"interac-card-type", error, required, "cardtype Interac, without further words", "Interac",
+      "cardtype", interac, november_2026},
+     is_interac_misspelt,
+     "cardtype",
+     "only cardtype Interac, without further words, makes the account type show"},
+    {{"interac-heading", warning, required,
+      "the heading TRANSACTION RECORD or RELEVE DE TRANSACTION", "Interac in the general forms",
+      "cardtype", interac, november_2026},
+     lacks_interac_heading,
+     "cardtype",
+     "a receipt of an Interac card is headed TRANSACTION RECORD, which the general forms do not "
+     "have; use the Moneris in-store form, or print the heading in front"},
+    {{"interac-heading-language", warning, required,
+      "the heading TRANSACTION RECORD or RELEVE DE TRANSACTION",
+      "Interac in Moneris in-store, copies in other languages", "cardtype", interac, november_2026},
+     has_interac_heading_in_other_language,
+     "cardtype",
+     "a receipt of an Interac card is headed in English or French; choose one of the two"},
+    {{"interac-account-type", error, required, "CHEQUING, SAVINGS or FLASH DEFAULT",
+      "Interac, but for Moneris e-commerce", "rcpt_acct_type", interac, november_2026},
+     lacks_interac_account_type,
+     "rcpt_acct_type",
+     "the receipt of an Interac card says CHEQUING, SAVINGS or FLASH DEFAULT; give rcpt_acct_type "
+     "chequing, savings or flash"},
+    {{"signature-nowhere", error, required, "a signature line on the merchant's copy",
+      "u_need_signature", "u_need_signature", "several processors' certification guides",
+      november_2026},
+     lacks_copy_to_sign,
+     "u_need_signature",
+     "a signature is wanted, but this industry or form has no merchant copy with a line for it"},
+    {{"surcharge-name", warning, required, "a surcharge that is named one", "copies in French",
+      "surchargeamount", "Forte", november_2026},
+     has_surcharge_called_fee,
+     "surchargeamount",
+     "in French the surcharge reads FRAIS, as a fee does; ask the acquirer whether that will do"},
+    {{"surcharge-hidden", error, required, "a surcharge as a line between subtotal and total",
+      "the general forms, an order paid in full", "surchargeamount, order_total", "Forte",
+      november_2026},
+     hides_surcharge,
+     "surchargeamount",
+     "this payment is the whole of order_total, and such a receipt shows the order's money alone, "
+     "without the surcharge; leave order_total out"},
+    {{"duplicate-unmarked", error, required, "a reprint that is marked as a duplicate",
+      "Moneris e-commerce", "rcpt_duplicate, u_rcpt_duplicate, u_duplicate", "Square and others",
+      november_2026},
+     hides_duplicate,
+     "rcpt_duplicate",
+     "this form has no mark of a duplicate; put it in front of the receipt"},
+    {{"partial-approval-unmarked", error, required, "a partial approval that is stated",
+      "response code 10 (ISO 8583, partial approval)", "authamount", "Moneris", november_2026},
+     lacks_authorised_amount,
+     "authamount",
+     "by its response code the approval is a partial one, but without authamount the receipt would "
+     "state a full one"},
+    {{"partial-approval-hidden", error, required, "a partial approval with the amount still due",
+      "Moneris e-commerce", "authamount", "Moneris", november_2026},
+     hides_partial_approval,
+     "authamount",
+     "this form shows neither what was authorised nor what is still due"},
+    {{"debit-account-type", note, required, "the type of account", "debit cards in country 840",
+      "rcpt_custom", regulation_e, november_2026},
+     lacks_us_account_type,
+     "rcpt_custom",
+     "where a card gives access to several accounts the receipt names the type of the one: a field "
+     "of rcpt_custom, such as Account:Checking"},
+    {{"benefit-balance-missing", error, required, "the remaining balance", "SNAP and EBT, approved",
+      "balance", usda, november_2026},
+     lacks_balance,
+     "balance",
+     "a receipt of SNAP or EBT shows the remaining balance; give balance"},
+    {{"benefit-balance-zero", warning, required, "the remaining balance, zero too",
+      "SNAP and EBT, the general forms", "balance", usda, november_2026},
+     hides_zero_balance,
+     "balance",
+     "HTML, XML and JSON do not show a balance of zero; say it in a field of rcpt_custom"},
+    {{"benefit-program-missing", warning, required, "the program", "SNAP and EBT",
+      "cardtype, rcpt_custom", usda, november_2026},
+     lacks_benefit_program,
+     "cardtype",
+     "the title of such a sale is \"Purchase\"; say SNAP or EBT in cardtype or a field of "
+     "rcpt_custom"},
+};
+
+} // namespace
+
+rule_group requirement_rules()
+{
+    return {rules, {}};
+}
+
+} // namespace qel_rcpt::check
