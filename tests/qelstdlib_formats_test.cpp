@@ -489,6 +489,131 @@ TEST(JsonTree, ManyMembersCostLinearTime)
     EXPECT_EQ(Qel_json_object_num_children(root.get()), size_t{count});
 }
 
+TEST(JsonTree, MembersAndElementsRemovedOneByOneCostLinearTime)
+{
+    constexpr int count = 100000;
+    const auto name = [](int at) { return "member " + std::to_string(at); };
+    const std::clock_t start = std::clock();
+    for (const int step : {1, count - 1, 7919}) { // forwards, backwards, and all over
+        const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
+        for (int at = 0; at < count; ++at)
+            Qel_json_object_insert_string(object.get(), name(at).c_str(), "");
+        for (int i = 0, at = 0; i < count; ++i, at = (at + step) % count)
+            Qel_json_node_destroy(Qel_json_object_value(object.get(), name(at).c_str()));
+        EXPECT_EQ(compact(object.get()), "{}");
+    }
+    for (const bool from_front : {true, false}) {
+        const qel::json array = read("[0" + repeat(",0", count - 1) + "]");
+        for (int left = count; left > 0; --left)
+            Qel_json_node_destroy(
+                Qel_json_array_at(array.get(), from_front ? 0 : static_cast<size_t>(left - 1)));
+        EXPECT_EQ(compact(array.get()), "[]");
+    }
+    EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 30);
+}
+
+// Trees and nodes of them, beside what they should be.
+class json_model
+{
+  public:
+    explicit json_model(unsigned seed) : random_(seed) {}
+
+    void step()
+    {
+        const size_t at = random_() % std::size(trees_);
+        auto &[tree, expected] = trees_[at];
+        if (!tree) {
+            expected = random_() % 2 == 0 ? json::object() : json::array();
+            tree.reset(random_() % 2 == 0
+                           ? Qel_json_node_create(expected.is_object() ? QEL_JSON_TYPE_OBJECT
+                                                                       : QEL_JSON_TYPE_ARRAY)
+                           : read(expected.dump()).release());
+        }
+        const std::string name = "n" + std::to_string(random_() % 60);
+        const size_t place = expected.empty() ? 0 : random_() % expected.size();
+        const bool is_object = expected.is_object();
+        switch (random_() % 8) {
+        case 0: // another tree goes under this one
+            adopt(at, (at + 1) % std::size(trees_), name);
+            break;
+        case 1:
+            tree.reset();
+            break;
+        case 2:
+        case 3: { // a part of it becomes a tree of its own
+            Qel_json_node_t *const part = is_object
+                                              ? Qel_json_object_value(tree.get(), name.c_str())
+                                              : Qel_json_array_at(tree.get(), place);
+            ASSERT_EQ(part != nullptr, is_object ? expected.contains(name) : !expected.empty());
+            if (part != nullptr)
+                take(at, part, name, place);
+            break;
+        }
+        default:
+            if (is_object) {
+                const std::string text(random_() % 40, 't');
+                Qel_json_object_insert_string(tree.get(), name.c_str(), text.c_str());
+                expected[name] = text;
+            } else {
+                Qel_json_array_insert(tree.get(), Qel_json_node_create(QEL_JSON_TYPE_INTEGER));
+                expected.push_back(0);
+            }
+        }
+        for (const auto &[root, model] : trees_) {
+            ASSERT_EQ(root == nullptr ? "" : compact(root.get()),
+                      root == nullptr ? "" : model.dump());
+        }
+    }
+
+  private:
+    using json = nlohmann::ordered_json;
+
+    void adopt(size_t at, size_t other, const std::string &name)
+    {
+        auto &[tree, expected] = trees_[at];
+        auto &[child, part] = trees_[other];
+        if (!child)
+            return;
+        ASSERT_TRUE(expected.is_object()
+                        ? Qel_json_object_insert(tree.get(), name.c_str(), child.release())
+                        : Qel_json_array_insert(tree.get(), child.release()));
+        if (expected.is_object())
+            expected[name] = part;
+        else
+            expected.push_back(part);
+    }
+
+    void take(size_t at, Qel_json_node_t *part, const std::string &name, size_t place)
+    {
+        auto &[tree, expected] = trees_[at];
+        const json model = expected.is_object() ? expected[name] : expected[place];
+        if (expected.is_object())
+            expected.erase(name);
+        else
+            expected.erase(place);
+        if (!model.is_structured() || random_() % 2 == 0) {
+            Qel_json_node_destroy(part);
+            return;
+        }
+        Qel_json_take_from_parent(part);
+        auto &target = trees_[(at + 1) % std::size(trees_)];
+        target.first.reset(part);
+        target.second = model;
+    }
+
+    std::mt19937 random_;
+    std::pair<qel::json, json> trees_[3];
+};
+
+TEST(JsonTree, StaysWhatItShouldBeWhateverIsDoneToIt)
+{
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        json_model model(seed);
+        for (int i = 0; i < 300 && !testing::Test::HasFailure(); ++i)
+            model.step();
+    }
+}
+
 TEST(Trees, DeepOnesAreWrittenAndReleased)
 {
     constexpr size_t depth = 100000;

@@ -152,4 +152,28 @@ TEST(Threads, NeedNoOrderOfInitAndDeinit)
         EXPECT_TRUE(all == alone);
 }
 
+// Nodes that were taken out of one tree are trees of their own, each its thread's.
+TEST(Threads, ChangeWhatWasOneTree)
+{
+    constexpr int rounds = 2000;
+    const std::string_view text = R"([{"a":"b"},{"c":["d"]}])";
+    for (int round = 0; round < 20; ++round) {
+        qel::json root(
+            Qel_json_read(text.data(), text.size(), 0, nullptr, nullptr, nullptr, nullptr));
+        qel::json part(Qel_json_array_at(root.get(), 0));
+        Qel_json_take_from_parent(part.get());
+        qel::json rest(Qel_json_array_at(root.get(), 0));
+        Qel_json_take_from_parent(rest.get());
+        root.reset();
+        const auto change = [](qel::json tree) {
+            for (int i = 0; i < rounds; ++i)
+                Qel_json_object_insert_string(tree.get(), std::to_string(i).c_str(), "text");
+            EXPECT_EQ(Qel_json_object_num_children(tree.get()), rounds + 1U);
+        };
+        std::thread other(change, std::move(part));
+        change(std::move(rest));
+        other.join();
+    }
+}
+
 } // namespace

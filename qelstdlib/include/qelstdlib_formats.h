@@ -3,6 +3,10 @@
  * The conventions of qelstdlib.h on absent values, ownership, threads and memory apply. A tree is
  * owned through its root: Qel_json_node_destroy or Qel_xml_node_destroy of the root releases all of
  * it. A tree that is read has at most 512 levels; recursion over it is safe.
+ *
+ * The nodes of a tree share its memory. What is taken out of a JSON tree keeps that memory alive,
+ * and what is destroyed or replaced in it gives its own back with the rest; changed over and over,
+ * a tree does not grow beyond what it holds at a time and what it once began with.
  */
 #ifndef QELSTDLIB_FORMATS_H
 #define QELSTDLIB_FORMATS_H
@@ -110,7 +114,8 @@ QEL_API Qel_json_node_t *Qel_json_array_at(const Qel_json_node_t *node, size_t i
 QEL_API bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) QEL_NOEXCEPT;
 
 /* Detaches the node from its parent: it outlives the rest of the tree and the caller destroys it.
- * A root and absent stay as they are. */
+ * A root and absent stay as they are. A member takes the same time wherever it stands; an element
+ * takes it in proportion to those before or behind it, whichever are fewer. */
 QEL_API void Qel_json_take_from_parent(Qel_json_node_t *node) QEL_NOEXCEPT;
 
 /* New text with the node as JSON, members in insertion order, everything outside ASCII escaped; its

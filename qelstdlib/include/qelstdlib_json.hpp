@@ -104,7 +104,8 @@ class json_scanner
     // Blanks and comments; false for a fault in a comment.
     bool skip_blanks()
     {
-        take(' '); // mostly there is one or none
+        while (at_ != end_ && *at_ == ' ') // mostly there is one or none
+            ++at_;
         return at_ == end_ || (*at_ > ' ' && *at_ != '/') || skip_more_blanks();
     }
 
@@ -414,30 +415,32 @@ class json_reader : json_scanner
         constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
         if (view(at_, end_).substr(0, byte_order_mark.size()) == byte_order_mark)
             at_ += byte_order_mark.size();
-        bool is_read = read_value();
-        while (is_read && level_ > 0)
-            is_read = read_next();
-        if (is_read && skip_blanks() && at_ != end_)
-            unexpected(json_wanted::end_of_text);
+        while (read_value() && go_to_next_value()) {
+        }
         return fault_;
     }
 
   private:
-    // What comes next in the open object or array: one more of its values, or its end.
-    bool read_next()
+    // Goes behind what is between two values; false at the end of the text and for a fault.
+    bool go_to_next_value()
     {
-        if (!skip_blanks())
-            return false;
-        if (next() == (in_object_ ? '}' : ']')) {
-            close();
-            return true;
+        while (level_ > 0) {
+            if (!skip_blanks())
+                return false;
+            if (next() == (in_object_ ? '}' : ']')) {
+                close();
+                continue;
+            }
+            if (!is_empty_ && !take(','))
+                return unexpected(wanted_after_value());
+            return !in_object_ || read_name();
         }
-        if (!is_empty_ && !take(','))
-            return unexpected(wanted_after_value());
-        return in_object_ ? read_member() : read_value();
+        if (skip_blanks() && at_ != end_)
+            unexpected(json_wanted::end_of_text);
+        return false;
     }
 
-    bool read_member()
+    bool read_name()
     {
         if (!skip_blanks())
             return false;
@@ -448,9 +451,7 @@ class json_reader : json_scanner
         if (!take_string(name))
             return false;
         handler_.name(name, offset);
-        if (!skip_blanks())
-            return false;
-        return take(':') ? read_value() : unexpected(json_wanted::colon);
+        return skip_blanks() && (take(':') || unexpected(json_wanted::colon));
     }
 
     bool read_value()

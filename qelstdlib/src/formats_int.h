@@ -136,36 +136,6 @@ void append_plain(qel::text_builder &out, std::string_view &text, Predicate is_p
     text.remove_prefix(len);
 }
 
-// Cuts the node out of its parent's children.
-template <typename Node>
-std::unique_ptr<Node> take_out(Node &node)
-{
-    auto &siblings = node.parent->children;
-    const auto place = std::find_if(siblings.begin(), siblings.end(),
-                                    [&](const auto &sibling) { return sibling.get() == &node; });
-    std::unique_ptr<Node> taken = std::move(*place);
-    siblings.erase(place);
-    taken->parent = nullptr;
-    return taken;
-}
-
-// Releases what is under a node without recursion: a tree that was built may be deeper than the
-// stack allows.
-template <typename Node>
-void release_children(std::vector<std::unique_ptr<Node>> &children)
-{
-    if (children.empty()) {
-        return;
-    }
-    auto doomed = std::move(children);
-    while (!doomed.empty()) {
-        const std::unique_ptr<Node> node = std::move(doomed.back());
-        doomed.pop_back();
-        std::move(node->children.begin(), node->children.end(), std::back_inserter(doomed));
-        node->children.clear();
-    }
-}
-
 } // namespace formats
 
 #endif

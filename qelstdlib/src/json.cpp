@@ -1,101 +1,190 @@
 // JSON trees.
 #include "formats_int.h"
 #include "json_node.h"
+#include "key_hash.h"
 
-using node_ptr = std::unique_ptr<Qel_json_node>;
-
-Qel_json_node::Qel_json_node(Qel_json_type_t node_type, std::string node_text)
-    : type(node_type), text(std::move(node_text))
+namespace
 {
+
+std::size_t hash_of(std::string_view name)
+{
+    return static_cast<std::size_t>(qel::own_hasher()(name));
 }
 
-Qel_json_node::~Qel_json_node()
-{
-    if (!children.empty()) {
-        formats::release_children(children);
-    }
-}
+} // namespace
 
-bool Qel_json_node::is_container() const
+Qel_json_node *Qel_json_node::create_root(Qel_json_type_t type, std::string_view text)
 {
-    return type == QEL_JSON_TYPE_OBJECT || type == QEL_JSON_TYPE_ARRAY;
-}
-
-std::size_t Qel_json_node::find_member(std::string_view member_name) const
-{
-    if (index_) {
-        const auto found = index_->find(member_name);
-        return found != index_->end() ? found->second : children.size();
-    }
-    const auto found = std::find_if(children.begin(), children.end(), [&](const node_ptr &child) {
-        return child->name == member_name;
-    });
-    return static_cast<std::size_t>(std::distance(children.begin(), found));
+    const std::size_t room_for_members = type == QEL_JSON_TYPE_OBJECT ? 1024 : 64;
+    formats::tree_memory *const memory = formats::tree_memory::create(
+        sizeof(Qel_json_node) + sizeof(json_children) + text.size() + room_for_members);
+    Qel_json_node *const root = create(*memory, type, memory->keep(text));
+    root->has_share = true;
+    return root;
 }
 
 Qel_json_node *Qel_json_node::member(std::string_view member_name) const
 {
-    const std::size_t place = find_member(member_name);
-    return place < children.size() ? children[place].get() : nullptr;
+    return children->slots != nullptr ? *slot_of(member_name) : find_linked(member_name);
 }
 
-bool Qel_json_node::wants_index() const
+// A repeated one, or one of many.
+void Qel_json_node::set_other_member(Qel_json_node &value)
 {
-    constexpr std::size_t few = 32;
-    return type == QEL_JSON_TYPE_OBJECT && children.size() > few;
-}
-
-void Qel_json_node::update_index()
-{
-    index_.reset();
-    if (!wants_index()) {
+    Qel_json_node *const earlier = member(value.name);
+    if (earlier != nullptr) {
+        replace(*earlier, value);
         return;
     }
-    index_ = std::make_unique<member_index>(children.size(), qel::own_hasher());
-    for (std::size_t place = 0; place < children.size(); ++place) {
-        index_->emplace(children[place]->name, place);
+    link(value);
+    if (children->slots != nullptr || children->count > few_members)
+        index_member(value);
+}
+
+void Qel_json_node::append(Qel_json_node &value)
+{
+    json_children &all = *children;
+    if (all.first_slot + all.count == all.num_slots)
+        make_room_for_element();
+    all.slots[all.first_slot + all.count] = &value;
+    link(value);
+}
+
+// Elements that were taken from the front leave room, too.
+void Qel_json_node::make_room_for_element() const
+{
+    json_children &all = *children;
+    if (all.first_slot > all.count) {
+        std::copy_n(all.slots + all.first_slot, all.count, all.slots);
+        all.first_slot = 0;
+    } else {
+        resize_slots(std::max<std::size_t>(2 * all.count, 8));
     }
 }
 
-Qel_json_node *Qel_json_node::append(node_ptr value)
+void Qel_json_node::index_elements() const
 {
-    constexpr std::size_t usual = 8;
-    if (children.empty()) {
-        children.reserve(usual);
-    }
-    value->parent = this;
-    Qel_json_node *const added = children.emplace_back(std::move(value)).get();
-    if (index_) {
-        index_->emplace(added->name, children.size() - 1);
-    } else if (wants_index()) {
-        update_index();
-    }
-    return added;
+    if (children->count > 0)
+        resize_slots(children->count);
 }
 
-Qel_json_node *Qel_json_node::set_member(std::string_view member_name, node_ptr value)
+void Qel_json_node::replace(Qel_json_node &earlier, Qel_json_node &value)
 {
-    value->name = member_name;
-    const std::size_t place = find_member(value->name);
-    if (place == children.size()) {
-        return append(std::move(value));
-    }
-    value->parent = this;
-    children[place].swap(
-        value); // value is the earlier one from here on, whose name the index views
-    if (index_) {
-        index_->erase(value->name);
-        index_->emplace(children[place]->name, place);
-    }
-    return children[place].get();
+    json_children &all = *children;
+    value.parent = this;
+    value.previous = earlier.previous;
+    value.next = earlier.next;
+    (value.previous == nullptr ? all.first : value.previous->next) = &value;
+    (value.next == nullptr ? all.last : value.next->previous) = &value;
+    if (all.slots != nullptr)
+        *slot_of(value.name) = &value;
+    if (value.memory != memory)
+        memory->expect_guests();
+    if (earlier.memory == memory)
+        memory->expect_waste();
+    earlier.parent = nullptr;
+    earlier.release();
 }
 
-node_ptr Qel_json_node::take_from_parent()
+void Qel_json_node::unlink()
 {
-    Qel_json_node *const old_parent = parent;
-    node_ptr taken = formats::take_out(*this);
-    old_parent->update_index();
-    return taken;
+    json_children &all = *parent->children;
+    if (all.slots != nullptr)
+        (parent->type == QEL_JSON_TYPE_OBJECT ? parent->remove_slot_of(*this)
+                                              : parent->remove_element(*this));
+    (previous == nullptr ? all.first : previous->next) = next;
+    (next == nullptr ? all.last : next->previous) = previous;
+    --all.count;
+    if (memory == parent->memory)
+        memory->expect_waste();
+    parent = nullptr;
+    previous = nullptr;
+    next = nullptr;
+}
+
+// Without recursion: a tree that was built may be deeper than the stack allows. The shares are
+// given up at the end, because nodes still to be visited may stand in that memory.
+void Qel_json_node::release()
+{
+    if (!memory->has_guests()) {
+        if (has_share)
+            memory->drop_share();
+        return;
+    }
+    std::vector<Qel_json_node *> waiting{this};
+    std::vector<formats::tree_memory *> shares;
+    while (!waiting.empty()) {
+        const Qel_json_node *const node = waiting.back();
+        waiting.pop_back();
+        if (node->has_share)
+            shares.push_back(node->memory);
+        if (!node->is_container() || !node->memory->has_guests())
+            continue;
+        for (Qel_json_node *child = node->children->first; child != nullptr; child = child->next)
+            waiting.push_back(child);
+    }
+    for (formats::tree_memory *const share : shares)
+        share->drop_share();
+}
+
+// The slot with the member, or the empty one where it would be put.
+Qel_json_node **Qel_json_node::slot_of(std::string_view member_name) const
+{
+    const std::size_t last = children->num_slots - 1;
+    std::size_t at = hash_of(member_name) & last;
+    while (children->slots[at] != nullptr && children->slots[at]->name != member_name)
+        at = (at + 1) & last;
+    return &children->slots[at];
+}
+
+void Qel_json_node::index_member(Qel_json_node &value) const
+{
+    if (2 * children->count > children->num_slots)
+        resize_slots(std::max(2 * children->num_slots, 4 * few_members));
+    else
+        *slot_of(value.name) = &value;
+}
+
+// Gives the children slots anew.
+void Qel_json_node::resize_slots(std::size_t count) const
+{
+    json_children &all = *children;
+    all.slots = memory->make_array<Qel_json_node *>(count);
+    all.num_slots = count;
+    all.first_slot = 0;
+    std::size_t place = 0;
+    for (Qel_json_node *child = all.first; child != nullptr; child = child->next)
+        (type == QEL_JSON_TYPE_OBJECT ? *slot_of(child->name) : all.slots[place++]) = child;
+}
+
+// Moves the members behind it up, so that none is cut off from its slot.
+void Qel_json_node::remove_slot_of(const Qel_json_node &value) const
+{
+    const std::size_t last = children->num_slots - 1;
+    Qel_json_node **const slots = children->slots;
+    auto at = static_cast<std::size_t>(slot_of(value.name) - slots);
+    slots[at] = nullptr;
+    for (at = (at + 1) & last; slots[at] != nullptr; at = (at + 1) & last) {
+        Qel_json_node *const moved = std::exchange(slots[at], nullptr);
+        *slot_of(moved->name) = moved;
+    }
+}
+
+// In proportion to the elements before it or to those behind it, whichever are fewer.
+void Qel_json_node::remove_element(const Qel_json_node &value) const
+{
+    json_children &all = *children;
+    Qel_json_node **const begin = all.slots + all.first_slot;
+    Qel_json_node **const end = begin + all.count;
+    std::ptrdiff_t distance = 0;
+    while (begin[distance] != &value && end[-1 - distance] != &value)
+        ++distance;
+    if (begin[distance] == &value) {
+        std::move_backward(begin, begin + distance, begin + distance + 1);
+        ++all.first_slot;
+    } else {
+        std::move(end - distance, end, end - distance - 1);
+    }
 }
 
 static const char *initial_text(Qel_json_type_t type)
@@ -131,7 +220,7 @@ static bool may_adopt(const Qel_json_node_t *node, const Qel_json_node_t *val)
     if (val == nullptr || val == node || val->parent != nullptr) {
         return false;
     }
-    if (val->children.empty()) {
+    if (!val->is_container() || val->children->count == 0) {
         return true;
     }
     while (node->parent != nullptr) {
@@ -143,7 +232,7 @@ static bool may_adopt(const Qel_json_node_t *node, const Qel_json_node_t *val)
 Qel_json_node_t *Qel_json_node_create(Qel_json_type_t type) noexcept
 {
     const char *const text = initial_text(type);
-    return text != nullptr ? std::make_unique<Qel_json_node>(type, text).release() : nullptr;
+    return text != nullptr ? Qel_json_node::create_root(type, text) : nullptr;
 }
 
 Qel_json_type_t Qel_json_node_type(const Qel_json_node_t *node) noexcept
@@ -162,7 +251,7 @@ Qel_json_node_t *Qel_json_object_value(const Qel_json_node_t *node, const char *
 const char *Qel_json_object_value_string(const Qel_json_node_t *node, const char *name) noexcept
 {
     const Qel_json_node_t *const value = Qel_json_object_value(node, name);
-    return is_type(value, QEL_JSON_TYPE_STRING) ? value->text.c_str() : nullptr;
+    return is_type(value, QEL_JSON_TYPE_STRING) ? value->text.data() : nullptr;
 }
 
 bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
@@ -171,7 +260,12 @@ bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
     if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || str == nullptr) {
         return false;
     }
-    node->set_member(name, std::make_unique<Qel_json_node>(QEL_JSON_TYPE_STRING, str));
+    formats::tree_memory &memory = *node->memory;
+    Qel_json_node *const value =
+        memory.has_waste() ? Qel_json_node::create_root(QEL_JSON_TYPE_STRING, str)
+                           : Qel_json_node::create(memory, QEL_JSON_TYPE_STRING, memory.keep(str));
+    value->name = value->memory->keep(name);
+    node->set_member(*value);
     return true;
 }
 
@@ -180,23 +274,29 @@ bool Qel_json_object_insert(Qel_json_node_t *node, const char *name, Qel_json_no
     if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || !may_adopt(node, val)) {
         return false;
     }
-    node->set_member(name, node_ptr(val));
+    if (val->name != name) {
+        val->name = val->memory->keep(name);
+    }
+    node->set_member(*val);
     return true;
 }
 
 size_t Qel_json_object_num_children(const Qel_json_node_t *node) noexcept
 {
-    return node != nullptr ? node->children.size() : 0;
+    return node != nullptr && node->is_container() ? node->children->count : 0;
 }
 
 size_t Qel_json_array_len(const Qel_json_node_t *node) noexcept
 {
-    return is_type(node, QEL_JSON_TYPE_ARRAY) ? node->children.size() : 0;
+    return is_type(node, QEL_JSON_TYPE_ARRAY) ? node->children->count : 0;
 }
 
 Qel_json_node_t *Qel_json_array_at(const Qel_json_node_t *node, size_t idx) noexcept
 {
-    return idx < Qel_json_array_len(node) ? node->children[idx].get() : nullptr;
+    if (idx >= Qel_json_array_len(node)) {
+        return nullptr;
+    }
+    return node->children->slots[node->children->first_slot + idx];
 }
 
 bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) noexcept
@@ -204,19 +304,29 @@ bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) noexcept
     if (!is_type(node, QEL_JSON_TYPE_ARRAY) || !may_adopt(node, val)) {
         return false;
     }
-    node->append(node_ptr(val));
+    node->append(*val);
     return true;
 }
 
 void Qel_json_take_from_parent(Qel_json_node_t *node) noexcept
 {
-    if (node != nullptr && node->parent != nullptr) {
-        static_cast<void>(node->take_from_parent().release()); // the caller's from here on
+    if (node == nullptr || node->parent == nullptr) {
+        return;
+    }
+    node->unlink();
+    if (!node->has_share) {
+        node->has_share = true;
+        node->memory->add_share();
     }
 }
 
 void Qel_json_node_destroy(Qel_json_node_t *node) noexcept
 {
-    Qel_json_take_from_parent(node);
-    const node_ptr doomed(node);
+    if (node == nullptr) {
+        return;
+    }
+    if (node->parent != nullptr) {
+        node->unlink();
+    }
+    node->release();
 }

@@ -2,50 +2,117 @@
 #ifndef QELSTDLIB_JSON_NODE_H
 #define QELSTDLIB_JSON_NODE_H
 
-#include "key_hash.h"
 #include "qelstdlib_formats.h"
+#include "tree_memory.h"
 
 #include <cstddef>
-#include <memory>
-#include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
+// What an object or an array holds.
+struct json_children {
+    Qel_json_node *first = nullptr;
+    Qel_json_node *last = nullptr;
+    std::size_t count = 0;
+
+    // Of an array, its elements in their order, from some slot on. Of an object with more than a
+    // few members, where they are found by the hashes of their names: each stands in the slot that
+    // its hash names or in one of the next, with no empty slot between. It is kept up on every
+    // change, so that looking a member up changes nothing.
+    Qel_json_node **slots = nullptr;
+    std::size_t num_slots = 0;
+    std::size_t first_slot = 0;
+};
+
+// Stands in its memory together with its texts; nodes link to each other and own nothing, except
+// that those which were a root once hold a share of their memory.
 struct Qel_json_node {
-    explicit Qel_json_node(Qel_json_type_t node_type, std::string node_text = {});
-    ~Qel_json_node();
-    Qel_json_node(const Qel_json_node &) = delete;
-    Qel_json_node &operator=(const Qel_json_node &) = delete;
+    static Qel_json_node *create_root(Qel_json_type_t type, std::string_view text);
+    static Qel_json_node *create(formats::tree_memory &memory, Qel_json_type_t type,
+                                 std::string_view kept_text);
 
-    [[nodiscard]] bool is_container() const;
+    [[nodiscard]] bool is_container() const { return children != nullptr; }
 
     // Absent when there is no member of that name.
     [[nodiscard]] Qel_json_node *member(std::string_view member_name) const;
 
-    // Both return the value in its place in the tree.
-    Qel_json_node *set_member(std::string_view member_name, std::unique_ptr<Qel_json_node> value);
-    Qel_json_node *append(std::unique_ptr<Qel_json_node> value);
+    // Adds the value, or puts it in the place of an earlier one, which is released. Its name is
+    // already kept.
+    void set_member(Qel_json_node &value);
+    void append(Qel_json_node &value);
+
+    // Adds an element that array_at does not find before index_elements.
+    void link(Qel_json_node &value);
+    void index_elements() const;
 
     // Cuts the node out of its parent, which it must have.
-    std::unique_ptr<Qel_json_node> take_from_parent();
+    void unlink();
+
+    // Gives up what the node, which has no parent, and what is under it hold.
+    void release();
 
     Qel_json_type_t type;
-    std::string name; // as a member of its parent
-    std::string text; // of a string; of all other scalars as they are written
-    Qel_json_node *parent = nullptr;
-    std::vector<std::unique_ptr<Qel_json_node>> children;
+    bool has_share; // of its memory
+    formats::tree_memory *memory;
+    std::string_view text;   // of a string, with a NUL after it; of other scalars as written
+    json_children *children; // of an object or array
+    std::string_view name{}; // as a member of its parent
+    Qel_json_node *parent{};
+    Qel_json_node *previous{}; // the siblings
+    Qel_json_node *next{};
 
   private:
-    [[nodiscard]] std::size_t find_member(std::string_view member_name) const;
-    [[nodiscard]] bool wants_index() const;
-    void update_index();
+    static constexpr std::size_t few_members = 32;
 
-    using member_index = std::unordered_map<std::string_view, std::size_t, qel::key_hasher>;
-
-    // Where each member stands. Only an object of more than a few members has one, and it is kept
-    // up on every change, so that looking a member up changes nothing.
-    std::unique_ptr<member_index> index_;
+    [[nodiscard]] Qel_json_node *find_linked(std::string_view member_name) const;
+    void set_other_member(Qel_json_node &value);
+    void replace(Qel_json_node &earlier, Qel_json_node &value);
+    void index_member(Qel_json_node &value) const;
+    void make_room_for_element() const;
+    [[nodiscard]] Qel_json_node **slot_of(std::string_view member_name) const;
+    void resize_slots(std::size_t count) const;
+    void remove_slot_of(const Qel_json_node &value) const;
+    void remove_element(const Qel_json_node &value) const;
 };
+
+// What reading does for each node is inline.
+
+inline Qel_json_node *Qel_json_node::create(formats::tree_memory &memory, Qel_json_type_t type,
+                                            std::string_view kept_text)
+{
+    const bool is_container = type == QEL_JSON_TYPE_OBJECT || type == QEL_JSON_TYPE_ARRAY;
+    json_children *const children = is_container ? memory.make<json_children>() : nullptr;
+    return memory.make<Qel_json_node>(type, false, &memory, kept_text, children);
+}
+
+inline void Qel_json_node::link(Qel_json_node &value)
+{
+    json_children &all = *children;
+    value.parent = this;
+    value.previous = all.last;
+    value.next = nullptr;
+    (all.last == nullptr ? all.first : all.last->next) = &value;
+    all.last = &value;
+    ++all.count;
+    if (value.memory != memory)
+        memory->expect_guests();
+}
+
+inline Qel_json_node *Qel_json_node::find_linked(std::string_view member_name) const
+{
+    Qel_json_node *found = children->first;
+    while (found != nullptr && found->name != member_name)
+        found = found->next;
+    return found;
+}
+
+inline void Qel_json_node::set_member(Qel_json_node &value)
+{
+    const json_children &all = *children;
+    const bool is_small = all.slots == nullptr && all.count < few_members;
+    if (is_small && find_linked(value.name) == nullptr)
+        link(value);
+    else
+        set_other_member(value);
+}
 
 #endif

@@ -25,44 +25,99 @@ Qel_json_type_t type_of(json_scalar kind)
     return QEL_JSON_TYPE_NULL;
 }
 
-// The text as C sees it: up to its first NUL.
-std::string_view c_text(std::string_view text)
-{
-    return text.substr(0, text.find('\0'));
-}
-
-// Builds the tree from what is read.
+// Builds the tree from what is read. The texts that stand for themselves are views of one copy of
+// the source, in which a NUL takes the place of the quote that ends each.
 class builder
 {
   public:
-    std::unique_ptr<Qel_json_node> take_root() { return std::move(root_); }
+    explicit builder(std::string_view source)
+        : memory_(*formats::tree_memory::create(source.size() + room_for_nodes(source))),
+          source_(source), copy_(memory_.copy(source))
+    {
+    }
+    ~builder()
+    {
+        if (!is_taken_)
+            memory_.drop_share();
+    }
+    builder(const builder &) = delete;
+    builder &operator=(const builder &) = delete;
+
+    // The caller's from here on.
+    Qel_json_node *take_root()
+    {
+        is_taken_ = true;
+        root_->has_share = true;
+        return root_;
+    }
 
     void begin_object(std::size_t) { open_ = add(QEL_JSON_TYPE_OBJECT, {}); }
     void begin_array(std::size_t) { open_ = add(QEL_JSON_TYPE_ARRAY, {}); }
     void end_object(std::size_t) { open_ = open_->parent; }
-    void end_array(std::size_t) { open_ = open_->parent; }
-    void name(std::string_view text, std::size_t) { name_ = c_text(text); }
-    void string(std::string_view text, std::size_t) { add(QEL_JSON_TYPE_STRING, c_text(text)); }
+    void end_array(std::size_t)
+    {
+        open_->index_elements();
+        open_ = open_->parent;
+    }
+    void name(std::string_view text, std::size_t offset) { name_ = kept(text, offset); }
+    void string(std::string_view text, std::size_t offset)
+    {
+        add(QEL_JSON_TYPE_STRING, kept(text, offset));
+    }
     void scalar(json_scalar kind, std::string_view spelling, std::size_t)
     {
-        add(type_of(kind), spelling);
+        add(type_of(kind), view_of_copy(spelling));
     }
 
   private:
-    Qel_json_node *add(Qel_json_type_t type, std::string_view text)
+    // About as much as the nodes of a list of line items take.
+    static std::size_t room_for_nodes(std::string_view source)
     {
-        auto node = std::make_unique<Qel_json_node>(type, std::string(text));
-        if (open_ == nullptr) {
-            root_ = std::move(node);
-            return root_.get();
-        }
-        return open_->type == QEL_JSON_TYPE_OBJECT ? open_->set_member(name_, std::move(node))
-                                                   : open_->append(std::move(node));
+        constexpr std::size_t most = 16384;
+        return std::min(8 * source.size() + 256, most);
     }
 
-    std::unique_ptr<Qel_json_node> root_;
+    std::string_view view_of_copy(std::string_view text) const
+    {
+        return {copy_ + (text.data() - source_.data()), text.size()};
+    }
+
+    // The text of the string whose quote stands at the offset.
+    std::string_view kept(std::string_view text, std::size_t offset)
+    {
+        if (text.data() != source_.data() + offset + 1)
+            return kept_other(text);
+        copy_[offset + 1 + text.size()] = '\0';
+        return {copy_ + offset + 1, text.size()};
+    }
+
+    // As C sees it: up to its first NUL.
+    [[gnu::noinline]] std::string_view kept_other(std::string_view text)
+    {
+        return memory_.keep(text.substr(0, text.find('\0')));
+    }
+
+    Qel_json_node *add(Qel_json_type_t type, std::string_view text)
+    {
+        Qel_json_node *const node = Qel_json_node::create(memory_, type, text);
+        if (open_ == nullptr) {
+            root_ = node;
+        } else if (open_->type == QEL_JSON_TYPE_ARRAY) {
+            open_->link(*node);
+        } else {
+            node->name = name_;
+            open_->set_member(*node);
+        }
+        return node;
+    }
+
+    formats::tree_memory &memory_;
+    std::string_view source_;
+    char *copy_;
+    Qel_json_node *root_ = nullptr;
     Qel_json_node *open_ = nullptr;
-    std::string name_;
+    std::string_view name_;
+    bool is_taken_ = false;
 };
 
 // A fault as the C interface tells it.
@@ -114,7 +169,7 @@ Qel_json_node_t *Qel_json_read(const char *text, size_t len, uint32_t flags, siz
     const bool repair = (flags & QEL_JSON_READER_REPLACE_BAD_CHARS) != 0;
     read_error stop{QEL_JSON_ERROR_EMPTY, 0};
     if (!view.empty()) {
-        builder tree;
+        builder tree(view);
         qel::json_rules rules;
         rules.repair = repair;
         rules.check_comments = !repair;
@@ -124,7 +179,7 @@ Qel_json_node_t *Qel_json_read(const char *text, size_t len, uint32_t flags, siz
             store(error, QEL_JSON_ERROR_SUCCESS);
             store<std::size_t>(error_line, 0);
             store<std::size_t>(error_pos, 0);
-            return tree.take_root().release();
+            return tree.take_root();
         }
         stop = error_of(fault, view, repair);
     }

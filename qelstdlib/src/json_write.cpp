@@ -99,8 +99,7 @@ void append_quoted(qel::text_builder &out, std::string_view text)
     out.append('"');
 }
 
-// Walks the tree with a stack of its own: a tree that was built may be deeper than the program's
-// stack allows.
+// Walks the tree along its links: one that was built may be deeper than the program's stack allows.
 class writer
 {
   public:
@@ -108,73 +107,66 @@ class writer
 
     qel::text_builder &write(const Qel_json_node &root)
     {
-        begin_value(root);
-        while (!open_.empty()) {
-            step();
+        const Qel_json_node *node = &root;
+        for (;;) {
+            if (begin_value(*node)) {
+                ++depth_;
+                node = node->children->first;
+            } else {
+                for (; node != &root && node->next == nullptr; node = node->parent)
+                    end_container(*node->parent);
+                if (node == &root)
+                    return out_;
+                node = node->next;
+                out_.append(',');
+            }
+            begin_item(*node);
         }
-        return out_;
     }
 
   private:
-    struct level {
-        const Qel_json_node *node;
-        std::size_t next; // the child to write next
-    };
-
-    void step()
+    // Writes a scalar or what is empty whole, and opens the rest, which is true.
+    bool begin_value(const Qel_json_node &node)
     {
-        level &top = open_.back();
-        const Qel_json_node &node = *top.node;
-        if (top.next == node.children.size()) {
-            end_container(node);
-            return;
+        const bool is_object = node.type == QEL_JSON_TYPE_OBJECT;
+        if (node.is_container() && node.children->count > 0) {
+            out_.append(is_object ? '{' : '[');
+            return true;
         }
-        if (top.next > 0) {
-            out_.append(',');
-        }
-        begin_line();
-        const Qel_json_node &child = *node.children[top.next++];
-        if (node.type == QEL_JSON_TYPE_OBJECT) {
-            append_quoted(out_, child.name);
-            out_.append(':');
-            if (on_lines_) {
-                out_.append(' ');
-            }
-        }
-        begin_value(child);
+        if (node.is_container())
+            out_.append(is_object ? "{}" : "[]");
+        else if (node.type == QEL_JSON_TYPE_STRING)
+            append_quoted(out_, node.text);
+        else
+            out_.append(node.text);
+        return false;
     }
 
-    // Writes a scalar whole and opens a container.
-    void begin_value(const Qel_json_node &node)
+    void begin_item(const Qel_json_node &node)
     {
-        if (node.is_container()) {
-            out_.append(node.type == QEL_JSON_TYPE_OBJECT ? '{' : '[');
-            open_.push_back({&node, 0});
-        } else if (node.type == QEL_JSON_TYPE_STRING) {
-            append_quoted(out_, node.text);
-        } else {
-            out_.append(node.text);
-        }
+        begin_line();
+        if (node.parent->type != QEL_JSON_TYPE_OBJECT)
+            return;
+        append_quoted(out_, node.name);
+        out_.append(on_lines_ ? ": " : ":");
     }
 
     void end_container(const Qel_json_node &node)
     {
-        open_.pop_back();
-        if (!node.children.empty()) {
-            begin_line();
-        }
+        --depth_;
+        begin_line();
         out_.append(node.type == QEL_JSON_TYPE_OBJECT ? '}' : ']');
     }
 
     void begin_line()
     {
         if (on_lines_) {
-            formats::begin_line(out_, open_.size());
+            formats::begin_line(out_, depth_);
         }
     }
 
     qel::text_builder out_{1023};
-    std::vector<level> open_;
+    std::size_t depth_ = 0; // of open containers
     bool on_lines_;
 };
 
