@@ -2,7 +2,7 @@
 // tests/receipts/FORM/SAMPLE. scripts/update-receipts writes them anew after a wanted change; read
 // the difference before you commit it.
 #include "reading/record_file.h"
-#include "writing/render.h"
+#include "writing/forms.h"
 
 #include <gtest/gtest.h>
 
@@ -35,19 +35,18 @@ std::vector<fs::path> sample_records()
 }
 
 // The processor's own samples are for its layouts, which bring the e-commerce one along.
-bool is_for(const fs::path &sample, tool::form form)
+bool is_for(const fs::path &sample, const qel_rcpt::form &form)
 {
     const bool is_moneris_sample = sample.filename().string().starts_with("moneris");
-    return is_moneris_sample ? form == tool::form::moneris
-                             : form != tool::form::moneris && form != tool::form::moneris_ecomm;
+    return is_moneris_sample ? form.name == "moneris" : !form.name.starts_with("moneris");
 }
 
-std::string render_sample(const fs::path &sample, tool::form form)
+std::string render_sample(const fs::path &sample, const qel_rcpt::form &form)
 {
     const bool quiet = true;
     const tool::record_file file = tool::read_record_file(sample.string(), quiet);
     tool::layout layout;
-    layout.form = form;
+    layout.form = &form;
     return tool::as_text(
         {tool::render(file.record.get(), tool::merchant_config({}, file.merchant), layout)},
         layout);
@@ -62,17 +61,17 @@ class Receipts : public testing::TestWithParam<fs::path>
 
 TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
 {
-    for (const tool::form_facts &form : tool::forms()) {
-        if (!is_for(GetParam(), form.id))
+    for (const qel_rcpt::form &form : qel_rcpt::forms) {
+        if (!is_for(GetParam(), form))
             continue;
         SCOPED_TRACE(form.name);
         const fs::path approved = fs::path(QELRCPT_RECEIPTS) / form.name / GetParam().filename();
-        EXPECT_EQ(render_sample(GetParam(), form.id), read_text(approved.string() + ".txt"));
+        EXPECT_EQ(render_sample(GetParam(), form), read_text(approved.string() + ".txt"));
     }
 }
 
 // The merchant's blocks when the customer's copy is in the language given.
-std::vector<tool::block> merchant_blocks(const fs::path &sample, tool::form form,
+std::vector<tool::block> merchant_blocks(const fs::path &sample, const qel_rcpt::form &form,
                                          Qel_rcpt_lang_t cust_lang, Qel_rcpt_lang_t merch_lang)
 {
     const bool quiet = true;
@@ -81,7 +80,7 @@ std::vector<tool::block> merchant_blocks(const fs::path &sample, tool::form form
     config.cust_lang = cust_lang;
     config.merch_lang = merch_lang;
     tool::layout layout;
-    layout.form = form;
+    layout.form = &form;
     layout.customer_copy = false;
     return tool::render(file.record.get(), config, layout).blocks;
 }
@@ -90,11 +89,10 @@ std::vector<tool::block> merchant_blocks(const fs::path &sample, tool::form form
 // merchant must not see any of that.
 TEST_P(Receipts, GiveTheMerchantTheSameWhateverTheCustomersLanguage)
 {
-    for (const tool::form_facts &form : tool::forms()) {
+    for (const qel_rcpt::form &form : qel_rcpt::forms) {
         SCOPED_TRACE(form.name);
-        const auto shared =
-            merchant_blocks(GetParam(), form.id, QEL_RCPT_LANG_FR, QEL_RCPT_LANG_FR);
-        const auto own = merchant_blocks(GetParam(), form.id, QEL_RCPT_LANG_EN, QEL_RCPT_LANG_FR);
+        const auto shared = merchant_blocks(GetParam(), form, QEL_RCPT_LANG_FR, QEL_RCPT_LANG_FR);
+        const auto own = merchant_blocks(GetParam(), form, QEL_RCPT_LANG_EN, QEL_RCPT_LANG_FR);
         ASSERT_EQ(shared.size(), own.size());
         for (size_t i = 0; i < own.size(); ++i) {
             EXPECT_EQ(shared[i].key, own[i].key);

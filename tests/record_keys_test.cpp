@@ -1,7 +1,7 @@
 // The table of record keys against what the forms do: a form reads a key when another value of it
 // makes another receipt of some record.
 #include "reading/record_file.h"
-#include "writing/render.h"
+#include "writing/forms.h"
 
 #include <qel_rcpt_keys.hpp>
 
@@ -83,17 +83,17 @@ qel::dict copy_of(const Qel_hash_dict_t *record)
 }
 
 std::string receipt_of(const Qel_hash_dict_t *record, const tool::merchant &merchant,
-                       tool::form form)
+                       const qel_rcpt::form &form)
 {
     const qel::dict copy = copy_of(record); // some forms change it
     tool::layout layout;
-    layout.form = form;
+    layout.form = &form;
     return tool::as_text({tool::render(copy.get(), tool::merchant_config({}, merchant), layout)},
                          layout);
 }
 
 // Whether another value of the key, or none, makes another receipt of the record.
-bool shows(const tool::record_file &file, const record_key &key, tool::form form)
+bool shows(const tool::record_file &file, const record_key &key, const qel_rcpt::form &form)
 {
     const std::string name(key.name);
     std::vector<std::string> values{std::string(key.example)};
@@ -145,13 +145,13 @@ TEST(RecordKeys, AreReadByTheFormsThatTheTableNames)
     const std::vector<tool::record_file> records = all_records();
     for (const record_key &key : qel_rcpt::record_keys) {
         form_names readers;
-        for (const tool::form_facts &form : tool::forms()) {
+        for (const qel_rcpt::form &form : qel_rcpt::forms) {
             const auto is_read = [&](const tool::record_file &file) {
                 const auto config = tool::merchant_config({}, file.merchant);
                 // The in-store form hands e-commerce merchants on to the other.
                 const bool is_handed_on =
-                    form.id == tool::form::moneris && (config.industry & QEL_RCPT_IND_ECOMM) != 0;
-                return !is_handed_on && shows(file, key, form.id);
+                    !form.ecommerce.empty() && (config.industry & QEL_RCPT_IND_ECOMM) != 0;
+                return !is_handed_on && shows(file, key, form);
             };
             if (std::ranges::any_of(records, is_read))
                 readers.insert(form.name);

@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include "messages.h"
+#include "writing/forms.h"
 
 #include <CLI/CLI.hpp>
 
@@ -139,13 +140,23 @@ CLI::Option *add_option(CLI::App &app, const option_row &row, options &taken)
         ->allow_extra_args(false);
 }
 
+// Output that is JSON whatever the form says nothing of it.
+void take_form_from_output_file(options &taken)
+{
+    if (taken.is_form_given || taken.batch || taken.format == output_format::json)
+        return;
+    if (const qel_rcpt::form *form = form_of_file(taken.output_file))
+        taken.layout.form = form;
+}
+
 void check_blocks(const layout &layout)
 {
-    const form_facts &form = facts_of(layout.form);
+    const std::vector<std::string_view> blocks = blocks_of(*layout.form);
     for (const std::string &name : layout.blocks) {
-        if (std::ranges::find(form.blocks, name) == form.blocks.end())
-            throw usage_error("--block: the " + std::string(form.name) + " receipt has no " +
-                              in_quotes(name) + ", expected " + listed(form.blocks));
+        if (std::ranges::find(blocks, name) == blocks.end())
+            throw usage_error("--block: the " + std::string(layout.form->name) +
+                              " receipt has no " + in_quotes(name) + ", expected " +
+                              listed(blocks));
     }
 }
 
@@ -196,6 +207,7 @@ options parse_options(int argc, char **argv)
     }
     if (taken.information != information::none)
         return taken;
+    take_form_from_output_file(taken);
     for (const auto &[row, option] : added) {
         if (option->count() > 0 && !row->where.is_met(taken))
             throw usage_error(long_name(*row) + ": expected " + std::string(row->where.expected));

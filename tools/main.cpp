@@ -5,6 +5,8 @@
 #include "out_of_memory.h"
 #include "reading/record_file.h"
 #include "signals.h"
+#include "writing/document.h"
+#include "writing/forms.h"
 #include "writing/html_email.h"
 #include "writing/html_page.h"
 #include "writing/output.h"

@@ -60,15 +60,14 @@ constexpr choice<output_format> formats[] = {{"text", output_format::text},
 word_list form_names(const options & /*given*/)
 {
     word_list names;
-    for (const form_facts &known : forms())
+    for (const qel_rcpt::form &known : qel_rcpt::forms)
         names.push_back(known.name);
     return names;
 }
 
 word_list block_names(const options &given)
 {
-    const auto blocks = facts_of(given.layout.form).blocks;
-    return {blocks.begin(), blocks.end()};
+    return blocks_of(*given.layout.form);
 }
 
 // A number of what is named, within its bounds.
@@ -86,13 +85,11 @@ size_t to_number(const std::string &given, std::string_view what, size_t least, 
 
 void set_form(options &taken, const std::string &given)
 {
-    for (const form_facts &known : forms()) {
-        if (known.name == given) {
-            taken.layout.form = known.id;
-            return;
-        }
-    }
-    reject(given, form_names(taken));
+    const word_list names = form_names(taken);
+    if (std::ranges::find(names, given) == names.end())
+        reject(given, names);
+    taken.layout.form = &qel_rcpt::form_named(given);
+    taken.is_form_given = true;
 }
 
 void set_width(options &taken, const std::string &given)
@@ -154,7 +151,7 @@ void ask(options &taken, const std::string & /*given*/)
 
 bool is_plain(const options &given)
 {
-    return given.layout.form == form::plain;
+    return is_form(given.layout, "plain");
 }
 
 bool is_text(const options &given)
@@ -171,7 +168,7 @@ constexpr use plain_or_text = {
 
 constexpr use with_batch = {[](const options &given) { return given.batch; }, "--batch with it"};
 
-constexpr use html_only = {[](const options &given) { return given.layout.form == form::html; },
+constexpr use html_only = {[](const options &given) { return is_form(given.layout, "html"); },
                            "--form html with it"};
 
 std::vector<option_row> make_rows()
@@ -181,7 +178,9 @@ std::vector<option_row> make_rows()
     constexpr const char *archives = "Archives";
 
     std::vector<option_row> rows = {
-        {receipt, "--form", "FORM", "{} (default plain); moneris has 40 columns, moneris-ecomm 70",
+        {receipt, "--form", "FORM",
+         "{} (default plain, or what the output file's ending says); moneris has 40 columns, "
+         "moneris-ecomm 70",
          set_form, anywhere, form_names},
         {receipt, "--width", "COLUMNS", "width of a plain receipt, 10 to 10000 (default 40)",
          set_width, plain_only},

@@ -25,7 +25,8 @@ enum class information { none, help, version, options };
 struct options {
     std::vector<std::string> files; // at least one; "-" is standard input
     tool::layout layout;
-    bool both_copies = false; // asked for by name
+    bool is_form_given = false; // otherwise the output file's name may tell the form
+    bool both_copies = false;   // asked for by name
     tool::merchant merchant;
     std::optional<output_format> format; // absent: as usual
     bool page = false;                   // one copy as an HTML page

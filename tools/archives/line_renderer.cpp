@@ -1,6 +1,7 @@
 #include "archives/line_renderer.h"
 
 #include "messages.h"
+#include "writing/document.h"
 #include "writing/render.h"
 #include "writing/safe_text.h"
 
@@ -129,7 +130,9 @@ void line_renderer::add_record(rendered &result, const position &where,
     for (const block &part : shown.blocks) {
         if (&part != &shown.blocks.front())
             result.lines += ", ";
-        append_member(result.lines, part.key, part.text);
+        append_json_text(result.lines, part.key);
+        result.lines += ": ";
+        append_json_block(result.lines, shown, part);
     }
     result.lines += "}}\n";
     line.keep();

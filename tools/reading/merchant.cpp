@@ -2,6 +2,9 @@
 
 #include "messages.h"
 
+#include <qel_rcpt_tables.hpp>
+
+#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 
@@ -11,29 +14,14 @@ namespace tool
 namespace
 {
 
-template <typename T>
-struct word {
-    std::string_view name;
-    T value;
+using words = std::vector<std::string_view>;
+
+struct industry {
+    const char *name;
+    Qel_rcpt_ind_t bit;
 };
 
-constexpr word<Qel_rcpt_lang_t> languages[] = {
-    {"en", QEL_RCPT_LANG_EN}, {"fr", QEL_RCPT_LANG_FR}, {"es", QEL_RCPT_LANG_ES},
-    {"de", QEL_RCPT_LANG_DE}, {"it", QEL_RCPT_LANG_IT},
-};
-
-constexpr word<uint32_t> countries[] = {
-    {"US", 840}, {"USA", 840}, {"CA", 124}, {"CAN", 124}, {"GB", 826}, {"GBR", 826},
-};
-
-constexpr word<uint32_t> currencies[] = {
-    {"USD", 840},
-    {"CAD", 124},
-    {"EUR", 978},
-    {"GBP", 826},
-};
-
-constexpr word<Qel_rcpt_ind_t> industries[] = {
+constexpr industry industries[] = {
     {"retail", QEL_RCPT_IND_RETAIL},   {"mail", QEL_RCPT_IND_MAIL},
     {"ecomm", QEL_RCPT_IND_ECOMM},     {"restaurant", QEL_RCPT_IND_RESTAURANT},
     {"lodging", QEL_RCPT_IND_LODGING}, {"autofuel", QEL_RCPT_IND_AUTOFUEL},
@@ -41,51 +29,69 @@ constexpr word<Qel_rcpt_ind_t> industries[] = {
     {"unknown", QEL_RCPT_IND_UNKNOWN},
 };
 
+// What a table's rows are called in a column.
+template <const auto &rows, auto name>
+words names_of()
+{
+    words names;
+    for (const auto &row : rows)
+        names.emplace_back(row.*name);
+    return names;
+}
+
+constexpr auto language_names = names_of<qel_rcpt::languages, &qel_rcpt::language::code>;
+constexpr auto country_names = names_of<qel_rcpt::countries, &qel_rcpt::country::alpha2>;
+constexpr auto currency_names = names_of<qel_rcpt::currencies, &qel_rcpt::currency::name>;
+constexpr auto industry_names = names_of<industries, &industry::name>;
+
 [[noreturn]] void reject(const std::string &value, const std::string &expected)
 {
     throw std::invalid_argument(in_quotes(value) + " is unknown, expected " + expected);
 }
 
-template <const auto &words>
-std::vector<std::string_view> names_of()
+// The row of that name, in any case of its letters; absent without one.
+template <typename Row, size_t Count>
+const Row *find_row(const Row (&rows)[Count], const char *Row::*name, const std::string &value)
 {
-    std::vector<std::string_view> names;
-    for (const auto &[name, value] : words)
-        names.push_back(name);
-    return names;
-}
-
-// The word's value, in any case of its letters.
-template <typename T, size_t N>
-std::optional<T> find_word(const word<T> (&words)[N], const std::string &name)
-{
-    for (const auto &[known, value] : words) {
-        if (Qel_str_caseeq(name.c_str(), known.data()))
-            return value;
+    for (const Row &row : rows) {
+        if (Qel_str_caseeq(value.c_str(), row.*name))
+            return &row;
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 Qel_rcpt_lang_t to_language(const std::string &value)
 {
-    const auto language = find_word(languages, value);
-    if (!language)
-        reject(value, listed(names_of<languages>()));
-    return *language;
+    const auto *language = find_row(qel_rcpt::languages, &qel_rcpt::language::code, value);
+    if (language == nullptr)
+        reject(value, listed(language_names()));
+    return language->id;
 }
 
-// An ISO code: one of the words, or three digits at most.
-template <const auto &words>
-uint32_t to_code(const std::string &value)
+// An ISO code of three digits at most; the names are those that could have been given instead.
+uint32_t to_code(const std::string &value, const words &names)
 {
-    if (const auto code = find_word(words, value))
-        return *code;
     uint32_t code = 0;
     const char *const end = value.data() + value.size();
     const auto [stop, error] = std::from_chars(value.data(), end, code);
     if (error != std::errc() || stop != end || code < 1 || code > 999)
-        reject(value, listed(names_of<words>()) + ", or a number from 1 to 999");
+        reject(value, listed(names) + ", or a number from 1 to 999");
     return code;
+}
+
+uint32_t to_country(const std::string &value)
+{
+    for (const auto name : {&qel_rcpt::country::alpha2, &qel_rcpt::country::alpha3}) {
+        if (const auto *country = find_row(qel_rcpt::countries, name, value))
+            return country->code;
+    }
+    return to_code(value, country_names());
+}
+
+uint32_t to_currency(const std::string &value)
+{
+    const auto *currency = find_row(qel_rcpt::currencies, &qel_rcpt::currency::name, value);
+    return currency == nullptr ? to_code(value, currency_names()) : currency->code;
 }
 
 // Names separated by commas, white space around them allowed.
@@ -96,10 +102,10 @@ Qel_rcpt_ind_t to_industry(const std::string &value)
         const size_t end = std::min(value.find(',', begin), value.size());
         const std::string part = value.substr(begin, end - begin);
         const std::string name(qel::view(qel::text(Qel_strdup_trim(part.c_str()))));
-        const auto industry = find_word(industries, name);
-        if (!industry)
-            reject(name, listed(names_of<industries>()));
-        bits |= *industry;
+        const industry *known = find_row(industries, &industry::name, name);
+        if (known == nullptr)
+            reject(name, listed(industry_names()));
+        bits |= known->bit;
         begin = end + 1;
     }
     return static_cast<Qel_rcpt_ind_t>(bits);
@@ -115,36 +121,49 @@ qel::time_tz to_timezone(const std::string &value)
 
 constexpr merchant_setting settings[] = {
     {"lang", "LANG", "language of both copies: {} (default en)",
-     [](merchant &m, const std::string &value) { m.lang = to_language(value); },
-     names_of<languages>},
+     [](merchant &m, const std::string &value) { m.lang = to_language(value); }, language_names},
     {"customer_lang", "LANG", "language of the customer copy",
      [](merchant &m, const std::string &value) { m.customer_lang = to_language(value); },
-     names_of<languages>},
+     language_names},
     {"merchant_lang", "LANG", "language of the merchant copy",
      [](merchant &m, const std::string &value) { m.merchant_lang = to_language(value); },
-     names_of<languages>},
+     language_names},
     {"country", "CODE", "ISO 3166-1 numeric code, or {} (default 840)",
-     [](merchant &m, const std::string &value) { m.country = to_code<countries>(value); },
-     names_of<countries>},
+     [](merchant &m, const std::string &value) { m.country = to_country(value); }, country_names},
     {"currency", "CODE", "ISO 4217 numeric code, or {} (default 840)",
-     [](merchant &m, const std::string &value) { m.currency = to_code<currencies>(value); },
-     names_of<currencies>},
+     [](merchant &m, const std::string &value) { m.currency = to_currency(value); },
+     currency_names},
     {"industry", "NAME,...", "{} (default unknown)",
      [](merchant &m, const std::string &value) { m.industry = to_industry(value); },
-     names_of<industries>},
+     industry_names},
     {"timezone", "ZONE", "such as America/Toronto (default: this system's)",
      [](merchant &m, const std::string &value) { m.timezone = to_timezone(value); }, nullptr},
 };
 
-// The language of a copy: the option before the file, and the copy's own before that of both.
-Qel_rcpt_lang_t copy_language(const merchant &options, const merchant &file,
+using source = const merchant *;
+
+// The first that any source says.
+template <typename T>
+T first_of(std::span<const source> sources, std::optional<T> merchant::*setting, T otherwise)
+{
+    for (const source said : sources) {
+        if (said->*setting)
+            return *(said->*setting);
+    }
+    return otherwise;
+}
+
+// The language of a copy: within each source, the copy's own before that of both.
+Qel_rcpt_lang_t copy_language(std::span<const source> sources,
                               std::optional<Qel_rcpt_lang_t> merchant::*own)
 {
-    for (const auto &language : {options.*own, options.lang, file.*own, file.lang}) {
-        if (language)
-            return *language;
+    for (const source said : sources) {
+        for (const auto setting : {own, &merchant::lang}) {
+            if (said->*setting)
+                return *(said->*setting);
+        }
     }
-    return QEL_RCPT_LANG_EN;
+    return qel_rcpt::languages[0].id;
 }
 
 } // namespace
@@ -163,17 +182,20 @@ const merchant_setting *find_merchant_setting(std::string_view name)
     return nullptr;
 }
 
-Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file)
+Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file,
+                                  const merchant &defaults)
 {
-    constexpr uint32_t united_states = 840;
-    constexpr uint32_t us_dollar = 840;
+    const source sources[] = {&options, &file, &defaults};
     Qel_rcpt_config_t config{};
-    config.cust_lang = copy_language(options, file, &merchant::customer_lang);
-    config.merch_lang = copy_language(options, file, &merchant::merchant_lang);
-    config.country_code = options.country.value_or(file.country.value_or(united_states));
-    config.currency_code = options.currency.value_or(file.currency.value_or(us_dollar));
-    config.industry = options.industry.value_or(file.industry.value_or(QEL_RCPT_IND_UNKNOWN));
-    config.merch_timezone = options.timezone ? options.timezone.get() : file.timezone.get();
+    config.cust_lang = copy_language(sources, &merchant::customer_lang);
+    config.merch_lang = copy_language(sources, &merchant::merchant_lang);
+    config.country_code = first_of(sources, &merchant::country, qel_rcpt::countries[0].code);
+    config.currency_code = first_of(sources, &merchant::currency, qel_rcpt::currencies[0].code);
+    config.industry = first_of(sources, &merchant::industry, QEL_RCPT_IND_UNKNOWN);
+    for (const source said : sources) {
+        if (config.merch_timezone == nullptr)
+            config.merch_timezone = said->timezone.get();
+    }
     return config;
 }
 

@@ -1,4 +1,4 @@
-// What the options or an envelope's "config" say of the merchant.
+// What the options, an envelope's "config" or a merchant's file say of the merchant.
 #ifndef QELRCPT_TOOLS_MERCHANT_H
 #define QELRCPT_TOOLS_MERCHANT_H
 
@@ -38,9 +38,10 @@ std::span<const merchant_setting> merchant_settings();
 // Absent for a name that there is not.
 const merchant_setting *find_merchant_setting(std::string_view name);
 
-// The configuration for the library; what the options say goes before what the file says. The time
-// zone is borrowed from one of the two.
-Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file);
+// The configuration for the library; what the options say goes before what the file says, and that
+// before the defaults. The time zone is borrowed from one of the three.
+Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file,
+                                  const merchant &defaults = {});
 
 } // namespace tool
 

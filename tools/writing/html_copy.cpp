@@ -1,9 +1,12 @@
 #include "writing/html_copy.h"
 
 #include <qel_rcpt_int.h>
+#include <qel_rcpt_tables.hpp>
 #include <qelstdlib_formats.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 namespace tool
@@ -14,18 +17,8 @@ namespace
 
 std::string_view language_code(Qel_rcpt_lang_t lang)
 {
-    switch (lang) {
-    case QEL_RCPT_LANG_FR:
-        return "fr";
-    case QEL_RCPT_LANG_ES:
-        return "es";
-    case QEL_RCPT_LANG_DE:
-        return "de";
-    case QEL_RCPT_LANG_IT:
-        return "it";
-    default:
-        return "en";
-    }
+    const auto *known = std::ranges::find(qel_rcpt::languages, lang, &qel_rcpt::language::id);
+    return (known == std::end(qel_rcpt::languages) ? qel_rcpt::languages : known)->code;
 }
 
 const char *transaction_type(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang)
@@ -54,7 +47,7 @@ std::string title_of(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang, bool i
 // How the card was read, by the letter of the entry mode.
 struct entry_mode {
     const char *letter;
-    std::array<const char *, 5> words; // by Qel_rcpt_lang_t
+    std::array<const char *, std::size(qel_rcpt::languages)> words; // by Qel_rcpt_lang_t
 };
 
 constexpr entry_mode entry_modes[] = {
@@ -63,6 +56,12 @@ constexpr entry_mode entry_modes[] = {
     {"M", {"Keyed in", "Saisie manuelle", "Entrada manual", "Manuelle Eingabe", "Digitazione"}},
     {"S", {"Swiped", "Bande magnétique", "Banda magnética", "Magnetstreifen", "Banda magnetica"}},
 };
+
+static_assert(std::ranges::none_of(entry_modes,
+                                   [](const entry_mode &mode) {
+                                       return std::ranges::count(mode.words, nullptr) > 0;
+                                   }),
+              "every entry mode has its word in every language");
 
 std::string entry_mode_of(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang)
 {
