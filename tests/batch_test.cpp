@@ -34,10 +34,10 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
          {"column 10: ", "':'", "the input ends within this line"}},
         {"{\"amount\n" + five, R"({"line": 1, "error": ")", {"column 2: ", "closing quote"}},
         {"amount=5\n" + five, R"({"line": 1, "error": ")", {"column 1: ", "JSON object"}},
-        {"[" + five + "]\n" + five, R"({"line": 1, "error": ")", {"JSON object"}},
+        {"[" + five + "]\n" + five, R"({"line": 1, "error": ")", {"column 1: ", "JSON object"}},
         {five + five + "\n" + five, R"({"line": 1, "error": ")", {"column 14: ", "nothing after"}},
         {std::string("\0\x1B[2J\xFF\x01\n", 8) + five, R"({"line": 1, "error": ")", {"NUL"}},
-        {"\xFF\xFE{\x80\n" + five, R"({"line": 1, "error": ")", {"JSON object"}},
+        {"\xFF\xFE{\x80\n" + five, R"({"line": 1, "error": ")", {"UTF-16 text"}},
         {R"({"config": {"lang": "tlh"}, "record": {}})"
          "\n" +
              five,

@@ -5,6 +5,7 @@
 #include "out_of_memory.h"
 #include "processes.hpp"
 #include "reading/record_file.h"
+#include "writing/forms.h"
 #include "writing/output.h"
 #include "writing/render.h"
 
@@ -82,9 +83,9 @@ class Memory : public ProcessTest
 TEST_F(Memory, EndsOrGivesTheWholeReceiptInEachForm)
 {
     const std::string sale = QELRCPT_RECORDS "/chip-credit-sale.json";
-    for (const tool::form_facts &form : tool::forms()) {
+    for (const qel_rcpt::form &form : qel_rcpt::forms) {
         tool::layout layout;
-        layout.form = form.id;
+        layout.form = &form;
         const auto text = [&] {
             const tool::record_file file = tool::read_record_file(sale, true);
             return tool::as_text(
@@ -99,7 +100,7 @@ TEST_F(Memory, EndsOrGivesTheWholeReceiptInEachForm)
             return 0;
         };
         fail_each(text(), false, false, run);
-        if (form.id == tool::form::plain)
+        if (form.name == "plain")
             fail_each(text(), false, true, run);
     }
 }

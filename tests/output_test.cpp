@@ -335,4 +335,28 @@ TEST_F(Output, WaitsWhereADescriptorDoesNot)
     }
 }
 
+// Whoever starts the command without a file should not wonder what it waits for.
+TEST_F(Output, IsAnnouncedWhereTheRecordIsTyped)
+{
+    for (const bool is_quiet : {false, true}) {
+        channel terminal = make_terminal();
+        termios settings{};
+        tcgetattr(terminal.theirs.get(), &settings);
+        settings.c_lflag |= ICANON;
+        settings.c_cc[VEOF] = 4;
+        tcsetattr(terminal.theirs.get(), TCSANOW, &settings);
+        terminal.ours.write("amount=5\n\x04");
+        channel out = make_pipe(true);
+        channel err = make_pipe(true);
+        const pid_t child =
+            start({is_quiet ? "--quiet" : "--block=money", "--width=20", "--copy=customer"},
+                  terminal.theirs.get(), out.theirs.get(), err.theirs.get());
+        out.theirs.close();
+        err.theirs.close();
+        EXPECT_TRUE(has(out.ours.read(), "TOTAL:         $5.00\n"));
+        EXPECT_EQ(has(err.ours.read(), "standard input"), !is_quiet);
+        EXPECT_EQ(wait_for(child).status, 0);
+    }
+}
+
 } // namespace

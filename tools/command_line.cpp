@@ -219,6 +219,8 @@ options parse_options(int argc, char **argv)
         taken.jobs = usable_cores();
     if (taken.files.empty())
         taken.files.emplace_back("-");
+    if (taken.merchant_file == "-" && std::ranges::find(taken.files, "-") != taken.files.end())
+        throw usage_error("--merchant: standard input is the record, expected another FILE");
     return taken;
 }
 

@@ -12,6 +12,9 @@
 #include "writing/output.h"
 #include "writing/render.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <new>
@@ -35,8 +38,8 @@ struct library {
 std::string make_page(const tool::options &options)
 {
     const std::string &name = options.files.front();
-    const tool::record_file file = tool::read_record_file(name, options.quiet);
-    const Qel_rcpt_config_t config = tool::merchant_config(options.merchant, file.merchant);
+    tool::record_file file = tool::read_record_file(name, options.quiet);
+    const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
     const tool::layout &layout = options.layout;
     if (!layout.customer_copy && !Qel_rcpt_generate_merch_copy(config.industry))
         throw tool::input_error(name + ": this industry has no merchant copy");
@@ -55,8 +58,8 @@ std::string make_output(const tool::options &options)
         return make_page(options);
     std::vector<tool::receipt> receipts;
     for (const std::string &name : options.files) {
-        const tool::record_file file = tool::read_record_file(name, options.quiet);
-        const Qel_rcpt_config_t config = tool::merchant_config(options.merchant, file.merchant);
+        tool::record_file file = tool::read_record_file(name, options.quiet);
+        const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
         receipts.push_back(tool::render(file.record.get(), config, options.layout));
     }
     return options.format == tool::output_format::json ? tool::as_json(receipts)
@@ -70,17 +73,27 @@ void write(const std::string &file, std::span<const std::string> inputs, std::st
     output.finish();
 }
 
+// Who sees nothing happen should know what is waited for.
+void tell_of_terminal(const tool::options &options)
+{
+    const bool is_read = std::ranges::count(options.inputs(), "-") > 0;
+    if (is_read && !options.quiet && ::isatty(STDIN_FILENO) == 1)
+        tool::complain("reading standard input; end it with Ctrl-D, or see qelrcpt --help");
+}
+
 int run(int argc, char **argv)
 {
-    const tool::options options = tool::parse_options(argc, argv);
+    tool::options options = tool::parse_options(argc, argv);
     if (options.information != tool::information::none) {
         write("", {}, tool::information_text(options));
         return 0;
     }
     const library library;
+    tell_of_terminal(options);
+    tool::read_merchant_file(options.added, options.merchant_file, options.quiet);
     if (options.batch)
         return tool::run_batch(options);
-    write(options.output_file, options.files, make_output(options));
+    write(options.output_file, options.inputs(), make_output(options));
     return 0;
 }
 

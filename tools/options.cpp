@@ -83,6 +83,13 @@ size_t to_number(const std::string &given, std::string_view what, size_t least, 
     return number;
 }
 
+const std::string &file_name(const std::string &given)
+{
+    if (given.empty())
+        throw std::invalid_argument("the name is empty, expected the name of a file");
+    return given;
+}
+
 void set_form(options &taken, const std::string &given)
 {
     const word_list names = form_names(taken);
@@ -115,6 +122,16 @@ void add_block(options &taken, const std::string &given)
     taken.layout.blocks.push_back(given);
 }
 
+void set_merchant_file(options &taken, const std::string &given)
+{
+    taken.merchant_file = file_name(given);
+}
+
+void add_key(options &taken, const std::string &given)
+{
+    taken.added.over.push_back(to_addition(given));
+}
+
 void set_format(options &taken, const std::string &given)
 {
     taken.format = choose(formats, given);
@@ -122,9 +139,7 @@ void set_format(options &taken, const std::string &given)
 
 void set_output_file(options &taken, const std::string &given)
 {
-    if (given.empty())
-        throw std::invalid_argument("the name is empty, expected the name of a file");
-    taken.output_file = given;
+    taken.output_file = file_name(given);
 }
 
 void set_jobs(options &taken, const std::string &given)
@@ -174,6 +189,7 @@ constexpr use html_only = {[](const options &given) { return is_form(given.layou
 std::vector<option_row> make_rows()
 {
     constexpr const char *receipt = "Receipt";
+    constexpr const char *merchant = "Merchant (instead of what FILE says)";
     constexpr const char *output = "Output";
     constexpr const char *archives = "Archives";
 
@@ -194,8 +210,7 @@ std::vector<option_row> make_rows()
     for (const merchant_setting &setting : merchant_settings()) {
         std::string name = "--" + std::string(setting.name);
         std::ranges::replace(name, '_', '-');
-        rows.push_back({"Merchant (instead of what FILE says)", name, setting.value,
-                        setting.meaning,
+        rows.push_back({merchant, name, setting.value, setting.meaning,
                         [&setting](options &taken, const std::string &given) {
                             setting.set(taken.merchant, given);
                         },
@@ -206,6 +221,13 @@ std::vector<option_row> make_rows()
     rows.insert(
         rows.end(),
         {
+            {merchant, "--merchant", "FILE",
+             "a file with the merchant's \"config\" and keys in its \"record\", for what FILE does "
+             "not say itself",
+             set_merchant_file},
+            {merchant, "--set", "KEY=VALUE",
+             "this record key, whatever the files say; may be repeated", add_key, anywhere, nullptr,
+             true},
             {output, "--output", "FORMAT", "{} (default text); json: the blocks as one object",
              set_format, anywhere, [](const options &) { return words_of(formats); }},
             {output, "--page", "",
@@ -238,6 +260,14 @@ std::vector<option_row> make_rows()
 }
 
 } // namespace
+
+std::vector<std::string> options::inputs() const
+{
+    std::vector<std::string> all = files;
+    if (!merchant_file.empty())
+        all.push_back(merchant_file);
+    return all;
+}
 
 const std::vector<option_row> &option_rows()
 {

@@ -3,6 +3,7 @@
 #ifndef QELRCPT_TOOLS_OPTIONS_H
 #define QELRCPT_TOOLS_OPTIONS_H
 
+#include "reading/additions.h"
 #include "reading/merchant.h"
 #include "writing/render.h"
 
@@ -28,6 +29,8 @@ struct options {
     bool is_form_given = false; // otherwise the output file's name may tell the form
     bool both_copies = false;   // asked for by name
     tool::merchant merchant;
+    std::string merchant_file; // empty: none
+    tool::additions added;
     std::optional<output_format> format; // absent: as usual
     bool page = false;                   // one copy as an HTML page
     bool email = false;                  // one copy as the HTML of a message
@@ -37,6 +40,8 @@ struct options {
     size_t jobs = 0;                    // threads that render; at least one with batch
     std::optional<uint64_t> start_line; // the first one that batch renders of the first FILE
     tool::information information = information::none;
+
+    std::vector<std::string> inputs() const; // all files that are read
 };
 
 // Where an option does something. Elsewhere it is refused, with what was expected.

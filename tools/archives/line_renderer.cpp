@@ -95,7 +95,7 @@ void line_renderer::render(const line_piece &piece, rendered &result) const
 void line_renderer::add_line(rendered &result, const position &where, std::string_view line) const
 {
     try {
-        const record_file file = parse_json_record(line);
+        record_file file = parse_json_record(line);
         count_doubts(result, file.doubts, where.number, line);
         add_record(result, where, file);
     } catch (const text_error &fault) {
@@ -112,10 +112,10 @@ void line_renderer::add_line(rendered &result, const position &where, std::strin
     }
 }
 
-void line_renderer::add_record(rendered &result, const position &where,
-                               const record_file &file) const
+void line_renderer::add_record(rendered &result, const position &where, record_file &file) const
 {
     line_in_work line(result.lines);
+    const Qel_rcpt_config_t config = complete(file, options_.merchant, options_.added);
     begin_line(result.lines, where);
     for (const char *name : repeated_members) {
         const char *value = nullptr;
@@ -124,7 +124,6 @@ void line_renderer::add_record(rendered &result, const position &where,
         append_member(result.lines, name, value);
         result.lines += ", ";
     }
-    const Qel_rcpt_config_t config = merchant_config(options_.merchant, file.merchant);
     const receipt shown = tool::render(file.record.get(), config, options_.layout);
     result.lines += "\"blocks\": {";
     for (const block &part : shown.blocks) {

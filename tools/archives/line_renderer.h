@@ -50,7 +50,7 @@ class line_renderer
     struct position;
 
     void add_line(rendered &result, const position &where, std::string_view line) const;
-    void add_record(rendered &result, const position &where, const record_file &file) const;
+    void add_record(rendered &result, const position &where, record_file &file) const;
     void add_error(rendered &result, const position &where, std::string_view message) const;
     void begin_line(std::string &lines, const position &where) const;
 

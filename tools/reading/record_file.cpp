@@ -4,6 +4,7 @@
 #include "reading/entries.h"
 #include "reading/input_file.h"
 #include "reading/record_keys.h"
+#include "reading/wrong_kinds.h"
 
 #include <qel_rcpt_keys.hpp>
 
@@ -40,8 +41,7 @@ size_t begin_of(std::string_view text)
     const size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos)
         throw text_error(0, "nothing to read, expected a JSON object or lines of key=value");
-    if (const size_t nul = text.find('\0'); nul != std::string_view::npos)
-        throw text_error(nul, "NUL byte, expected text");
+    check_kind(text);
     return first;
 }
 
@@ -50,21 +50,24 @@ std::vector<entry> read_entries(std::string_view text)
     const char first = text[begin_of(text)];
     if (std::string_view("{[\"/").find(first) != std::string_view::npos)
         return json_entries(text);
+    check_utf8(text);
     std::vector<entry> entries = line_entries(text);
     if (entries.empty())
         throw text_error(0, "nothing but comments, expected lines of key=value");
     return entries;
 }
 
-// An envelope's top has no other members than its two sections, each once.
-void check_envelope(const std::vector<entry> &entries)
+// An envelope's top has no other members than its two sections, each once. A merchant's file may be
+// without keys.
+void check_envelope(const std::vector<entry> &entries, contents wanted)
 {
     std::set<std::string_view> sections;
     for (const entry &member : entries) {
         if (member.kind == entry_kind::opening && !sections.insert(member.key).second)
             throw text_error(member.offset, "a second " + in_quotes(member.key) + ", expected one");
     }
-    const bool is_envelope = sections.contains("record");
+    const bool has_record = sections.contains("record");
+    const bool is_envelope = has_record || (wanted == contents::merchant && !sections.empty());
     for (const entry &member : entries) {
         const bool is_beside = member.where == section::top && member.kind != entry_kind::opening;
         if (is_envelope && is_beside && member.key == "config")
@@ -133,17 +136,6 @@ bool looks_unmasked(std::string account)
            account.find_first_not_of("0123456789") == std::string::npos && has_check_digit(account);
 }
 
-std::optional<doubt_kind> doubt_about(const entry &member, const Qel_hash_dict_t *record)
-{
-    if (member.key == "account" && looks_unmasked(member.value))
-        return doubt_kind::unmasked_account;
-    if (Qel_hash_dict_get(record, member.key.c_str(), nullptr))
-        return doubt_kind::repeated_key;
-    if (!qel_rcpt::is_record_key(member.key))
-        return doubt_kind::unknown_key;
-    return std::nullopt;
-}
-
 void check_record_member(const entry &member)
 {
     const bool is_document = member.key == "line_items" || member.key == "moneris_rcpt_data";
@@ -160,9 +152,9 @@ void check_nul(const entry &member)
         throw text_error(member.offset, "NUL character in " + in_quotes(member.key));
 }
 
-record_file make_record_file(const std::vector<entry> &entries)
+record_file make_record_file(const std::vector<entry> &entries, contents wanted)
 {
-    check_envelope(entries);
+    check_envelope(entries, wanted);
     record_file file;
     file.record.reset(Qel_hash_dict_create(entries.size(), 75, QEL_HASH_DICT_NONE));
     for (const entry &member : entries) {
@@ -174,7 +166,11 @@ record_file make_record_file(const std::vector<entry> &entries)
             continue;
         }
         check_record_member(member);
-        if (const auto kind = doubt_about(member, file.record.get()))
+        auto kind = doubt_about(member.key, member.value);
+        const bool is_again = Qel_hash_dict_get(file.record.get(), member.key.c_str(), nullptr);
+        if (is_again && kind != doubt_kind::unmasked_account)
+            kind = doubt_kind::repeated_key;
+        if (kind)
             file.doubts.push_back({*kind, member.key, member.offset});
         Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
     }
@@ -194,6 +190,15 @@ void warn_of(const std::vector<doubt> &doubts, places &where)
 
 } // namespace
 
+std::optional<doubt_kind> doubt_about(const std::string &key, const std::string &value)
+{
+    if (key == "account" && looks_unmasked(value))
+        return doubt_kind::unmasked_account;
+    if (!qel_rcpt::is_record_key(key))
+        return doubt_kind::unknown_key;
+    return std::nullopt;
+}
+
 std::string warning_of(const doubt &doubt)
 {
     switch (doubt.kind) {
@@ -212,13 +217,17 @@ std::string warning_of(const doubt &doubt)
 
 record_file parse_json_record(std::string_view text)
 {
-    const size_t first = begin_of(text);
-    if (std::string_view("{/").find(text[first]) == std::string_view::npos)
-        throw text_error(first, "expected a JSON object");
-    return make_record_file(json_entries(text));
+    try {
+        const size_t first = begin_of(text);
+        if (std::string_view("{/").find(text[first]) == std::string_view::npos)
+            throw text_error(first, "expected a JSON object");
+        return make_record_file(json_entries(text), contents::record);
+    } catch (const text_error &fault) {
+        throw explained(fault, text, reading::line);
+    }
 }
 
-record_file read_record_file(const std::string &name, bool quiet)
+record_file read_record_file(const std::string &name, bool quiet, contents wanted)
 {
     const std::string shown_name = shown_file_name(name);
     const std::string bytes = read_bytes(name, shown_name);
@@ -227,12 +236,13 @@ record_file read_record_file(const std::string &name, bool quiet)
         text.remove_prefix(3);
     places where(shown_name, text);
     try {
-        record_file file = make_record_file(read_entries(text));
+        record_file file = make_record_file(read_entries(text), wanted);
         if (!quiet)
             warn_of(file.doubts, where);
         return file;
     } catch (const text_error &fault) {
-        throw input_error(where.at(fault.offset) + ": " + fault.what());
+        const text_error told = explained(fault, text, reading::file);
+        throw input_error(where.at(told.offset) + ": " + told.what());
     }
 }
 

@@ -7,6 +7,7 @@
 #include <qelstdlib.hpp>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,9 @@ struct doubt {
     size_t offset; // in the text
 };
 
+// About a member by itself; absent without one.
+std::optional<doubt_kind> doubt_about(const std::string &key, const std::string &value);
+
 // The warning in words.
 std::string warning_of(const doubt &doubt);
 
@@ -35,9 +39,13 @@ struct record_file {
 // The record of a JSON text. Throws text_error.
 record_file parse_json_record(std::string_view text);
 
+// A record, or what a merchant's file has of one.
+enum class contents { record, merchant };
+
 // Reads the file, standard input for "-". Warns of what is probably a mistake, unless quiet.
 // Throws input_error.
-record_file read_record_file(const std::string &name, bool quiet);
+record_file read_record_file(const std::string &name, bool quiet,
+                             contents wanted = contents::record);
 
 } // namespace tool
 
