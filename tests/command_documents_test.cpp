@@ -143,8 +143,10 @@ TEST_F(Documents, OfAnArchiveAreDataOfALine)
 
 TEST_F(Documents, WithNothingInThemAreStillDocuments)
 {
-    EXPECT_EQ(print({"--form=json", "--block=items", record_files[0]}), "{}\n");
-    EXPECT_EQ(print({"--form=xml", "--block=items", record_files[0], "--line-break=crlf"}),
+    EXPECT_EQ(print({"--form=json", "--block=signature", "--copy=customer", record_files[0]}),
+              "{}\n");
+    EXPECT_EQ(print({"--form=xml", "--block=signature", "--copy=customer", "--line-break=crlf",
+                     record_files[0]}),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<receipt>\r\n</receipt>\r\n");
 }
 

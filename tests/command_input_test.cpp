@@ -273,16 +273,16 @@ TEST_F(Command, CompletesRecordsFromTheMerchantsFile)
         arguments words;    // on the receipts
         arguments no_words; // on none
     } const cases[] = {
-        {{"--merchant", shop}, plain, {"JOE'S", "ACHAT", "PURCHASE", "€5.00"}, {"555", "1.00"}},
+        {{"--merchant", shop}, plain, {"JOE'S", "ACHAT", "PURCHASE", "€5,00"}, {"555", "1.00"}},
         {{"--merchant", shop}, envelope, {"JOE'S", "ACQUISTA", "€5,00"}, {"ACHAT", "555"}},
         {{"--merchant", shop, "--lang=es"}, envelope, {"COMPRA"}, {"ACHAT", "ACQUISTA"}},
         {{"--merchant", keys_only}, plain, {"JOE'S", "$5.00"}, {"555"}},
         {{"--merchant", config_only}, plain, {"KAUF", "$5.00"}, {}},
         {{"--set", "amount=7", "--set=merch_name=A=B"}, plain, {"A=B", "$7.00"}, {"$5.00"}},
-        {{"--merchant", shop, "--set", "merch_phone=556"}, plain, {"556", "€5.00"}, {"555"}},
+        {{"--merchant", shop, "--set", "merch_phone=556"}, plain, {"556", "€5,00"}, {"555"}},
         {{"--merchant", shop, "--set", "amount=8", "--batch", "--line-break=lf"},
          plain,
-         {"JOE'S", "ACHAT", "€8.00"},
+         {"JOE'S", "ACHAT", "€8,00"},
          {"555"}},
     };
     for (const auto &[args, record, words, no_words] : cases) {
