@@ -27,7 +27,7 @@ function pieces(node) {
 function extent(node) {
   const boxes = pieces(node);
   return { left: Math.min(...boxes.map(box => box.left)),
-           right: Math.max(...boxes.map(box => box.right)) };
+           right: Math.max(...boxes.map(box => box.right)), top: boxes[0]?.top };
 }
 
 function lines(node) {
@@ -148,7 +148,8 @@ FULL_RECORD = {
     "phard_code": "SUCCESS", "u_need_signature": "yes",
     "printdata": "EARNED              42\n  REDEEMED         777",
     "rcpt_emv_aid": "A0000000250109", "rcpt_emv_ac": "2FD4417B09CE8A65",
-    "rcpt_emv_card_decline": "8A023030", "rcpt_custom": "MID:0012345678901",
+    "rcpt_emv_card_decline": "8A023030", "rcpt_duplicate": "1",
+    "rcpt_custom": "MID:0012345678901,Number of the whole order:4500 1234 5678 9012",
     "rcpt_user_notes": "Bring this receipt\nwithin 30 days",
     "line_items": [{"name": "Galvanised carriage bolts", "qty": "24", "price": "12345.67",
                     "notes": "Aisle 7\n Shelf C\nlower"}]}
@@ -207,8 +208,11 @@ class Page(unittest.TestCase):
                 self.assertEqual(self.measure(reduced, "faults(true)"), [])
                 if "merchant" in name:
                     continue
-                rule = self.measure(reduced, "getComputedStyle(rcpt_reference).borderTop")
+                rule, drop = self.measure(reduced, """[
+                    getComputedStyle(rcpt_reference).borderTop,
+                    extent(time).top - extent(time_label).top]""")
                 self.assertEqual(rule, "1px dashed rgb(180, 184, 193)")
+                self.assertLess(abs(drop), 5)
 
     def test_messages_show_the_same_rows_in_tables(self):
         known = {"background-color", "border", "border-bottom", "border-top", "color",
@@ -326,6 +330,9 @@ class Page(unittest.TestCase):
                     with self.subTest(width=width, items=count, first=first):
                         self.assertEqual([row for row in rows if row.startswith(first)], [])
                         second_sheets += 1
+                signed = [[word[4] for word in words if word[4].startswith(("X__", "Agreement"))]
+                          for words in sheets]
+                self.assertEqual(max(map(len, signed)), 2, (width, count))
         self.assertGreater(second_sheets, 15)
 
 
