@@ -103,7 +103,8 @@ QEL_API bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) QEL_NOEXCEPT;
 /* Plain text. Blocks: merch_info, reference, items, order_money, money, disposition, signature
  * (merchant copy only), emv, notice, notes. Each is in upper case, its lines joined by line_break,
  * none after the last.
- *   line_len    width of a line in characters: 0 means 40, and 1 to 9 mean 10
+ *   line_len    width of a line in characters: 0 means 40, 1 to 9 mean 10, and more
+ *               than 65,535 mean that
  *   line_break  absent or "": "\r\n" */
 QEL_API Qel_hash_dict_t *Qel_rcpt_generate_plain(const Qel_hash_dict_t *kvs,
                                                  const Qel_rcpt_config_t *config, size_t line_len,

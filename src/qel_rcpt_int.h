@@ -231,8 +231,8 @@ QEL_API char *Qel_rcpt_format_time(const Qel_hash_dict_t *kvs,
 /* True when u_need_signature is set. */
 QEL_API bool Qel_rcpt_need_signature_line(const Qel_hash_dict_t *kvs) QEL_NOEXCEPT;
 
-/* 'X' and underscores, len characters in all (0 counts as 1); absent when no signature is needed.
- */
+/* 'X' and underscores, len characters in all (0 counts as 1, more than 65,535 as that); absent when
+ * no signature is needed. */
 QEL_API char *Qel_rcpt_get_signature_line(const Qel_hash_dict_t *kvs, size_t len) QEL_NOEXCEPT;
 
 /* The cardholder agreement; absent when no signature is needed. */

@@ -6,7 +6,7 @@
  * adds no line. A text that is too wide is broken at the right-most space among as many bytes as
  * the line has columns, or within a word where there is none, never within a character. The space
  * at the break is dropped, further ones before it stay. Padding is put in front of what is centred
- * or flush right, so a huge width takes as much memory; there is none at the end of a line. A line
+ * or flush right; there is none at the end of a line. A width above 65,535 counts as that. A line
  * that is put into the list directly (such as an empty one) stays as it is.
  */
 #ifndef QEL_RCPT_PLAIN_H
@@ -23,9 +23,9 @@ typedef struct Qel_rcpt_plain {
     Qel_hash_dict_t *blocks;    /* receives the blocks */
     const Qel_hash_dict_t *kvs; /* the transaction record */
     const char *line_break;     /* put between two lines */
-    size_t line_len;            /* width in characters; 0 counts as 1 */
-    Qel_rcpt_attrs_t attrs;     /* of the copy being rendered */
-    bool is_unattended;         /* a self-service terminal, where the layout asks */
+    size_t line_len;        /* width in characters, 1 to 65,535; what is beyond counts as those */
+    Qel_rcpt_attrs_t attrs; /* of the copy being rendered */
+    bool is_unattended;     /* a self-service terminal, where the layout asks */
 } Qel_rcpt_plain_t;
 
 /* Joins the lines, upper-cases the text and stores it under the name; nothing but white space is

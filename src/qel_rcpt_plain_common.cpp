@@ -42,7 +42,7 @@ std::string_view trim(std::string_view text)
 
 std::size_t line_len(const Qel_rcpt_plain_t &info)
 {
-    return std::max<std::size_t>(info.line_len, 1);
+    return std::clamp<std::size_t>(info.line_len, 1, qel_rcpt::most_columns);
 }
 
 // A trimmed text on its way into lines. Its width is counted once and kept as lines are cut off, so

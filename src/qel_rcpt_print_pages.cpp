@@ -132,8 +132,12 @@ char32_t nearest_to(char32_t character)
 {
     if (character >= 0xFF01 && character <= 0xFF5E) // the wide forms of ASCII
         return character - 0xFF01 + U'!';
-    const auto *found = std::ranges::lower_bound(nearest_table, character, {}, &nearest::character);
-    return found != nearest_table.end() && found->character == character ? found->near : 0;
+    const auto place = static_cast<std::size_t>(
+        std::ranges::lower_bound(nearest_table, character, {}, &nearest::character) -
+        nearest_table.begin());
+    const bool has_one =
+        place < nearest_table.size() && nearest_table[place].character == character;
+    return has_one ? nearest_table[place].near : 0;
 }
 
 // Marks on the character before, and signs that only direct the text: they take no room.
@@ -175,10 +179,11 @@ class qel_rcpt::code_page
             return static_cast<char>(character);
         if (character == no_character)
             return 0;
-        const auto *found =
-            std::ranges::lower_bound(entries, character, {}, &page_entry::character);
-        const bool has_it = found != entries.end() && found->character == character;
-        return has_it ? static_cast<char>(found->byte) : '\0';
+        const auto place = static_cast<std::size_t>(
+            std::ranges::lower_bound(entries, character, {}, &page_entry::character) -
+            entries.begin());
+        const bool has_it = place < entries.size() && entries[place].character == character;
+        return has_it ? static_cast<char>(entries[place].byte) : '\0';
     }
 
     // The byte of what is nearest to a character that the page lacks.

@@ -16,6 +16,9 @@
 namespace qel_rcpt
 {
 
+// More columns count as so many: no paper has them, and padding takes memory.
+constexpr std::size_t most_columns = 65535;
+
 // The record's value, or absent.
 inline const char *get(const Qel_hash_dict_t *kvs, const char *key)
 {

@@ -50,7 +50,7 @@ char *Qel_rcpt_get_signature_line(const Qel_hash_dict_t *kvs, std::size_t len) n
         return nullptr;
     qel::buf line(Qel_buf_create());
     Qel_buf_add_byte(line.get(), 'X');
-    Qel_buf_add_fill(line.get(), '_', len == 0 ? 0 : len - 1);
+    Qel_buf_add_fill(line.get(), '_', std::clamp<std::size_t>(len, 1, qel_rcpt::most_columns) - 1);
     return qel::finish(std::move(line)).release();
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <random>
 #include <string>
 #include <string_view>
@@ -212,6 +213,21 @@ TEST(PlainLayout, WritesMoney)
         Qel_rcpt_setup_rcpt_attrs(&page.info.attrs, c.config, true);
         Qel_rcpt_plain_add_money(&page.info, c.label, c.amount, page.list(), c.negative);
         EXPECT_EQ(page.written(), c.expected) << qel::view(c.label) << qel::view(c.amount);
+    }
+}
+
+TEST(PlainLayout, HasAWidestLine)
+{
+    constexpr std::size_t widest = 65535;
+    for (const std::size_t width : {widest, widest + 1, std::numeric_limits<std::size_t>::max()}) {
+        EXPECT_EQ(formatted(right, width, "ab"), lines({std::string(widest - 2, ' ') + "ab"}));
+        EXPECT_EQ(formatted(center, width, "abc"),
+                  lines({std::string((widest - 3) / 2, ' ') + "abc"}));
+        EXPECT_EQ(formatted(width, {nullptr, "a", nullptr, "b"}),
+                  lines({"a" + std::string(widest - 2, ' ') + "b"}));
+        const record signing("u_need_signature:1");
+        EXPECT_EQ(qel::view(qel::text(Qel_rcpt_get_signature_line(signing, width))),
+                  "X" + std::string(widest - 1, '_'));
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <bit>
+#include <bitset>
 #include <list>
 #include <memory>
 #include <optional>
@@ -54,6 +55,33 @@ struct key_less {
             return std::ranges::lexicographical_compare(a, b, {}, lower_byte, lower_byte);
         return a < b; // compares bytes as unsigned
     }
+};
+
+// Tells most of the keys that a dictionary lacks, at a small part of what their hash costs: a
+// record is asked for many more keys than it has. Two bytes of a key, in any case, and its length
+// choose one of 256 marks. Marks are never taken back; without a mark there is no such key.
+class key_marks
+{
+  public:
+    void set(std::string_view key) { marks_[mark(key)] = true; }
+    [[nodiscard]] bool may_have(std::string_view key) const { return marks_[mark(key)]; }
+
+  private:
+    static constexpr std::size_t count = 256;
+
+    static std::size_t mark(std::string_view key)
+    {
+        if (key.empty())
+            return 0;
+        const auto any_case = [&](std::size_t at) -> std::size_t {
+            return static_cast<unsigned char>(key[at]) | 0x20U;
+        };
+        const std::size_t last = any_case(key.size() - 1);
+        const std::size_t middle = any_case(key.size() / 2);
+        return (last * 5 + middle * 29 + key.size() * 17) % count;
+    }
+
+    std::bitset<count> marks_;
 };
 
 // Finds entries by key: slots as many as a power of two, each with one entry or none. An entry
@@ -155,7 +183,10 @@ struct Qel_hash_dict {
         return key_hash{ignore_case}(key);
     }
 
-    [[nodiscard]] entry *find(std::string_view key) const { return index.find(key, hash(key)); }
+    [[nodiscard]] entry *find(std::string_view key) const
+    {
+        return marks.may_have(key) ? index.find(key, hash(key)) : nullptr;
+    }
 
     void store(std::string_view key, std::string_view val)
     {
@@ -192,12 +223,14 @@ struct Qel_hash_dict {
     bool sorted;
     std::list<entry> entries;
     key_index index;
+    key_marks marks;
 
   private:
     void add_last_to_index()
     {
         entries.back().place = std::prev(entries.end());
         index.add(entries.back());
+        marks.set(entries.back().key);
     }
 };
 

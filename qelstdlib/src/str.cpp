@@ -372,22 +372,20 @@ struct directive {
     argument takes;
 };
 
-constexpr std::array<directive, 5> directives{{
-    {"%s", argument::text},
-    {"%lld", argument::integer},
-    {"%llu", argument::natural},
-    {"%02llu", argument::natural_two_digits},
+constexpr directive directives[] = {
+    {"%s", argument::text},      {"%lld", argument::integer},
+    {"%llu", argument::natural}, {"%02llu", argument::natural_two_digits},
     {"%%", argument::none},
-}};
+};
 
 // The directive that the format begins with, or absent.
 const directive *find_directive(std::string_view fmt)
 {
     if (!fmt.starts_with('%'))
         return nullptr;
-    const auto found = std::ranges::find_if(
+    const auto *const found = std::ranges::find_if(
         directives, [&](const directive &known) { return fmt.starts_with(known.spelling); });
-    return found == directives.end() ? nullptr : &*found;
+    return found == std::end(directives) ? nullptr : found;
 }
 
 // A va_list that functions can share: passed by itself, it would be spent after the first.

@@ -1,8 +1,8 @@
 #include "qelstdlib_int.h"
 #include "time_zone.h"
 
-#include <array>
 #include <chrono>
+#include <iterator>
 
 namespace
 {
@@ -56,15 +56,12 @@ struct field {
     std::int64_t high;
 };
 
-constexpr std::array<field, 7> fields{{
-    {'m', &Qel_time_localtm_t::month, 2, 1, 12},
-    {'d', &Qel_time_localtm_t::day, 2, 1, 31},
-    {'y', &Qel_time_localtm_t::year2, 2, 0, 99},
-    {'H', &Qel_time_localtm_t::hour, 2, 0, 23},
-    {'M', &Qel_time_localtm_t::min, 2, 0, 59},
-    {'S', &Qel_time_localtm_t::sec, 2, 0, 60},
+constexpr field fields[] = {
+    {'m', &Qel_time_localtm_t::month, 2, 1, 12}, {'d', &Qel_time_localtm_t::day, 2, 1, 31},
+    {'y', &Qel_time_localtm_t::year2, 2, 0, 99}, {'H', &Qel_time_localtm_t::hour, 2, 0, 23},
+    {'M', &Qel_time_localtm_t::min, 2, 0, 59},   {'S', &Qel_time_localtm_t::sec, 2, 0, 60},
     {'Y', &Qel_time_localtm_t::year, 4, 1, 0}, // only written: no value is in range
-}};
+};
 
 // One step of a format: a field or, without one, a byte that stands for itself.
 struct step {
@@ -79,11 +76,11 @@ step take_step(std::string_view &fmt)
     if (first != '%' || fmt.empty())
         return {nullptr, first};
 
-    const auto found = std::ranges::find(fields, fmt.front(), &field::directive);
-    const bool known = found != fields.end();
+    const auto *const found = std::ranges::find(fields, fmt.front(), &field::directive);
+    const bool known = found != std::end(fields);
     if (known || fmt.front() == '%')
         fmt.remove_prefix(1);
-    return {known ? &*found : nullptr, '%'};
+    return {known ? found : nullptr, '%'};
 }
 
 bool take_literal(std::string_view &text, char literal)
