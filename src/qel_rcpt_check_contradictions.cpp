@@ -31,7 +31,7 @@ bool has_negative_discount(const subject &record)
            record.amount("order_cash_discount") > record.amount("discountamount");
 }
 
-bool is_authorised_above_amount(const subject &record)
+bool is_authorized_above_amount(const subject &record)
 {
     return record.has("amount") && record.amount("authamount") > record.amount("amount");
 }
@@ -58,7 +58,7 @@ bool has_cash_back_twice(const subject &record)
     return record.amount("cashbackamount") != 0 && record.amount("u_cashback") != 0;
 }
 
-bool lacks_authorisation(const subject &record)
+bool lacks_authorization(const subject &record)
 {
     return record.is_approved() && record.is_payment() && !record.is_cash() &&
            !record.has("auth") && !record.is_set("u_standin");
@@ -153,7 +153,7 @@ constexpr rule rules[] = {
     {{"authamount-above-amount", error, contradictions,
       "at most the amount that was asked for is authorised", "amount", "authamount, amount",
       no_source, ""},
-     is_authorised_above_amount,
+     is_authorized_above_amount,
      "authamount",
      "authamount is more than amount: the issuer cannot authorise more than was asked for"},
     {{"approval-not-partial", error, contradictions, "authamount only after a partial approval",
@@ -184,7 +184,7 @@ constexpr rule rules[] = {
     {{"approval-without-code", error, contradictions, "an authorisation code",
       "an approved sale or authorisation by card, but for stand-in", "auth",
       "Stripe Terminal receipt details", november_2026},
-     lacks_authorisation,
+     lacks_authorization,
      "auth",
      "the transaction is approved, but there is no authorisation code (auth)"},
     {{"approval-refused-by-chip", error, contradictions,

@@ -3,8 +3,8 @@
 #ifndef QEL_RCPT_CHECK_INT_HPP
 #define QEL_RCPT_CHECK_INT_HPP
 
-#include "qel_rcpt_int.hpp"
 #include "qel_rcpt_keys.hpp"
+#include "qel_rcpt_rules.hpp"
 
 #include <qel_rcpt_check.h>
 

@@ -199,7 +199,7 @@ bool hides_duplicate(const subject &record)
     return record.is_ecommerce() && Qel_rcpt_is_duplicate(record.record());
 }
 
-bool lacks_authorised_amount(const subject &record)
+bool lacks_authorized_amount(const subject &record)
 {
     return record.is("rcpt_issuer_resp_code", "10") && record.is_approved() &&
            !record.has("authamount");
@@ -408,7 +408,7 @@ constexpr rule rules[] = {
      "this form has no mark of a duplicate; put it in front of the receipt"},
     {{"partial-approval-unmarked", error, required, "a partial approval that is stated",
       "response code 10 (ISO 8583, partial approval)", "authamount", "Moneris", november_2026},
-     lacks_authorised_amount,
+     lacks_authorized_amount,
      "authamount",
      "by its response code the approval is a partial one, but without authamount the receipt would "
      "state a full one"},

@@ -83,11 +83,10 @@ consteval bool makes_blocks_of(std::string_view form, const block_builder<State>
 inline bool are_alike(unsigned copies, const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t &cust,
                       const Qel_rcpt_attrs_t &merch)
 {
-    const bool one_language = cust.lang == merch.lang;
-    const bool has_balance = !Qel_str_isempty(Qel_hash_dict_get_direct(kvs, "balance"));
     return (copies & (by_copy | merch_only)) == 0 && cust.csym_right == merch.csym_right &&
-           (one_language || (copies & by_language) == 0) &&
-           (!has_balance || (copies & by_balance) == 0);
+           ((copies & by_language) == 0 || cust.lang == merch.lang) &&
+           ((copies & by_balance) == 0 ||
+            Qel_str_isempty(Qel_hash_dict_get_direct(kvs, "balance")));
 }
 
 // Stores the customer's block for the merchant too, where the customer has one.

@@ -141,7 +141,12 @@ class plain_block final : private line_sink
     {
         if (has_lines_)
             text_.append(line_break_);
-        text_.append(indent, ' ').append(left).append(gap, ' ').append(right);
+        if (indent > 0)
+            text_.append(indent, ' ');
+        text_.append(left);
+        if (gap > 0)
+            text_.append(gap, ' ');
+        text_.append(right);
         has_lines_ = true;
     }
 

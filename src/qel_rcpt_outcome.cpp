@@ -52,7 +52,7 @@ bool was_approved(const Qel_hash_dict_t *kvs)
 
 bool was_partially_approved(const Qel_hash_dict_t *kvs)
 {
-    return was_approved(kvs) && !Qel_str_isempty(get(kvs, "authamount"));
+    return !Qel_str_isempty(get(kvs, "authamount")) && was_approved(kvs);
 }
 
 bool is_call_issuer(const Qel_hash_dict_t *kvs)

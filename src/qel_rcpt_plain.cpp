@@ -45,21 +45,29 @@ void add_custom_fields(plain_block &block, const plain_receipt &info)
         block.left_right(name, value);
 }
 
+// Two values share a line: the second where the first is empty makes one alone.
+bool follows_on_its_line(const plain_receipt &info, const row &row, const char *second,
+                         const char *first)
+{
+    return row.is(second) && !Qel_str_isempty(get(info.kvs, first));
+}
+
 // The title stands above the rest, and two pairs of short values share a line each.
 void add_reference_row(plain_block &block, const plain_receipt &info, const row &row,
                        const char *text)
 {
-    const char *card = get(info.kvs, "cardtype");
-    const char *auth = get(info.kvs, "auth");
+    if (follows_on_its_line(info, row, "rcpt_entry_mode", "cardtype") ||
+        follows_on_its_line(info, row, "batch", "auth"))
+        return;
     if (row.is("action")) {
         block.center(text);
         block.blank();
-    } else if (row.is("cardtype") || (row.is("rcpt_entry_mode") && Qel_str_isempty(card))) {
-        block.left_right(qel::view(card), get(info.kvs, "rcpt_entry_mode"));
-    } else if (row.is("auth") || (row.is("batch") && Qel_str_isempty(auth))) {
-        block.left_right({block.label(QEL_RCPT_MSG_AUTH_NUM), qel::view(auth),
+    } else if (row.is("cardtype") || row.is("rcpt_entry_mode")) {
+        block.left_right(qel::view(get(info.kvs, "cardtype")), get(info.kvs, "rcpt_entry_mode"));
+    } else if (row.is("auth") || row.is("batch")) {
+        block.left_right({block.label(QEL_RCPT_MSG_AUTH_NUM), qel::view(get(info.kvs, "auth")),
                           block.label(QEL_RCPT_MSG_BATCH), qel::view(get(info.kvs, "batch"))});
-    } else if (!row.is("rcpt_entry_mode") && !row.is("batch")) {
+    } else {
         block.labelled(row.label.brief, text);
     }
 }
