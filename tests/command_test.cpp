@@ -25,7 +25,7 @@ TEST_F(Command, TellsWhatIsWrongWithTheCommandLine)
         {{"--line-break", "\n"}, {"--line-break", "lf or crlf"}},
         {{"--copy", "all"}, {"--copy", "customer, merchant or both"}},
         {{"--block", "cust_money"}, {"--block", "'cust_money'", "merch_info, reference", "notes"}},
-        {{"--output", "xml"}, {"--output", "text or json"}},
+        {{"--output", "xml"}, {"--output", "text, json, escpos, star"}},
         {{"--lang", "english"}, {"--lang", "'english'"}},
         {{"--customer-lang", ""}, {"--customer-lang", "''"}},
         {{"--country", "0"}, {"--country", "1 to 999"}},

@@ -43,7 +43,7 @@ zpty shell zsh -f -i
 await() { # what the shell writes until it has written the pattern
   local some=
   output=
-  for ((i = 0; i < 200; i++)); do
+  for ((i = 0; i < 1200; i++)); do
     while zpty -r -t shell some; do output+=$some; done
     [[ $output == $~1 ]] && return
     sleep 0.05

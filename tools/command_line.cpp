@@ -33,6 +33,7 @@ constexpr const char *conclusion =
     "  qelrcpt --copy customer --width 32 sale.json   the customer copy for a narrow printer\n"
     "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
     "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
+    "  qelrcpt --output escpos sale.json > /dev/usb/lp0   onto a receipt printer\n"
     "  qelrcpt --form html --page -o sale.html sale.json\n"
     "  qelrcpt --form html --email -o mail.html sale.json\n"
     "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
@@ -140,10 +141,11 @@ CLI::Option *add_option(CLI::App &app, const option_row &row, options &taken)
         ->allow_extra_args(false);
 }
 
-// Output that is JSON whatever the form says nothing of it.
+// Output that is JSON or for paper whatever the form says nothing of it.
 void take_form_from_output_file(options &taken)
 {
-    if (taken.is_form_given || taken.batch || taken.format == output_format::json)
+    if (taken.is_form_given || taken.batch ||
+        taken.format.value_or(output_format::text) != output_format::text)
         return;
     if (const qel_rcpt::form *form = form_of_file(taken.output_file))
         taken.layout.form = form;
@@ -180,8 +182,33 @@ void check_page(const options &given)
 
 void check_batch(const options &given)
 {
-    if (given.batch && given.format == output_format::text)
-        throw usage_error("--output: with --batch every line is JSON, expected no text");
+    if (given.batch && given.format.value_or(output_format::json) != output_format::json)
+        throw usage_error("--output: with --batch every line is JSON, expected no other");
+}
+
+// Text as wide as the paper where it may be, unless a width is asked for, which has to fit in font
+// B.
+void fit_paper(options &taken)
+{
+    if (!taken.format || !is_paper(*taken.format))
+        return;
+    constexpr std::string_view text_forms[] = {"plain", "moneris", "moneris-ecomm"};
+    if (std::ranges::find(text_forms, taken.layout.form->name) == std::end(text_forms))
+        throw usage_error("--output: expected --form " + listed(text_forms) + " with it");
+    constexpr size_t most_star_dots = 8;
+    if (taken.format == output_format::star && taken.paper.qr_module > most_star_dots)
+        throw usage_error("--qr-module: expected at most " + std::to_string(most_star_dots) +
+                          " with --output star");
+    if (!is_form(taken.layout, "plain"))
+        return;
+    constexpr size_t usual_columns = 48;
+    const size_t columns = taken.paper.columns.value_or(usual_columns);
+    if (taken.paper.columns && !taken.has_width)
+        taken.layout.width = columns;
+    if (taken.layout.width > columns * 4 / 3)
+        throw usage_error("--width: " + std::to_string(taken.layout.width) +
+                          " columns do not fit on the paper, expected at most " +
+                          std::to_string(columns * 4 / 3) + ", or another --paper");
 }
 
 } // namespace
@@ -215,6 +242,7 @@ options parse_options(int argc, char **argv)
     check_blocks(taken.layout);
     check_page(taken);
     check_batch(taken);
+    fit_paper(taken);
     if (taken.batch && taken.jobs == 0)
         taken.jobs = usable_cores();
     if (taken.files.empty())

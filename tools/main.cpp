@@ -3,6 +3,7 @@
 #include "command_line.h"
 #include "messages.h"
 #include "out_of_memory.h"
+#include "reading/input_file.h"
 #include "reading/record_file.h"
 #include "signals.h"
 #include "writing/document.h"
@@ -10,6 +11,7 @@
 #include "writing/html_email.h"
 #include "writing/html_page.h"
 #include "writing/output.h"
+#include "writing/paper.h"
 #include "writing/render.h"
 
 #include <unistd.h>
@@ -51,11 +53,28 @@ std::string make_page(const tool::options &options)
     return options.email ? tool::html_email(copy) : tool::html_page(copy);
 }
 
+// The copies for a printer, or a picture of them.
+std::string make_paper(const tool::options &options)
+{
+    const bool is_star = options.format == tool::output_format::star;
+    tool::paper_roll roll(options.paper,
+                          is_star ? QEL_RCPT_PRINTER_LANG_STARPRNT : QEL_RCPT_PRINTER_LANG_ESCPOS);
+    for (const std::string &name : options.files) {
+        tool::record_file file = tool::read_record_file(name, options.quiet);
+        const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
+        const tool::receipt shown = tool::render(file.record.get(), config, options.layout);
+        roll.add(tool::shown_file_name(name), shown, file.record.get(), options.quiet);
+    }
+    return options.format == tool::output_format::png ? roll.as_png() : roll.bytes();
+}
+
 // Everything is rendered before anything is written, so that there is never half an output.
 std::string make_output(const tool::options &options)
 {
     if (options.page || options.email)
         return make_page(options);
+    if (options.format && tool::is_paper(*options.format))
+        return make_paper(options);
     std::vector<tool::receipt> receipts;
     for (const std::string &name : options.files) {
         tool::record_file file = tool::read_record_file(name, options.quiet);
@@ -66,9 +85,13 @@ std::string make_output(const tool::options &options)
                                                        : tool::as_text(receipts, options.layout);
 }
 
-void write(const std::string &file, std::span<const std::string> inputs, std::string_view text)
+void write(const std::string &file, std::span<const std::string> inputs, std::string_view text,
+           bool is_binary = false)
 {
     tool::output output(file, inputs);
+    if (is_binary && output.is_terminal())
+        throw tool::usage_error("--output: this is not for a terminal, expected -o FILE, a pipe or "
+                                "a printer");
     output.write(text);
     output.finish();
 }
@@ -93,7 +116,8 @@ int run(int argc, char **argv)
     tool::read_merchant_file(options.added, options.merchant_file, options.quiet);
     if (options.batch)
         return tool::run_batch(options);
-    write(options.output_file, options.inputs(), make_output(options));
+    const bool is_binary = options.format && tool::is_paper(*options.format);
+    write(options.output_file, options.inputs(), make_output(options), is_binary);
     return 0;
 }
 

@@ -17,6 +17,7 @@ constexpr size_t least_width = 10;
 constexpr size_t most_width = 10000;
 constexpr size_t most_jobs = 256;
 constexpr size_t most_lines = 1'000'000'000'000'000;
+constexpr size_t most_byte = 255;
 
 using word_list = std::vector<std::string_view>;
 
@@ -54,8 +55,21 @@ enum class copies { customer, merchant, both };
 constexpr choice<copies> copy_words[] = {
     {"customer", copies::customer}, {"merchant", copies::merchant}, {"both", copies::both}};
 
-constexpr choice<output_format> formats[] = {{"text", output_format::text},
-                                             {"json", output_format::json}};
+constexpr choice<output_format> formats[] = {
+    {"text", output_format::text},     {"json", output_format::json},
+    {"escpos", output_format::escpos}, {"star", output_format::star},
+#ifdef QELRCPT_PNG
+    {"png", output_format::png},
+#endif
+};
+
+constexpr choice<Qel_rcpt_cut_t> cuts[] = {
+    {"full", QEL_RCPT_CUT_FULL}, {"partial", QEL_RCPT_CUT_PARTIAL}, {"none", QEL_RCPT_CUT_NONE}};
+
+constexpr choice<Qel_rcpt_qr_level_t> qr_levels[] = {{"L", QEL_RCPT_QR_LEVEL_L},
+                                                     {"M", QEL_RCPT_QR_LEVEL_M},
+                                                     {"Q", QEL_RCPT_QR_LEVEL_Q},
+                                                     {"H", QEL_RCPT_QR_LEVEL_H}};
 
 word_list form_names(const options & /*given*/)
 {
@@ -102,6 +116,7 @@ void set_form(options &taken, const std::string &given)
 void set_width(options &taken, const std::string &given)
 {
     taken.layout.width = to_number(given, "width", least_width, most_width);
+    taken.has_width = true;
 }
 
 void set_line_break(options &taken, const std::string &given)
@@ -152,6 +167,82 @@ void set_start_line(options &taken, const std::string &given)
     taken.start_line = to_number(given, "line", 1, most_lines);
 }
 
+word_list code_page_words(const options & /*given*/)
+{
+    word_list words;
+    for (const code_page_name &known : code_page_names())
+        words.push_back(known.name);
+    return words;
+}
+
+void set_code_page(options &taken, const std::string &given)
+{
+    const auto pages = code_page_names();
+    const auto found = std::ranges::find(pages, given, &code_page_name::name);
+    if (found == pages.end())
+        reject(given, code_page_words(taken));
+    taken.paper.code_page = found->id;
+}
+
+void set_code_page_number(options &taken, const std::string &given)
+{
+    taken.paper.code_page_number =
+        static_cast<uint8_t>(to_number(given, "number of a code page", 0, most_byte));
+}
+
+void set_paper(options &taken, const std::string &given)
+{
+    taken.paper.columns =
+        static_cast<uint16_t>(to_number(given, "width of paper", least_width, most_byte));
+}
+
+void set_cut(options &taken, const std::string &given)
+{
+    taken.paper.cut = choose(cuts, given);
+}
+
+void set_feed(options &taken, const std::string &given)
+{
+    taken.paper.feed = static_cast<uint8_t>(to_number(given, "number of lines", 0, most_byte));
+}
+
+void set_logo(options &taken, const std::string &given)
+{
+    constexpr std::string_view key = "key:";
+    taken.paper.logo_key.clear();
+    taken.paper.logo_number = 0;
+    if (given.starts_with(key) && given.size() == key.size() + 2)
+        taken.paper.logo_key = given.substr(key.size());
+    else if (given.starts_with(key))
+        throw std::invalid_argument(in_quotes(given) + " is not a key, expected two characters");
+    else
+        taken.paper.logo_number = static_cast<uint8_t>(to_number(given, "logo", 1, most_byte));
+}
+
+void set_qr(options &taken, const std::string &given)
+{
+    if (given.empty())
+        throw std::invalid_argument("the text is empty, expected what the QR code is to hold");
+    taken.paper.qr_text = given;
+}
+
+void set_qr_level(options &taken, const std::string &given)
+{
+    taken.paper.qr_level = choose(qr_levels, given);
+}
+
+void set_qr_module(options &taken, const std::string &given)
+{
+    constexpr size_t most_dots = 16;
+    taken.paper.qr_module = static_cast<uint8_t>(to_number(given, "size in dots", 1, most_dots));
+}
+
+template <auto flag>
+void turn_on_paper(options &taken, const std::string & /*given*/)
+{
+    taken.paper.*flag = true;
+}
+
 template <auto flag>
 void turn_on(options &taken, const std::string & /*given*/)
 {
@@ -171,15 +262,25 @@ bool is_plain(const options &given)
 
 bool is_text(const options &given)
 {
-    return !given.batch && given.format != output_format::json;
+    return !given.batch && given.format.value_or(output_format::text) == output_format::text;
 }
 
 constexpr use plain_only = {is_plain, "--form plain with it"};
 
+constexpr use on_paper = {
+    [](const options &given) { return given.format && is_paper(*given.format); },
+    "--output escpos, star or png with it"};
+
+constexpr use with_qr = {
+    [](const options &given) { return on_paper.is_met(given) && !given.paper.qr_text.empty(); },
+    "--qr with it"};
+
 // Blocks of the other forms keep their own line breaks, so that it ends only lines between them.
-constexpr use plain_or_text = {
-    [](const options &given) { return is_plain(given) || is_text(given); },
-    "--form plain with it, or text as output"};
+constexpr use plain_or_text = {[](const options &given) {
+                                   return is_text(given) ||
+                                          (is_plain(given) && !on_paper.is_met(given));
+                               },
+                               "--form plain with it, or text as output"};
 
 constexpr use with_batch = {[](const options &given) { return given.batch; }, "--batch with it"};
 
@@ -192,6 +293,7 @@ std::vector<option_row> make_rows()
     constexpr const char *merchant = "Merchant (instead of what FILE says)";
     constexpr const char *output = "Output";
     constexpr const char *archives = "Archives";
+    constexpr const char *printing = "Paper (with --output escpos, star or png)";
 
     std::vector<option_row> rows = {
         {receipt, "--form", "FORM",
@@ -228,7 +330,9 @@ std::vector<option_row> make_rows()
             {merchant, "--set", "KEY=VALUE",
              "this record key, whatever the files say; may be repeated", add_key, anywhere, nullptr,
              true},
-            {output, "--output", "FORMAT", "{} (default text); json: the blocks as one object",
+            {output, "--output", "FORMAT",
+             "{} (default text); json: the blocks as one object; escpos and star: what receipt "
+             "printers print; png: a picture of that, where it is built in",
              set_format, anywhere, [](const options &) { return words_of(formats); }},
             {output, "--page", "",
              "with --form html: one copy as a page with its style sheet, the customer copy unless "
@@ -246,6 +350,37 @@ std::vector<option_row> make_rows()
             {output, "--version", "", "show the version", ask<information::version>},
             {"", "--list-options", "", "the options a line each, for completion",
              ask<information::options>},
+            {printing, "--paper", "COLUMNS",
+             "characters of font A across the paper: 48 (default) or 42 on 80 mm, 32 on 58 mm; the "
+             "width of a plain receipt too, unless --width",
+             set_paper, on_paper},
+            {printing, "--code-page", "PAGE", "{} (default cp858)", set_code_page, on_paper,
+             code_page_words},
+            {printing, "--code-page-number", "N", "the printer's own number of the page, 0 to 255",
+             set_code_page_number, on_paper},
+            {printing, "--no-emphasis", "", "every line in plain type",
+             turn_on_paper<&paper_options::no_emphasis>, on_paper},
+            {printing, "--cut", "CUT", "after each copy: {} (default full)", set_cut, on_paper,
+             [](const options &) { return words_of(cuts); }},
+            {printing, "--feed", "LINES", "feed so many lines before the cut, 0 to 255", set_feed,
+             on_paper},
+            {printing, "--logo", "LOGO",
+             "above each copy the logo that is stored in the printer under this number, 1 to 255, "
+             "or under key:XY",
+             set_logo, on_paper},
+            {printing, "--barcode", "", "below each copy the order number as a CODE128 barcode",
+             turn_on_paper<&paper_options::barcode>, on_paper},
+            {printing, "--qr", "TEXT", "below each copy a QR code of this text, such as a link",
+             set_qr, on_paper},
+            {printing, "--qr-level", "LEVEL", "its error correction: {} (default M)", set_qr_level,
+             with_qr, [](const options &) { return words_of(qr_levels); }},
+            {printing, "--qr-module", "DOTS",
+             "the size of its modules, 1 to 16 dots (default: what fits, to 6)", set_qr_module,
+             with_qr},
+            {printing, "--drawer", "", "open the cash drawer before the first copy",
+             turn_on_paper<&paper_options::drawer>, on_paper},
+            {printing, "--other-drawer", "", "open the one on the connector's other pin",
+             turn_on_paper<&paper_options::other_drawer>, on_paper},
             {archives, "--batch", "",
              "a FILE holds one JSON object a line, and so does the output: the line's number and "
              "its blocks, or what is wrong with it",

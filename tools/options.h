@@ -5,6 +5,7 @@
 
 #include "reading/additions.h"
 #include "reading/merchant.h"
+#include "writing/paper.h"
 #include "writing/render.h"
 
 #include <cstddef>
@@ -18,7 +19,13 @@
 namespace tool
 {
 
-enum class output_format { text, json };
+enum class output_format { text, json, escpos, star, png };
+
+// Whether receipts are made for a printer, or drawn as it prints them.
+constexpr bool is_paper(output_format format)
+{
+    return format != output_format::text && format != output_format::json;
+}
 
 // What the command line asks for instead of receipts.
 enum class information { none, help, version, options };
@@ -27,14 +34,16 @@ struct options {
     std::vector<std::string> files; // at least one; "-" is standard input
     tool::layout layout;
     bool is_form_given = false; // otherwise the output file's name may tell the form
+    bool has_width = false;     // asked for
     bool both_copies = false;   // asked for by name
     tool::merchant merchant;
     std::string merchant_file; // empty: none
     tool::additions added;
     std::optional<output_format> format; // absent: as usual
-    bool page = false;                   // one copy as an HTML page
-    bool email = false;                  // one copy as the HTML of a message
-    std::string output_file;             // empty: standard output
+    paper_options paper;
+    bool page = false;       // one copy as an HTML page
+    bool email = false;      // one copy as the HTML of a message
+    std::string output_file; // empty: standard output
     bool quiet = false;
     bool batch = false;                 // a record a line
     size_t jobs = 0;                    // threads that render; at least one with batch
