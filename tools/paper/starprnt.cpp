@@ -52,6 +52,7 @@ void cut_paper(machine &printer) // ESC d
 
 constexpr command commands[] = {
     {"\n", [](machine &printer) { printer.end_line(); }},
+    {"\r", [](machine &) {}}, // ignored where line feeds end lines
     {"\a", [](machine &printer) { printer.put(drawer{1}); }},
     {"\x1A", [](machine &printer) { printer.put(drawer{2}); }},
     {"\x18", [](machine &) {}}, // drops what is not printed
