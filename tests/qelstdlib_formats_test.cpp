@@ -773,6 +773,31 @@ TEST(XmlTree, AttributesOfOneName)
     EXPECT_EQ(write(root.get()), R"(<a x_y="5" z="2"/>)");
 }
 
+// From some number on, attributes are found by another way than at first.
+TEST(XmlTree, ManyAttributesKeepTheirOrderAndCostLinearTime)
+{
+    const std::clock_t start = std::clock();
+    for (const int count : {15, 16, 17, 32, 33, 100000}) {
+        const qel::xml_doc root(Qel_xml_create_element("a", nullptr));
+        const auto insert = [&](int at, int value, bool overwrite) {
+            return Qel_xml_node_insert_attribute(root.get(), ("n" + std::to_string(at)).c_str(),
+                                                 std::to_string(value).c_str(), 0, overwrite);
+        };
+        std::string expected = "<a";
+        for (int at = 0; at < count; ++at) {
+            ASSERT_TRUE(insert(at, at, false));
+            expected +=
+                " n" + std::to_string(at) + "=\"" + std::to_string(at % 3 == 0 ? -at : at) + '"';
+        }
+        for (int at = 0; at < count; ++at) {
+            ASSERT_FALSE(insert(at, 7, false)) << at;
+            ASSERT_TRUE(at % 3 != 0 || insert(at, -at, true)) << at;
+        }
+        ASSERT_EQ(write(root.get()), expected + "/>") << count;
+    }
+    EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 30);
+}
+
 std::string string_of(xmlChar *str)
 {
     const std::unique_ptr<xmlChar, decltype(xmlFree)> owner(str, xmlFree);

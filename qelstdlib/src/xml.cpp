@@ -1,5 +1,7 @@
 // XML trees and their writing.
 #include "formats_int.h"
+#include "key_hash.h"
+#include "qelstdlib_int.h"
 
 #include <array>
 #include <cstdint>
@@ -21,6 +23,15 @@ struct attribute {
     attribute *next = nullptr;
 };
 
+// Where the attributes of an element with more than a few are found by the hashes of their names:
+// each stands in the slot that its hash names or in one of the next, with no empty slot between.
+struct attribute_index {
+    attribute **slots;
+    std::size_t num_slots;
+    std::size_t count;
+    attribute *last;
+};
+
 // Holds the nodes of one tree with their texts. They go when the tree does, all at once: the
 // nodes link to each other and own nothing.
 class arena
@@ -37,6 +48,12 @@ class arena
         static_assert(alignof(T) <= formats::stretch_len);
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the arena owns the place
         return new (allocate(sizeof(T))) T{fields...};
+    }
+
+    attribute **create_slots(std::size_t count)
+    {
+        std::byte *const slots = allocate(count * sizeof(attribute *));
+        return new (slots) attribute *[count] {};
     }
 
     // A copy of the text, filled up with spaces.
@@ -107,6 +124,7 @@ struct Qel_xml_node {
     Qel_xml_node *last_child = nullptr;
     std::size_t num_children = 0; // the text among them
     attribute *first_attribute = nullptr;
+    attribute_index *index = nullptr;
     std::optional<kept_text> text = std::nullopt; // the first child
 };
 
@@ -171,8 +189,7 @@ constexpr std::array<bool, 256> word_bytes = [] {
 bool is_plain_name(std::string_view name)
 {
     const auto is_word_byte = [](char chr) { return word_bytes[static_cast<unsigned char>(chr)]; };
-    const auto is_digit = [](char chr) { return chr >= '0' && chr <= '9'; };
-    return !name.empty() && !is_digit(name.front()) &&
+    return !name.empty() && !qel::is_digit(name.front()) &&
            std::all_of(name.begin(), name.end(), is_word_byte);
 }
 
@@ -216,18 +233,13 @@ kept_text keep_name(arena &memory, const char *name)
                : keep_new_name(memory, name);
 }
 
-bool is_continuation(char chr)
-{
-    return (static_cast<unsigned char>(chr) & 0xC0) == 0x80;
-}
-
 // The text in at most max_len bytes of whole characters; 0 means no limit.
 std::string_view limited(std::string_view text, std::size_t max_len)
 {
     if (max_len == 0 || text.size() <= max_len) {
         return text;
     }
-    while (max_len > 0 && is_continuation(text[max_len])) {
+    while (max_len > 0 && qel::is_continuation(text[max_len])) {
         --max_len;
     }
     return text.substr(0, max_len);
@@ -262,14 +274,71 @@ void unlink(Qel_xml_node &node)
     --parent.num_children;
 }
 
-// The link to the attribute, or the last one, to nothing, where there is none of that name.
-attribute *&find_attribute(Qel_xml_node &node, std::string_view name)
+// The slot with the attribute, or the empty one where it would be put.
+attribute *&slot_of(const attribute_index &index, std::string_view name)
 {
-    attribute **link = &node.first_attribute;
-    while (*link != nullptr && (*link)->name.view != name) {
-        link = &(*link)->next;
+    const std::size_t last = index.num_slots - 1;
+    auto at = static_cast<std::size_t>(qel::own_hasher()(name)) & last;
+    while (index.slots[at] != nullptr && index.slots[at]->name.view != name) {
+        at = (at + 1) & last;
     }
-    return *link;
+    return index.slots[at];
+}
+
+// Gives the index twice the slots, which are as many as a power of two, and at least twice as many
+// as attributes.
+void make_slots(Qel_xml_node &node)
+{
+    attribute_index &index = *node.index;
+    index.num_slots *= 2;
+    index.slots = node.memory->create_slots(index.num_slots);
+    for (attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
+        slot_of(index, attr->name.view) = attr;
+    }
+}
+
+struct found_attribute {
+    attribute *attr;
+    bool is_new;
+};
+
+found_attribute find_or_add_indexed(Qel_xml_node &node, const kept_text &name)
+{
+    attribute_index &index = *node.index;
+    attribute *&slot = slot_of(index, name.view);
+    if (slot != nullptr) {
+        return {slot, false};
+    }
+    auto *const added = node.memory->create<attribute>(name);
+    slot = added;
+    index.last->next = added;
+    index.last = added;
+    if (2 * ++index.count > index.num_slots) {
+        make_slots(node);
+    }
+    return {added, true};
+}
+
+// The attribute of that name, which is added where there is none.
+found_attribute find_or_add(Qel_xml_node &node, const kept_text &name)
+{
+    constexpr std::size_t few = 16; // a power of two
+    if (node.index != nullptr) {
+        return find_or_add_indexed(node, name);
+    }
+    std::size_t count = 0;
+    attribute **link = &node.first_attribute;
+    for (; *link != nullptr; link = &(*link)->next, ++count) {
+        if ((*link)->name.view == name.view) {
+            return {*link, false};
+        }
+    }
+    attribute *const added = *link = node.memory->create<attribute>(name);
+    if (++count == few) {
+        node.index = node.memory->create<attribute_index>(nullptr, 2 * count, count, added);
+        make_slots(node);
+    }
+    return {added, true};
 }
 
 enum class place { content, attribute };
@@ -521,11 +590,8 @@ bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const
         return false;
     }
     arena &memory = *node->memory;
-    const kept_text kept_name = keep_name(memory, name);
-    attribute *&attr = find_attribute(*node, kept_name.view);
-    if (attr == nullptr) {
-        attr = memory.create<attribute>(kept_name);
-    } else if (!overwrite) {
+    const auto [attr, is_new] = find_or_add(*node, keep_name(memory, name));
+    if (!is_new && !overwrite) {
         return false;
     }
     attr->value = memory.keep(limited(value, max_len));
