@@ -72,13 +72,7 @@ bool is_plain_text(const char *text, std::size_t len, Finder find_special)
 // Begins a line that is two spaces a level of depth further in.
 inline void begin_line(qel::text_builder &out, std::size_t depth)
 {
-    const std::size_t indent = 2 * depth;
-    char *const begin = out.reserve(1 + indent + stretch_len);
-    *begin = '\n';
-    for (std::size_t at = 0; at < indent; at += stretch_len) {
-        std::memset(begin + 1 + at, ' ', stretch_len);
-    }
-    out.extend_to(begin + 1 + indent);
+    out.append('\n').append(2 * depth, ' ');
 }
 
 // The number of ASCII bytes at the start, or somewhat fewer: whole words are looked at.

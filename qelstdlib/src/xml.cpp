@@ -175,20 +175,13 @@ bool may_stand_in_name(char32_t chr)
     return may_begin_name(chr) || in_ranges(chr, name_inner_ranges);
 }
 
-// By byte, whether it is a letter or digit of ASCII, or '_'.
-constexpr std::array<bool, 256> word_bytes = [] {
-    std::array<bool, 256> word{};
-    std::fill(word.begin() + '0', word.begin() + '9' + 1, true);
-    std::fill(word.begin() + 'A', word.begin() + 'Z' + 1, true);
-    std::fill(word.begin() + 'a', word.begin() + 'z' + 1, true);
-    word['_'] = true;
-    return word;
-}();
-
 // Whether the name certainly stands in the tree as it is. Most do, and this is quick to tell.
 bool is_plain_name(std::string_view name)
 {
-    const auto is_word_byte = [](char chr) { return word_bytes[static_cast<unsigned char>(chr)]; };
+    const auto is_word_byte = [](char chr) {
+        const char lower = static_cast<char>(chr | 0x20);
+        return (lower >= 'a' && lower <= 'z') || qel::is_digit(chr) || chr == '_';
+    };
     return !name.empty() && !qel::is_digit(name.front()) &&
            std::all_of(name.begin(), name.end(), is_word_byte);
 }
