@@ -182,7 +182,7 @@ QEL_API size_t Qel_xml_node_num_children(const Qel_xml_node_t *node) QEL_NOEXCEP
 QEL_API char *Qel_xml_write(const Qel_xml_node_t *node, uint32_t flags, size_t *len) QEL_NOEXCEPT;
 
 /* Releases the node and all under it, detaching it first when it has a parent; absent is
- * ignored. */
+ * ignored. What is destroyed below a root keeps its memory until the root goes. */
 QEL_API void Qel_xml_node_destroy(Qel_xml_node_t *node) QEL_NOEXCEPT;
 
 #ifdef __cplusplus
