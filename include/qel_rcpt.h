@@ -90,6 +90,19 @@ QEL_API Qel_rcpt_lang_t Qel_rcpt_lang_from_str(const char *lang) QEL_NOEXCEPT;
  * self-service. Any thread, any time. */
 QEL_API bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) QEL_NOEXCEPT;
 
+/* Takes the control characters out of every value of a record, in place: white space (tab, line
+ * feed, carriage return and their like) becomes a space, each other one a question mark, escapes in
+ * the JSON of line_items and moneris_rcpt_data included. The plain-text and Moneris forms hand on
+ * values as they are: a printer obeys what it is sent, and a line feed in a value makes a line of
+ * its own. HTML, XML and JSON need no such care. Call it on records whose texts others chose:
+ *
+ *     Qel_rcpt_strip_control(record);
+ *     Qel_hash_dict_t *blocks = Qel_rcpt_generate_plain(record, &config, 40, "\n");
+ *
+ * Absent is ignored. Keys stay as they are. Control characters are U+0000 to U+001F, U+007F to
+ * U+009F, and bytes 0x80 to 0x9F that are part of no UTF-8 character. */
+QEL_API void Qel_rcpt_strip_control(Qel_hash_dict_t *kvs) QEL_NOEXCEPT;
+
 /* The generators. Each takes
  *   kvs     the transaction record, keys in lower case; absent counts as empty. docs/record.md
  *           lists the keys.

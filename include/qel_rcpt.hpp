@@ -196,6 +196,13 @@ class record
         return Qel_hash_dict_remove(native(), std::string(key).c_str());
     }
 
+    // Takes the control characters out of every value, which a printer would obey.
+    record &strip_control() noexcept
+    {
+        Qel_rcpt_strip_control(dict_.get());
+        return *this;
+    }
+
     std::size_t size() const noexcept { return Qel_hash_dict_num_keys(native()); }
 
     // For the C interface. What was moved from is absent, an empty record, until it is changed.

@@ -38,6 +38,9 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
         {five + five + "\n" + five, R"({"line": 1, "error": ")", {"column 14: ", "nothing after"}},
         {std::string("\0\x1B[2J\xFF\x01\n", 8) + five, R"({"line": 1, "error": ")", {"NUL"}},
         {"\xFF\xFE{\x80\n" + five, R"({"line": 1, "error": ")", {"UTF-16 text"}},
+        {R"({"config": {"lang": "4111111111111111"}, "record": {}})",
+         R"({"line": 1, "error": ")",
+         {"'411111******1111'"}},
         {R"({"config": {"lang": "tlh"}, "record": {}})"
          "\n" +
              five,
@@ -303,18 +306,24 @@ TEST_F(Batch, NeverLetsAValueActOnTheTerminal)
                 << json(shown).dump(-1, ' ', true, json::error_handler_t::replace);
         }
     }
-    EXPECT_TRUE(has(shown_on_terminal({"--copy=merchant", file}, false, nowhere), "A^[[2JB^G"));
+    EXPECT_TRUE(has(shown_on_terminal({"--copy=merchant", file}, false, nowhere), "A?[2JB?"));
+    EXPECT_TRUE(
+        has(shown_on_terminal({"--raw", "--copy=merchant", file}, false, nowhere), "A^[[2JB^G"));
     EXPECT_TRUE(has(shown_on_terminal({file}, true, nowhere), "^[[5mname:1:"));
 
-    // What is harmless stays as it is, and so does everything for what is not a terminal.
+    // What is harmless stays as it is, and everything that is asked for does for what is no
+    // terminal.
     const std::string plain = write("plain", "amount=5\nprintdata=A\tB");
     const std::string copy = shown_on_terminal(
-        {"--currency=GBP", "--line-break=crlf", "--copy=merchant", plain}, false, nowhere);
+        {"--raw", "--currency=GBP", "--line-break=crlf", "--copy=merchant", plain}, false, nowhere);
     EXPECT_TRUE(has(copy, " \u00a35.00\r\n") && has(copy, "A\tB\r\n")) << copy;
     const std::string out = (directory_ / "out").string();
     wait_for(start({"-q", "-o", out, file}, 0, 1, 2));
+    EXPECT_TRUE(has(read_file(out), "A?[2JB?C?31MD?E F\n")) << read_file(out);
+    wait_for(start({"-q", "--raw", "-o", out, file}, 0, 1, 2));
     EXPECT_TRUE(has(read_file(out), "A\x1b[2JB\x07"));
-    const auto lines = lines_of(run({"-q", file}).out);
+    EXPECT_TRUE(has(run({"-q", file}).out, "A?[2JB?C?31MD?E F"));
+    const auto lines = lines_of(run({"-q", "--raw", file}).out);
     EXPECT_TRUE(has(lines[0]["blocks"]["cust_reference"], "A\x1b[2JB\x07"
                                                           "C\u009b31MD\x7f"))
         << lines[0];

@@ -5,8 +5,6 @@
 
 #include <unistd.h>
 
-#include <qelstdlib_json.hpp>
-
 #include <algorithm>
 
 namespace tool
@@ -15,14 +13,111 @@ namespace tool
 namespace
 {
 
-constexpr std::string_view replacement = "\uFFFD";
-
 bool is_control(char byte)
 {
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
 }
 
+bool is_digit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+bool is_letter(char byte)
+{
+    const char small = static_cast<char>(byte | 0x20);
+    return small >= 'a' && small <= 'z';
+}
+
+// How long the track is that begins there, up to the end of the text when it has no end of its own;
+// 0 when none does.
+size_t track_at(std::string_view text)
+{
+    constexpr size_t longest = 128;
+    constexpr ptrdiff_t least_digits = 8; // what has fewer is no card's
+    const bool begins = text.size() > 1 && ((text[0] == '%' && is_letter(text[1])) ||
+                                            (text[0] == ';' && is_digit(text[1])));
+    if (!begins)
+        return 0;
+    const std::string_view track = text.substr(0, longest);
+    const size_t last = track.find('?');
+    if (std::ranges::count_if(track.substr(0, last), is_digit) < least_digits)
+        return 0;
+    return last == std::string_view::npos ? text.size() : last + 1;
+}
+
+// How long the card number is that begins there, with single blanks or hyphens between its digits;
+// 0 when none does.
+size_t card_number_at(std::string_view text)
+{
+    constexpr size_t least_digits = 13;
+    constexpr size_t most_digits = 19;
+    std::string digits;
+    size_t size = 0;
+    for (size_t at = 0; at < text.size() && digits.size() < most_digits; ++at) {
+        const bool is_gap =
+            (text[at] == ' ' || text[at] == '-') && at > 0 && is_digit(text[at - 1]);
+        if (is_digit(text[at]))
+            digits += text[at];
+        else if (!is_gap)
+            break;
+        const bool is_end = at + 1 == text.size() || !is_digit(text[at + 1]);
+        if (!is_gap && is_end && digits.size() >= least_digits && has_check_digit(digits))
+            size = at + 1;
+    }
+    return size;
+}
+
+void mask_number(std::string_view number, std::string &shown)
+{
+    constexpr ptrdiff_t first_shown = 6;
+    constexpr ptrdiff_t last_shown = 4;
+    const ptrdiff_t count = std::ranges::count_if(number, is_digit);
+    ptrdiff_t digit = 0;
+    for (const char byte : number) {
+        const bool is_hidden = is_digit(byte) && digit >= first_shown && digit < count - last_shown;
+        shown += is_hidden ? '*' : byte;
+        digit += is_digit(byte) ? 1 : 0;
+    }
+}
+
 } // namespace
+
+bool has_check_digit(std::string_view digits)
+{
+    int sum = 0;
+    for (size_t i = 0; i < digits.size(); ++i) {
+        const int digit = digits[digits.size() - 1 - i] - '0';
+        const int weighted = i % 2 == 0 ? digit : 2 * digit;
+        sum += weighted > 9 ? weighted - 9 : weighted;
+    }
+    return sum % 10 == 0;
+}
+
+std::string masked(std::string_view text)
+{
+    constexpr size_t least_hidden = 12;
+    std::string shown;
+    for (size_t size = 1; !text.empty(); text.remove_prefix(size)) {
+        size = 1;
+        if (const size_t track = track_at(text)) {
+            size = track;
+            shown.append(1, text.front()).append("***");
+            shown.append(text[size - 1] == '?' ? "?" : "");
+        } else if (is_digit(text.front())) {
+            const size_t run = std::min(text.find_first_not_of("0123456789"), text.size());
+            const size_t card = card_number_at(text);
+            size = std::max(run, card);
+            if (card > 0 || run >= least_hidden)
+                mask_number(text.substr(0, size), shown);
+            else
+                shown += text.substr(0, size);
+        } else {
+            shown += text.front();
+        }
+    }
+    return shown;
+}
 
 bool continues_character(char byte)
 {
@@ -32,24 +127,21 @@ bool continues_character(char byte)
 void complain(const std::string &message)
 {
     std::string line("qelrcpt: ");
-    write_all(STDERR_FILENO, line.append(for_terminal(message)).append("\n"));
+    write_all(STDERR_FILENO, line.append(for_terminal(masked(message))).append("\n"));
 }
 
 std::string in_quotes(std::string_view text)
 {
     constexpr size_t longest = 60;
-    size_t end = std::min(text.size(), longest);
-    while (end > 0 && end < text.size() && continues_character(text[end]))
+    constexpr size_t longest_seen = 512; // enough to see what is to be masked
+    std::string shown = masked(text.substr(0, longest_seen));
+    const bool is_cut = shown.size() > longest || text.size() > longest_seen;
+    size_t end = std::min(shown.size(), longest);
+    while (end > 0 && end < shown.size() && continues_character(shown[end]))
         --end;
-    std::string shown;
-    for (std::string_view rest = text.substr(0, end); !rest.empty();) {
-        const qel::utf8_sequence character = qel::utf8_at(rest);
-        const size_t size = std::max<size_t>(character.size, 1);
-        shown += character.is_whole ? rest.substr(0, size) : replacement;
-        rest.remove_prefix(size);
-    }
+    shown = repaired(shown.substr(0, end));
     std::ranges::replace_if(shown, is_control, '?');
-    return "'" + shown + (end < text.size() ? "..." : "") + "'";
+    return "'" + shown + (is_cut ? "..." : "") + "'";
 }
 
 std::string listed(std::span<const std::string_view> words)

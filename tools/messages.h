@@ -27,12 +27,21 @@ struct text_error : std::runtime_error {
     size_t offset;
 };
 
-// Writes "qelrcpt: " and the message as a line to standard error, harmless to a terminal.
+// The text without what must not reach a log: of 12 digits in a row or more, and of what looks like
+// a card number in groups, the first six and the last four stay; of a track of a magnetic stripe
+// (ISO/IEC 7813), with or without its end, nothing does but the sentinels.
+std::string masked(std::string_view text);
+
+// Writes "qelrcpt: " and the message as a line to standard error, masked and harmless to a
+// terminal.
 void complain(const std::string &message);
 
-// The text in single quotes, fit for a terminal: no control characters, no broken UTF-8, and the
-// end of a long one left out.
+// The text in single quotes, masked and fit for a terminal: no control characters, no broken UTF-8,
+// and the end of a long one left out.
 std::string in_quotes(std::string_view text);
+
+// The check digit of card numbers (ISO/IEC 7812): every second digit from the right counts twice.
+bool has_check_digit(std::string_view digits);
 
 // Whether the byte is one of a UTF-8 character after its first.
 bool continues_character(char byte);

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "messages.h"
+#include "writing/forms.h"
 
 #include <algorithm>
 #include <charconv>
@@ -284,6 +285,10 @@ constexpr use plain_or_text = {[](const options &given) {
 
 constexpr use with_batch = {[](const options &given) { return given.batch; }, "--batch with it"};
 
+constexpr use text_only = {
+    [](const options &given) { return is_for_printers(printed(*given.layout.form)); },
+    "--form plain, moneris or moneris-ecomm with it"};
+
 constexpr use html_only = {[](const options &given) { return is_form(given.layout, "html"); },
                            "--form html with it"};
 
@@ -341,6 +346,10 @@ std::vector<option_row> make_rows()
             {output, "--email", "",
              "as --page, for programs that read mail: a table, and styles in its elements alone",
              turn_on<&options::email>, html_only},
+            {output, "--raw", "",
+             "let control characters of the record through, which printers and terminals obey",
+             [](options &taken, const std::string & /*given*/) { taken.layout.raw = true; },
+             text_only},
             {output, "-o,--output-file", "FILE", "write to FILE instead of standard output",
              set_output_file},
             {output, "-q,--quiet", "",

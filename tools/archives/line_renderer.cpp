@@ -143,7 +143,7 @@ void line_renderer::add_error(rendered &result, const position &where,
 {
     line_in_work line(result.lines);
     begin_line(result.lines, where);
-    append_member(result.lines, "error", message);
+    append_member(result.lines, "error", masked(message));
     result.lines += "}\n";
     line.keep();
     ++result.errors;

@@ -115,18 +115,6 @@ void apply_setting(merchant &merchant, const entry &member)
     }
 }
 
-// The check digit of card numbers (ISO/IEC 7812): every second digit from the right counts twice.
-bool has_check_digit(std::string_view digits)
-{
-    int sum = 0;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        const int digit = digits[digits.size() - 1 - i] - '0';
-        const int weighted = i % 2 == 0 ? digit : 2 * digit;
-        sum += weighted > 9 ? weighted - 9 : weighted;
-    }
-    return sum % 10 == 0;
-}
-
 bool looks_unmasked(std::string account)
 {
     constexpr size_t shortest_number = 13;

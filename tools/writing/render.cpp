@@ -42,7 +42,10 @@ std::vector<std::string_view> blocks_of(const qel_rcpt::form &form)
 
 receipt render(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, const layout &layout)
 {
-    const qel::dict blocks(printed(*layout.form).generate(record, config, layout));
+    const printed_form &how = printed(*layout.form);
+    if (is_for_printers(how) && !layout.raw)
+        Qel_rcpt_strip_control(record);
+    const qel::dict blocks(how.generate(record, config, layout));
     const qel_rcpt::form &form = form_for(*layout.form, config);
     receipt shown{{},
                   &form,

@@ -20,6 +20,7 @@ struct layout {
     bool customer_copy = true;
     bool merchant_copy = true;
     std::vector<std::string> blocks; // those to show; empty: all
+    bool raw = false;                // the control characters of the record's texts go through
 };
 
 inline bool is_form(const layout &layout, std::string_view name)
@@ -44,6 +45,7 @@ struct receipt {
     size_t width;               // of the line to cut along
 };
 
+// Without raw, forms of text take the control characters out of the record, where it stays so.
 receipt render(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, const layout &layout);
 
 } // namespace tool

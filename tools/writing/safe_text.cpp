@@ -18,13 +18,6 @@ bool is_valid(std::string_view text)
     return utf8::is_valid(text.begin(), text.end());
 }
 
-std::string repaired(std::string_view text)
-{
-    std::string valid;
-    utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid));
-    return valid;
-}
-
 bool is_ascii_control(char byte)
 {
     return static_cast<unsigned char>(byte) < 0x20 || byte == del;
@@ -35,6 +28,15 @@ bool is_late_control(std::string_view text, size_t at)
 {
     return text[at] == '\xC2' && at + 1 < text.size() &&
            static_cast<unsigned char>(text[at + 1]) < 0xA0;
+}
+
+// One of those that change the direction of the letters that follow, in three bytes.
+bool is_directional(std::string_view text, size_t at)
+{
+    if (!text.substr(at).starts_with("\xE2\x80") && !text.substr(at).starts_with("\xE2\x81"))
+        return false;
+    const auto last = static_cast<unsigned char>(text[at + 2]); // the text is valid
+    return text[at + 1] == '\x80' ? last >= 0xAA && last <= 0xAE : last >= 0xA6 && last <= 0xA9;
 }
 
 bool is_line_break_or_tab(std::string_view text, size_t at)
@@ -84,6 +86,13 @@ void append_valid_json_text(std::string &json, std::string_view text)
 
 } // namespace
 
+std::string repaired(std::string_view text)
+{
+    std::string valid;
+    utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid));
+    return valid;
+}
+
 std::string for_terminal(std::string_view text)
 {
     if (!is_valid(text))
@@ -94,6 +103,9 @@ std::string for_terminal(std::string_view text)
         if (is_late_control(text, at)) {
             shown += replacement;
             ++at;
+        } else if (is_directional(text, at)) {
+            shown += replacement;
+            at += 2;
         } else if (is_ascii_control(text[at]) && !is_line_break_or_tab(text, at)) {
             shown += '^';
             shown += static_cast<char>(text[at] ^ 0x40);

@@ -1,0 +1,132 @@
+// Control characters in a record, which a printer or a terminal would obey.
+#include <qel_rcpt.h>
+#include <qelstdlib.hpp>
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+// Their texts are read from JSON, where escapes stand for characters.
+constexpr std::string_view json_keys[] = {"line_items", "moneris_rcpt_data"};
+
+unsigned char code_of(char byte)
+{
+    return static_cast<unsigned char>(byte);
+}
+
+bool is_continuation(char byte)
+{
+    return (code_of(byte) & 0xC0U) == 0x80;
+}
+
+// A piece of a text, and the control character that it is.
+struct piece {
+    std::size_t size;
+    std::optional<unsigned> control;
+};
+
+bool is_control(unsigned code)
+{
+    return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+// A character as UTF-8 writes it, or a byte that is part of none.
+piece character_at(std::string_view text)
+{
+    const unsigned char first = code_of(text.front());
+    if (first < 0x80)
+        return {1, is_control(first) ? std::optional<unsigned>(first) : std::nullopt};
+    const std::size_t size = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    const bool is_whole = size != 0 && text.size() >= size &&
+                          std::ranges::all_of(text.substr(1, size - 1), is_continuation);
+    if (!is_whole) // an eight-bit control character, where text is not UTF-8
+        return {1, is_control(first) ? std::optional<unsigned>(first) : std::nullopt};
+    if (first == 0xC2 && is_control(code_of(text[1])))
+        return {size, code_of(text[1])};
+    return {size, std::nullopt};
+}
+
+std::optional<unsigned> hex_number(std::string_view digits)
+{
+    unsigned number = 0;
+    for (const char digit : digits) {
+        const std::size_t value = std::string_view("0123456789abcdef").find(digit);
+        const std::size_t capital = std::string_view("0123456789ABCDEF").find(digit);
+        const std::size_t least = std::min(value, capital);
+        if (least == std::string_view::npos)
+            return std::nullopt;
+        number = number * 16 + static_cast<unsigned>(least);
+    }
+    return number;
+}
+
+// An escape of a JSON text, such as \n or \u001b.
+piece escape_at(std::string_view text)
+{
+    constexpr std::string_view names = "bfnrt";
+    constexpr std::string_view codes = "\b\f\n\r\t";
+    constexpr std::size_t unicode_size = 6;
+    if (text.size() < 2)
+        return {text.size(), std::nullopt};
+    if (const std::size_t at = names.find(text[1]); at != std::string_view::npos)
+        return {2, code_of(codes[at])};
+    if (text[1] != 'u' || text.size() < unicode_size)
+        return {2, std::nullopt};
+    const auto code = hex_number(text.substr(2, unicode_size - 2));
+    if (!code || !is_control(*code))
+        return {2, std::nullopt};
+    return {unicode_size, code};
+}
+
+// White space stays a gap.
+char replacement(unsigned control)
+{
+    constexpr unsigned next_line = 0x85;
+    const bool is_space = (control >= '\t' && control <= '\r') || control == next_line;
+    return is_space ? ' ' : '?';
+}
+
+// The text without control characters; absent when there are none.
+std::optional<std::string> stripped(std::string_view text, bool is_json)
+{
+    std::optional<std::string> clean;
+    std::size_t size = 0;
+    for (std::size_t at = 0; at < text.size(); at += size) {
+        const std::string_view rest = text.substr(at);
+        const piece next = is_json && rest.front() == '\\' ? escape_at(rest) : character_at(rest);
+        size = next.size;
+        if (next.control && !clean)
+            clean.emplace(text.substr(0, at));
+        if (next.control)
+            *clean += replacement(*next.control);
+        else if (clean)
+            *clean += rest.substr(0, size);
+    }
+    return clean;
+}
+
+bool is_json_key(const char *key)
+{
+    return std::ranges::any_of(
+        json_keys, [&](std::string_view known) { return Qel_str_caseeq(key, known.data()); });
+}
+
+} // namespace
+
+void Qel_rcpt_strip_control(Qel_hash_dict_t *kvs) noexcept
+{
+    std::vector<std::pair<std::string, std::string>> changes; // the walk ends before them
+    for (const auto &[key, value] : qel::pairs(kvs)) {
+        if (auto clean = stripped(qel::view(value), is_json_key(key)))
+            changes.emplace_back(key, std::move(*clean));
+    }
+    for (const auto &[key, value] : changes)
+        Qel_hash_dict_insert(kvs, key.c_str(), value.c_str());
+}
