@@ -16,13 +16,26 @@ TEST_F(Batch, SaysThatTheOutputIsFull)
     EXPECT_EQ(made.err, "qelrcpt: standard output: No space left on device\n");
 }
 
-TEST_F(BatchAtWork, GivesEveryLineAtOnceAndEndsQuietlyWithItsReader)
+// As a program uses it that stays open beside another: one line in, one line out, before the next.
+TEST_F(BatchAtWork, AnswersEveryLineAtOnceAndEndsQuietlyWithItsReader)
 {
-    begin(money_only);
-    for (uint64_t line = 1; line <= 3; ++line) {
+    begin({"--quiet", "--block=money", "--copy=customer", "--width=20"});
+    const std::string long_record = R"({"amount": 5, "order_notes": ")" + std::string(300000, 'x');
+    uint64_t line = 0;
+    for (int round = 0; round < 100; ++round) {
         in_.ours.write("{\"amount\": 5}\n");
-        EXPECT_EQ(out_.ours.read("\n"), money_line(line));
+        EXPECT_EQ(out_.ours.read("\n"), money_line(++line));
+        in_.ours.write("bad\n");
+        const std::string error = out_.ours.read("\n");
+        EXPECT_TRUE(error.starts_with(R"({"line": )" + std::to_string(++line) + R"(, "error": )"))
+            << error;
+        EXPECT_EQ(error.find('\n'), error.size() - 1);
     }
+    for (const std::string part : {"{\"amou", "nt\": 5", "}\n"})
+        in_.ours.write(part);
+    EXPECT_EQ(out_.ours.read("\n"), money_line(++line));
+    in_.ours.write(long_record + "\"}\r\n");
+    EXPECT_EQ(out_.ours.read("\n"), money_line(++line));
     out_.ours.close();
     while (in_.ours.write("{\"amount\": 5}\n")) {
     }
@@ -67,7 +80,7 @@ TEST_P(BatchInterrupted, KeepsTheOldOutputFile)
 {
     const std::string file = write("out", "old");
     begin({"-o", file});
-    while (!has_open(child_, directory_))
+    while (!has_open(child_, directory_) || !holds_signals(child_))
         std::this_thread::yield();
     kill(child_, GetParam());
     EXPECT_EQ(out_.ours.read(), "");

@@ -256,6 +256,23 @@ TEST_F(Batch, ChecksItsOptions)
     EXPECT_EQ(wait_for(start({"--jobs", "2"}, 0, 1, err.theirs.get())).status, 2);
 }
 
+// What is asked of the system's zones does not stay.
+TEST_F(Batch, NeedsNoMoreMemoryForMoreZones)
+{
+    constexpr long ceiling = 14 * 1024; // kilobytes
+    constexpr int zones = is_sanitized ? 1000 : 100000;
+    const result made = run_fed({"--jobs=2", "--quiet"}, [&](const descriptor &in) {
+        for (int i = 0; i < zones; ++i)
+            in.write(R"({"config": {"timezone": "America/)" + std::string(40, 'x') +
+                     std::to_string(i) + "\"}, \"record\": {}}\n");
+    });
+    EXPECT_EQ(made.end.status, 1);
+    EXPECT_EQ(std::ranges::count(made.out, '\n'), zones);
+    if (!is_sanitized) {
+        EXPECT_LT(made.end.most_kilobytes, ceiling);
+    }
+}
+
 // What a terminal shows of the arguments' run, the command's end not included.
 std::string shown_on_terminal(const arguments &args, bool is_stderr, const descriptor &other)
 {

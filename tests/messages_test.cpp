@@ -3,7 +3,9 @@
 #include "writing/safe_text.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <string>
 
 namespace
@@ -48,7 +50,7 @@ TEST(Messages, QuoteTextsThatAreFitToBeShown)
     const std::string blanks(55, ' ');
     const example cases[] = {
         {"", "''"},
-        {"a\x1b\n\x7f", "'a???'"},
+        {"a\x1b\n\x7f", "'a?\?\?'"},
         {"\xff", "'\uFFFD'"},
         {std::string(60, 'a'), "'" + std::string(60, 'a') + "'"},
         {std::string(61, 'a'), "'" + std::string(60, 'a') + "...'"},
@@ -79,15 +81,45 @@ TEST(Messages, DoNotActOnATerminal)
         EXPECT_EQ(tool::for_terminal(text), shown);
 }
 
-// Megabytes of beginnings of numbers and tracks cost no more than their size.
-TEST(Messages, HideInTimeThatGrowsWithTheText)
+// Read back by another's reader, it is what was written; broken bytes are one U+FFFD or more.
+TEST(Messages, AreOneLineOfJson)
 {
-    for (const std::string beginning : {"%a", ";1 ", "4 ", "41-", "411111111111"}) {
-        std::string text;
-        while (text.size() < (1U << 22U))
-            text += beginning;
-        EXPECT_FALSE(tool::masked(text).empty()); // ends
+    const std::string surroundings[] = {"", "a", "1234567", "12345678", "123456789abcdef"};
+    for (const std::string &before : surroundings) {
+        for (const std::string &after : surroundings) {
+            for (unsigned code = 0; code < 0x500; ++code) {
+                std::string text = before;
+                if (code >= 0x80) { // in two bytes
+                    text += static_cast<char>(0xC0 | code >> 6U);
+                    text += static_cast<char>(0x80 | (code & 0x3FU));
+                } else {
+                    text += static_cast<char>(code);
+                }
+                text += after;
+                std::string json;
+                tool::append_json_text(json, text);
+                ASSERT_EQ(nlohmann::json::parse(json).get<std::string>(), text) << code;
+                ASSERT_TRUE(std::ranges::none_of(json, [](char byte) {
+                    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
+                })) << code;
+            }
+        }
     }
+    const example broken[] = {
+        {"1234567\xff", "1234567\uFFFD"},
+        {"\xe2\x82", "\uFFFD"},
+        {"\xed\xa0\x80z", "\uFFFD\uFFFD\uFFFDz"},
+        {"\u20ac\U0001F600\xC2", "\u20ac\U0001F600\uFFFD"},
+        {"\u0080\u009f\u00a0", "\u0080\u009f\u00a0"},
+    };
+    for (const auto &[text, shown] : broken) {
+        std::string json;
+        tool::append_json_text(json, text);
+        EXPECT_EQ(nlohmann::json::parse(json).get<std::string>(), shown);
+    }
+    std::string json;
+    tool::append_json_text(json, "\"\\\b\f\n\r\t\x1b\x7f\u009b");
+    EXPECT_EQ(json, R"("\"\\\b\f\n\r\t\u001b\u007f\u009b")");
 }
 
 } // namespace

@@ -199,6 +199,13 @@ inline bool is_asleep(pid_t child)
     return has(stat, ") S ");
 }
 
+// Whether the process keeps some signals from acting at once.
+inline bool holds_signals(pid_t child)
+{
+    const std::string status = read_file("/proc/" + std::to_string(child) + "/status");
+    return has(status, "SigBlk:") && !has(status, "SigBlk:\t0000000000000000");
+}
+
 // Whether the process has a file of the folder open, with or without a name.
 inline bool has_open(pid_t child, const fs::path &folder)
 {

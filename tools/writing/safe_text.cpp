@@ -1,7 +1,11 @@
 #include "writing/safe_text.h"
 
+#include <qelstdlib_json.hpp>
 #include <utf8.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace tool
@@ -45,10 +49,26 @@ bool is_line_break_or_tab(std::string_view text, size_t at)
     return text[at] == '\n' || text[at] == '\t' || ends_line;
 }
 
-// Whether the byte needs a look before it is written in a JSON text.
-bool is_special(char byte)
+// Where the bytes end, from there on, that stand for themselves in a JSON text: printable ASCII but
+// quotes and backslashes. Eight bytes are looked at together.
+size_t end_of_plain(std::string_view text, size_t at)
 {
-    return is_ascii_control(byte) || byte == '"' || byte == '\\' || byte == '\xC2';
+    constexpr uint64_t ones = 0x0101010101010101U;
+    for (uint64_t word = 0; text.size() - at >= sizeof word; at += sizeof word) {
+        std::memcpy(&word, text.data() + at, sizeof word);
+        // Subtraction and addition carry into the high bit where a byte is too low or too high.
+        // They may do so for nothing in the byte above; then the bytes are looked at one by one.
+        const uint64_t special = word | (word - ones * ' ') | (word + ones) |
+                                 ((word ^ ones * '"') - ones) | ((word ^ ones * '\\') - ones);
+        if ((special & ones * 0x80U) != 0)
+            break;
+    }
+    const auto is_plain = [](char byte) {
+        return static_cast<signed char>(byte) >= 0x20 && byte != del && byte != '"' && byte != '\\';
+    };
+    while (at < text.size() && is_plain(text[at]))
+        ++at;
+    return at;
 }
 
 void append_escape(std::string &json, char byte)
@@ -63,25 +83,6 @@ void append_escape(std::string &json, char byte)
     }
     const auto code = static_cast<unsigned char>(byte);
     json.append("u00").append(1, digits[code >> 4U]).append(1, digits[code & 0xFU]);
-}
-
-void append_valid_json_text(std::string &json, std::string_view text)
-{
-    json += '"';
-    size_t written = 0;
-    for (size_t at = 0; at < text.size(); ++at) {
-        if (!is_special(text[at]))
-            continue;
-        const bool is_late = is_late_control(text, at);
-        if (text[at] == '\xC2' && !is_late)
-            continue;
-        json += text.substr(written, at - written);
-        at += is_late ? 1 : 0; // its second byte is its number
-        append_escape(json, text[at]);
-        written = at + 1;
-    }
-    json += text.substr(written);
-    json += '"';
 }
 
 } // namespace
@@ -118,10 +119,24 @@ std::string for_terminal(std::string_view text)
 
 void append_json_text(std::string &json, std::string_view text)
 {
-    if (is_valid(text))
-        append_valid_json_text(json, text);
-    else
-        append_valid_json_text(json, repaired(text));
+    json += '"';
+    for (size_t at = 0; at < text.size();) {
+        const size_t plain = end_of_plain(text, at);
+        json.append(text, at, plain - at);
+        at = plain;
+        if (at == text.size())
+            break;
+        const qel::utf8_sequence character = qel::utf8_at(text.substr(at));
+        const size_t size = std::max(character.size, size_t{1});
+        if (!character.is_whole)
+            json += replacement;
+        else if (size == 1 || is_late_control(text, at))
+            append_escape(json, text[at + size - 1]); // a late one's second byte is its number
+        else
+            json.append(text, at, size);
+        at += size;
+    }
+    json += '"';
 }
 
 } // namespace tool
