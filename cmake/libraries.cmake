@@ -32,6 +32,36 @@ function(qelrcpt_library target soversion package)
       COMPONENT ${package}_runtime NAMELINK_COMPONENT ${package}_development
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${package}_development)
   qelrcpt_pkgconfig(${target} ${package})
+  qelrcpt_manual_pages(${target} ${package} ${ARGN})
+  if(BUILD_SHARED_LIBS AND PROJECT_IS_TOP_LEVEL)
+    qelrcpt_static_library(${target} ${package})
+  endif()
+endfunction()
+
+# The static library beside the shared one, of the same objects, for who links it by its name or
+# with pkg-config --static.
+function(qelrcpt_static_library target package)
+  add_library(${target}_static STATIC $<TARGET_OBJECTS:${target}>)
+  set_target_properties(${target}_static PROPERTIES OUTPUT_NAME ${target} LINKER_LANGUAGE CXX)
+  install(TARGETS ${target}_static
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${package}_development)
+endfunction()
+
+# Installs a manual page for each function of the headers, made of its declaration and comment.
+function(qelrcpt_manual_pages target package)
+  find_program(AWK awk)
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target}.man3)
+  file(MAKE_DIRECTORY ${folder})
+  foreach(header IN LISTS ARGN)
+    get_filename_component(header ${header} ABSOLUTE)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+    if(AWK AND header MATCHES "\\.h$")
+      execute_process(COMMAND ${AWK} -v folder=${folder} -v see=libqelrcpt
+        -f ${PROJECT_SOURCE_DIR}/cmake/manual_pages.awk ${header} COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+  endforeach()
+  install(DIRECTORY ${folder}/
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT ${package}_development)
 endfunction()
 
 # Installs <target>.pc, made from cmake/<target>.pc.in.

@@ -18,6 +18,11 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/qelstdlib ${PROJECT_BINARY_DIR}/src)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
+# What Debian wants in every package, before and after it is made.
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian_files.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian_triggers.cmake)
+set(CPACK_QELRCPT_SOURCE ${PROJECT_SOURCE_DIR})
+
 # qelrcpt_package(component name section depends summary text)
 function(qelrcpt_package component name section depends summary text)
   string(TOUPPER ${component} upper)
@@ -30,20 +35,21 @@ endfunction()
 set(same "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 qelrcpt_package(qelstdlib_runtime libqelstdlib2 libs "tzdata"
   "text, containers and time for the receipt library"
-  "The shared libraries on which libqelrcpt is built: text, buffers, lists, dictionaries and time,
-and trees of JSON and XML.")
+  "The shared libraries on which libqelrcpt is built: text, buffers, lists,
+dictionaries and time, and trees of JSON and XML.")
 qelrcpt_package(qelstdlib_development libqelstdlib-dev libdevel "libqelstdlib2 ${same}"
   "text, containers and time for the receipt library (development files)"
-  "Headers, pkg-config files and the CMake package qelstdlib.")
+  "Headers, static libraries, pkg-config files and the CMake package qelstdlib.")
 qelrcpt_package(qelrcpt_runtime libqelrcpt1 libs "libqelstdlib2 ${same}"
   "receipts of card transactions (shared library)"
-  "Renders the record of a card transaction as the customer's and the merchant's receipt: plain text
-of any width, HTML, XML, JSON and two layouts of the Moneris processor, in five languages.")
+  "Renders the record of a card transaction as the customer's and the merchant's
+receipt: plain text of any width, HTML, XML, JSON and two layouts of the
+Moneris processor, in five languages.")
 qelrcpt_package(qelrcpt_development libqelrcpt-dev libdevel
   "libqelrcpt1 ${same}, libqelstdlib-dev ${same}"
   "receipts of card transactions (development files)"
-  "Headers for C and C++, the pkg-config file, the CMake package qelrcpt, the style sheet for HTML
-receipts, documents and examples.")
+  "Headers for C and C++, the static library, the pkg-config file, the CMake
+package qelrcpt, the style sheet for HTML receipts, documents and examples.")
 qelrcpt_package(qelrcpt_command qelrcpt utils "libqelrcpt1 ${same}, libqelstdlib2 ${same}"
   "receipts of card transactions (command)"
   "Renders the record of a card transaction, read from a file, as receipts.")

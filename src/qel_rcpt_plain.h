@@ -48,7 +48,8 @@ QEL_API void Qel_rcpt_plain_format_right(const Qel_rcpt_plain_t *info, const cha
 /* Appends a left and a right part, on one line when they fit: prefixl and prefixr are labels that
  * stand before strl and strr, and go with them when those are empty. Two labelled parts that do not
  * fit on one line take a line each, label left and text right; otherwise what does not fit on the
- * left part's line is right-aligned below. */
+ * left part's line is right-aligned below. Whether two labelled parts fit is told by the bytes of
+ * the right one: with letters beyond ASCII it takes a line of its own a little earlier. */
 QEL_API void Qel_rcpt_plain_format_left_right(const Qel_rcpt_plain_t *info, const char *prefixl,
                                               const char *strl, const char *prefixr,
                                               const char *strr, Qel_list_str_t *ret) QEL_NOEXCEPT;
