@@ -263,9 +263,12 @@ class copy_printer
     void print_line(std::string_view line, line_style style)
     {
         const auto &[on, off] = lang_.styles[static_cast<std::size_t>(style)];
-        const std::size_t indent = std::min(line.find_first_not_of(' '), line.size());
-        out_.append(indent, ' ').append(on);
-        printed_.replaced += qel_rcpt::append_encoded(out_, line.substr(indent), *job_.page);
+        if (style != line_style::plain) {
+            const std::size_t indent = std::min(line.find_first_not_of(' '), line.size());
+            out_.append(indent, ' ').append(on);
+            line.remove_prefix(indent);
+        }
+        printed_.replaced += qel_rcpt::append_encoded(out_, line, *job_.page);
         out_.append(off) += '\n';
     }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <iterator>
 
 namespace
@@ -230,6 +231,28 @@ bool append_character(std::string &out, char32_t character, const code_page &pag
     return true;
 }
 
+// Whether eight characters are all printable ASCII, that is from 0x20 to 0x7E.
+bool are_printable_ascii(const char *eight)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    constexpr std::uint64_t tops = 0x80 * ones;
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, eight, sizeof bytes);
+    const std::uint64_t from_blank = bytes + (0x80 - 0x20) * ones;
+    const std::uint64_t beyond_tilde = bytes + ones;
+    return (from_blank & ~beyond_tilde & ~bytes & tops) == tops;
+}
+
+// Where printable ASCII ends.
+const char *end_of_ascii(const char *at, const char *end)
+{
+    while (end - at >= 8 && are_printable_ascii(at))
+        at += 8;
+    while (at != end && is_printable_ascii(static_cast<unsigned char>(*at)))
+        ++at;
+    return at;
+}
+
 std::size_t append_valid(std::string &out, std::string_view line, const code_page &page)
 {
     std::size_t replaced = 0;
@@ -237,8 +260,7 @@ std::size_t append_valid(std::string &out, std::string_view line, const code_pag
     const char *const end = at + line.size();
     while (at != end) {
         const char *const run = at;
-        while (at != end && is_printable_ascii(static_cast<unsigned char>(*at)))
-            ++at;
+        at = end_of_ascii(at, end);
         out.append(run, at);
         if (at != end && append_character(out, utf8::unchecked::next(at), page))
             ++replaced;
@@ -268,6 +290,12 @@ std::optional<std::uint8_t> qel_rcpt::code_page_number(const code_page &page,
 
 std::size_t qel_rcpt::append_encoded(std::string &out, std::string_view line, const code_page &page)
 {
+    const char *const end = line.data() + line.size();
+    const char *const beyond = end_of_ascii(line.data(), end);
+    out.append(line.data(), beyond);
+    line.remove_prefix(static_cast<std::size_t>(beyond - line.data()));
+    if (line.empty())
+        return 0;
     if (utf8::is_valid(line.begin(), line.end()))
         return append_valid(out, line, page);
     std::string repaired; // U+FFFD for what is broken
