@@ -268,6 +268,51 @@ TEST(JsonDepth, HasALimit)
     });
 }
 
+// Ten megabytes of one kind of token after the other, and a million members of much the same name.
+TEST(JsonTokens, OfAnyLengthAndNumber)
+{
+    constexpr std::size_t bytes = 10'000'000;
+    const auto filled = [](std::string_view begin, std::string_view part, std::string_view end) {
+        std::string text(begin);
+        return text.append(repeated(part, bytes / part.size())).append(end);
+    };
+    std::string members = "{";
+    for (int i = 0; i < 1'000'000; ++i)
+        members += "\"member" + std::to_string(i) + "\":0,";
+    members.back() = '}';
+    struct {
+        std::string text;
+        bool is_read;
+    } const cases[] = {
+        {filled("", "1", ""), true},
+        {filled("0.", "5", "e-7"), true},
+        {filled("\"", "a", "\""), true},
+        {filled("\"", "\\n", "\""), true},
+        {filled("\"", "\\ud83d", "\""), true},
+        {filled("\"", "\xFF", "\""), true},
+        {filled("\"", "\u00E9", "\""), true},
+        {filled("", " \n", "0"), true},
+        {filled("", "//\n", "0"), true},
+        {filled("/*", "* ", "*/0"), true},
+        {filled("[", "{},", "0]"), true},
+        {filled("[", "1,", "1]"), true},
+        {members, true},
+        {filled("[", "1-", "]"), false},
+        {filled("/*", "*", ""), false},
+        {filled("\"", "\\\\", ""), false},
+        {filled("", "/", ""), false},
+        {filled("[", "\xFF", "]"), false},
+    };
+    for (const auto &[text, is_read] : cases) {
+        on_small_stack([&] {
+            const qel::json root(Qel_json_read(text.data(), text.size(),
+                                               QEL_JSON_READER_REPLACE_BAD_CHARS, nullptr, nullptr,
+                                               nullptr, nullptr));
+            EXPECT_EQ(root != nullptr, is_read) << text.substr(0, 20);
+        });
+    }
+}
+
 // A tree that is built has no limit.
 TEST(TreeDepth, HasNoLimitWhenBuilt)
 {
