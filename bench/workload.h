@@ -32,9 +32,8 @@ struct input {
 
 inline input read(const sample &sample)
 {
-    const bool quiet = true;
     tool::record_file file =
-        tool::read_record_file(std::string(QELRCPT_RECORDS "/").append(sample.file), quiet);
+        tool::read_record_file(std::string(QELRCPT_RECORDS "/").append(sample.file));
     const Qel_rcpt_config_t config = tool::merchant_config({}, file.merchant);
     return {std::move(file), config};
 }

@@ -87,7 +87,7 @@ TEST_F(Memory, EndsOrGivesTheWholeReceiptInEachForm)
         tool::layout layout;
         layout.form = &form;
         const auto text = [&] {
-            const tool::record_file file = tool::read_record_file(sale, true);
+            const tool::record_file file = tool::read_record_file(sale);
             return tool::as_text(
                 {tool::render(file.record.get(), tool::merchant_config({}, file.merchant), layout)},
                 layout);

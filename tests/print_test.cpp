@@ -157,7 +157,7 @@ TEST(Print, TheTextWithoutCommandsIsTheReceipt)
     };
     std::size_t copies = 0;
     for (const auto &file : std::filesystem::directory_iterator(QELRCPT_RECORDS)) {
-        const tool::record_file sample = tool::read_record_file(file.path().string(), true);
+        const tool::record_file sample = tool::read_record_file(file.path().string());
         Qel_rcpt_config_t config = tool::merchant_config({}, sample.merchant);
         config.industry = QEL_RCPT_IND_RETAIL;
         for (std::uint32_t lang = QEL_RCPT_LANG_EN; lang <= QEL_RCPT_LANG_IT; ++lang) {

@@ -43,8 +43,7 @@ bool is_for(const fs::path &sample, const qel_rcpt::form &form)
 
 std::string render_sample(const fs::path &sample, const qel_rcpt::form &form)
 {
-    const bool quiet = true;
-    const tool::record_file file = tool::read_record_file(sample.string(), quiet);
+    const tool::record_file file = tool::read_record_file(sample.string());
     tool::layout layout;
     layout.form = &form;
     return tool::as_text(
@@ -74,8 +73,7 @@ TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
 std::vector<tool::block> merchant_blocks(const fs::path &sample, const qel_rcpt::form &form,
                                          Qel_rcpt_lang_t cust_lang, Qel_rcpt_lang_t merch_lang)
 {
-    const bool quiet = true;
-    const tool::record_file file = tool::read_record_file(sample.string(), quiet);
+    const tool::record_file file = tool::read_record_file(sample.string());
     Qel_rcpt_config_t config = tool::merchant_config({}, file.merchant);
     config.cust_lang = cust_lang;
     config.merch_lang = merch_lang;

@@ -62,9 +62,8 @@ const std::multimap<std::string_view, const char *> telling_values{
 std::vector<tool::record_file> all_records()
 {
     std::vector<tool::record_file> records;
-    const bool quiet = true;
     for (const auto &entry : fs::directory_iterator(QELRCPT_RECORDS))
-        records.push_back(tool::read_record_file(entry.path().string(), quiet));
+        records.push_back(tool::read_record_file(entry.path().string()));
     for (const char *text : further_records)
         records.push_back(tool::parse_json_record(text));
     for (const tool::record_file &file : records) { // no receipt of the present time

@@ -23,8 +23,7 @@ struct sample {
 
 sample read_sample(const std::string &name)
 {
-    const bool quiet = true;
-    sample read{tool::read_record_file(QELRCPT_RECORDS "/" + name, quiet), {}};
+    sample read{tool::read_record_file(QELRCPT_RECORDS "/" + name), {}};
     read.config = tool::merchant_config({}, read.file.merchant);
     return read;
 }

@@ -1,6 +1,7 @@
 #include "command_line.h"
 
 #include "messages.h"
+#include "reading/record_keys.h"
 #include "writing/forms.h"
 
 #include <CLI/CLI.hpp>
@@ -37,9 +38,10 @@ constexpr const char *conclusion =
     "  qelrcpt --form html --page -o sale.html sale.json\n"
     "  qelrcpt --form html --email -o mail.html sale.json\n"
     "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
-    "  qelrcpt --batch archive.jsonl > receipts.jsonl\n\n"
-    "Exit status: 0 when the receipts are written, 1 when the input or the output is at\n"
-    "fault, 2 when the command line is.\n";
+    "  qelrcpt --batch archive.jsonl > receipts.jsonl\n"
+    "  qelrcpt --check sale.json                      what is wrong with the record\n\n"
+    "Exit status: 0 when the receipts are written or --check finds no errors, 1 when the input\n"
+    "or the output is at fault, 2 when the command line is.\n";
 
 std::vector<std::string_view> words_of(const option_row &row, const options &given)
 {
@@ -211,6 +213,15 @@ void fit_paper(options &taken)
                           std::to_string(columns * 4 / 3) + ", or another --paper");
 }
 
+// There is no receipt to lay out.
+void check_check(const options &given, const option_row &row)
+{
+    const bool is_layout = row.group == "Receipt" && row.name != "--form";
+    if (given.check &&
+        (is_layout || row.name == "--page" || row.name == "--email" || row.name == "--strict"))
+        throw usage_error(long_name(row) + ": expected no --check with it");
+}
+
 } // namespace
 
 options parse_options(int argc, char **argv)
@@ -238,6 +249,8 @@ options parse_options(int argc, char **argv)
     for (const auto &[row, option] : added) {
         if (option->count() > 0 && !row->where.is_met(taken))
             throw usage_error(long_name(*row) + ": expected " + std::string(row->where.expected));
+        if (option->count() > 0)
+            check_check(taken, *row);
     }
     check_blocks(taken.layout);
     check_page(taken);
@@ -261,6 +274,8 @@ std::string information_text(const options &given)
         return "qelrcpt " QELRCPT_VERSION "\n";
     case information::options:
         return option_list(given);
+    case information::keys:
+        return listed_record_keys();
     case information::none:
         break;
     }

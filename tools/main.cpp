@@ -1,5 +1,6 @@
 // qelrcpt: prints the receipts of card transactions.
 #include "archives/batch.h"
+#include "checking/check.h"
 #include "command_line.h"
 #include "messages.h"
 #include "out_of_memory.h"
@@ -40,8 +41,9 @@ struct library {
 std::string make_page(const tool::options &options)
 {
     const std::string &name = options.files.front();
-    tool::record_file file = tool::read_record_file(name, options.quiet);
+    tool::record_file file = tool::read_record_file(name);
     const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
+    tool::warn_of_record(file, config, options);
     const tool::layout &layout = options.layout;
     if (!layout.customer_copy && !Qel_rcpt_generate_merch_copy(config.industry))
         throw tool::input_error(name + ": this industry has no merchant copy");
@@ -60,8 +62,9 @@ std::string make_paper(const tool::options &options)
     tool::paper_roll roll(options.paper,
                           is_star ? QEL_RCPT_PRINTER_LANG_STARPRNT : QEL_RCPT_PRINTER_LANG_ESCPOS);
     for (const std::string &name : options.files) {
-        tool::record_file file = tool::read_record_file(name, options.quiet);
+        tool::record_file file = tool::read_record_file(name);
         const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
+        tool::warn_of_record(file, config, options);
         const tool::receipt shown = tool::render(file.record.get(), config, options.layout);
         roll.add(tool::shown_file_name(name), shown, file.record.get(), options.quiet);
     }
@@ -77,8 +80,9 @@ std::string make_output(const tool::options &options)
         return make_paper(options);
     std::vector<tool::receipt> receipts;
     for (const std::string &name : options.files) {
-        tool::record_file file = tool::read_record_file(name, options.quiet);
+        tool::record_file file = tool::read_record_file(name);
         const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
+        tool::warn_of_record(file, config, options);
         receipts.push_back(tool::render(file.record.get(), config, options.layout));
     }
     return options.format == tool::output_format::json ? tool::as_json(receipts)
@@ -113,9 +117,15 @@ int run(int argc, char **argv)
     }
     const library library;
     tell_of_terminal(options);
-    tool::read_merchant_file(options.added, options.merchant_file, options.quiet);
+    tool::read_merchant_file(options.added, options.merchant_file);
+    tool::warn_of_additions(options);
     if (options.batch)
         return tool::run_batch(options);
+    if (options.check) {
+        const tool::checked_records checked = tool::check_records(options);
+        write(options.output_file, options.inputs(), checked.report);
+        return checked.has_errors ? 1 : 0;
+    }
     const bool is_binary = options.format && tool::is_paper(*options.format);
     write(options.output_file, options.inputs(), make_output(options), is_binary);
     return 0;

@@ -157,10 +157,16 @@ std::string listed(std::span<const std::string_view> words)
 
 std::string places::at(size_t offset)
 {
+    const auto [line, column] = place_at(offset);
+    return name_ + ":" + std::to_string(line) + ":" + std::to_string(column);
+}
+
+text_place places::place_at(size_t offset)
+{
     if (offset < offset_)
         *this = places(std::move(name_), text_);
     advance_to(std::min(offset, text_.size()));
-    return name_ + ":" + std::to_string(line_) + ":" + std::to_string(column_);
+    return {line_, column_};
 }
 
 void places::advance_to(size_t offset)

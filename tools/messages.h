@@ -49,6 +49,12 @@ bool continues_character(char byte);
 // "a, b or c".
 std::string listed(std::span<const std::string_view> words);
 
+// Counted from 1, columns in characters.
+struct text_place {
+    size_t line = 0;
+    size_t column = 0;
+};
+
 // Turns byte offsets of a named text into "name:line:column", columns counted in characters. The
 // whole is linear as long as the offsets do not decrease.
 class places
@@ -56,6 +62,7 @@ class places
   public:
     places(std::string name, std::string_view text) : name_(std::move(name)), text_(text) {}
     std::string at(size_t offset);
+    text_place place_at(size_t offset);
 
   private:
     void advance_to(size_t offset);

@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include "checking/findings.h"
 #include "messages.h"
 #include "writing/forms.h"
 
@@ -158,6 +159,21 @@ void set_output_file(options &taken, const std::string &given)
     taken.output_file = file_name(given);
 }
 
+template <auto names>
+void add_rule(options &taken, const std::string &given)
+{
+    const std::vector<std::string_view> known = rule_names();
+    if (std::ranges::find(known, given) == known.end())
+        throw std::invalid_argument("there is no rule " + in_quotes(given) +
+                                    ", expected one of docs/requirements.md");
+    (taken.*names).push_back(given);
+}
+
+word_list rule_words(const options & /*given*/)
+{
+    return rule_names();
+}
+
 void set_jobs(options &taken, const std::string &given)
 {
     taken.jobs = to_number(given, "number of jobs", 1, most_jobs);
@@ -299,6 +315,7 @@ std::vector<option_row> make_rows()
     constexpr const char *output = "Output";
     constexpr const char *archives = "Archives";
     constexpr const char *printing = "Paper (with --output escpos, star or png)";
+    constexpr const char *checks = "Checks";
 
     std::vector<option_row> rows = {
         {receipt, "--form", "FORM",
@@ -353,8 +370,11 @@ std::vector<option_row> make_rows()
             {output, "-o,--output-file", "FILE", "write to FILE instead of standard output",
              set_output_file},
             {output, "-q,--quiet", "",
-             "no warnings, not even of card numbers; no progress or summary of --batch",
+             "no warnings, not even of card numbers (but --strict says what is wrong); no progress "
+             "or summary of --batch",
              turn_on<&options::quiet>},
+            {output, "--keys", "", "list the keys of a record, each with its meaning",
+             ask<information::keys>},
             {output, "-h,--help", "", "show this help", ask<information::help>},
             {output, "--version", "", "show the version", ask<information::version>},
             {"", "--list-options", "", "the options a line each, for completion",
@@ -390,6 +410,16 @@ std::vector<option_row> make_rows()
              turn_on_paper<&paper_options::drawer>, on_paper},
             {printing, "--other-drawer", "", "open the one on the connector's other pin",
              turn_on_paper<&paper_options::other_drawer>, on_paper},
+            {checks, "--check", "",
+             "what is wrong with the records instead of their receipts, worst first; with --output "
+             "json as data; with --batch a line for each record of which anything is",
+             turn_on<&options::check>},
+            {checks, "--strict", "", "write no receipt of a record that has errors",
+             turn_on<&options::strict>},
+            {checks, "--rule", "NAME", "look at this rule only; may be repeated",
+             add_rule<&options::rules>, anywhere, rule_words, true},
+            {checks, "--no-rule", "NAME", "leave this rule out; may be repeated",
+             add_rule<&options::left_out_rules>, anywhere, rule_words, true},
             {archives, "--batch", "",
              "a FILE holds one JSON object a line, and so does the output: the line's number and "
              "its blocks, or what is wrong with it",

@@ -28,7 +28,7 @@ constexpr bool is_paper(output_format format)
 }
 
 // What the command line asks for instead of receipts.
-enum class information { none, help, version, options };
+enum class information { none, help, version, options, keys };
 
 struct options {
     std::vector<std::string> files; // at least one; "-" is standard input
@@ -45,9 +45,13 @@ struct options {
     bool email = false;      // one copy as the HTML of a message
     std::string output_file; // empty: standard output
     bool quiet = false;
-    bool batch = false;                 // a record a line
-    size_t jobs = 0;                    // threads that render; at least one with batch
-    std::optional<uint64_t> start_line; // the first one that batch renders of the first FILE
+    bool check = false;                      // findings instead of receipts
+    bool strict = false;                     // no receipt of a record with errors
+    std::vector<std::string> rules;          // the only ones; none: all
+    std::vector<std::string> left_out_rules; // of these
+    bool batch = false;                      // a record a line
+    size_t jobs = 0;                         // threads that render; at least one with batch
+    std::optional<uint64_t> start_line;      // the first one that batch renders of the first FILE
     tool::information information = information::none;
 
     std::vector<std::string> inputs() const; // all files that are read

@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <exception>
@@ -32,9 +31,6 @@ constexpr int progress_interval = 250; // milliseconds
 constexpr size_t items_per_job = 4;
 constexpr size_t most_bytes_at_once = line_reader::longest_line + size_t{4} * 1024 * 1024;
 
-constexpr std::array<std::string_view, doubt_kinds> doubt_names = {
-    "unknown record keys", "repeated record keys", "accounts that look like unmasked card numbers"};
-
 using ring = work_ring<line_piece, rendered>;
 
 // What was written so far. One thread adds to it; the two first counts are for all to see.
@@ -42,27 +38,46 @@ struct totals {
     std::atomic<uint64_t> records = 0;
     std::atomic<uint64_t> bytes = 0; // of the input
     uint64_t errors = 0;
-    std::array<uint64_t, doubt_kinds> doubts{};
+    bool has_bad_records = false;
+    rule_counts findings;
     std::vector<std::string> warnings;
     size_t file = 0;        // of the last line, its place among the files
     uint64_t last_line = 0; // its number
 };
 
-void complain_of(const totals &totals, bool is_quiet)
+// How many findings each rule had, the most first; with the severity of those that --check counts.
+void complain_of_rules(const rule_counts &findings, uint64_t records, bool is_check)
 {
-    if (is_quiet)
-        return;
-    for (const std::string &warning : totals.warnings)
-        complain(warning);
+    std::vector<std::pair<uint64_t, std::string_view>> rows;
+    for (const auto &[rule, count] : findings)
+        rows.emplace_back(count, rule);
+    std::ranges::stable_sort(rows, std::greater(), &std::pair<uint64_t, std::string_view>::first);
+    if (is_check) {
+        std::string table = std::to_string(records);
+        table.append(records == 1 ? " record" : " records");
+        table.append(rows.empty() ? ", no findings" : ", findings:");
+        for (const auto &[count, rule] : rows) {
+            table.append("\n  ").append(std::to_string(count)).append(" ");
+            table.append(severity_of(rule)).append(" ").append(rule);
+        }
+        return complain(table);
+    }
     std::string all;
-    for (size_t i = 0; i < doubt_names.size(); ++i) {
-        if (totals.doubts[i] == 0)
-            continue;
-        all.append(all.empty() ? "warnings: " : ", ").append(std::to_string(totals.doubts[i]));
-        all.append(1, ' ').append(doubt_names[i]);
+    for (const auto &[count, rule] : rows) {
+        all.append(all.empty() ? "warnings: " : ", ").append(std::to_string(count));
+        all.append(1, ' ').append(rule);
     }
     if (!all.empty())
         complain(all);
+}
+
+void complain_of(const totals &totals, const options &options)
+{
+    if (options.quiet)
+        return;
+    for (const std::string &warning : totals.warnings)
+        complain(warning);
+    complain_of_rules(totals.findings, totals.records, options.check);
     if (totals.errors > 0)
         complain(std::to_string(totals.records) + " records, " + std::to_string(totals.errors) +
                  " errors");
@@ -119,7 +134,7 @@ class batch
     {
         const held_signals signals;
         run_threads(signals);
-        complain_of(totals_, options_.quiet);
+        complain_of(totals_, options_);
         if (write_fault_)
             std::rethrow_exception(write_fault_);
         if (signal_ != 0 && !options_.quiet)
@@ -128,7 +143,7 @@ class batch
             output_.finish();
         if (read_fault_)
             std::rethrow_exception(read_fault_);
-        return totals_.errors > 0 ? 1 : 0;
+        return totals_.errors > 0 || totals_.has_bad_records ? 1 : 0;
     }
 
     int signal() const { return signal_; } // that ended the run; 0: none
@@ -218,15 +233,19 @@ class batch
 
     void add(const line_piece &piece, const rendered &result)
     {
-        for (const auto &[doubt, line, column] : result.first_doubts) {
-            const uint64_t before = totals_.doubts[static_cast<size_t>(doubt.kind)]++;
-            if (before < most_shown_warnings)
-                totals_.warnings.push_back(shown_file_name(options_.files[piece.file]) + ":" +
-                                           std::to_string(line) + ":" + std::to_string(column) +
-                                           ": warning: " + warning_of(doubt));
+        rule_counts shown;
+        for (const auto &[rule, line, column, message] : result.first_warnings) {
+            if (totals_.findings[rule] + shown[rule]++ >= most_shown_warnings)
+                continue;
+            std::string warning = shown_file_name(options_.files[piece.file]);
+            warning.append(":").append(std::to_string(line));
+            if (column > 0)
+                warning.append(":").append(std::to_string(column));
+            totals_.warnings.push_back(warning.append(": warning: ").append(message));
         }
-        for (size_t i = 0; i < doubt_names.size(); ++i) // those that were not kept
-            totals_.doubts[i] += result.doubts[i] - std::min(result.doubts[i], most_shown_warnings);
+        for (const auto &[rule, count] : result.warnings)
+            totals_.findings[rule] += count;
+        totals_.has_bad_records = totals_.has_bad_records || result.has_bad_records;
         totals_.errors += result.errors;
         totals_.records += result.records;
         totals_.bytes += piece.bytes;

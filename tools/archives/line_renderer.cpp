@@ -1,11 +1,13 @@
 #include "archives/line_renderer.h"
 
+#include "checking/findings_json.h"
 #include "messages.h"
 #include "writing/document.h"
 #include "writing/render.h"
 #include "writing/safe_text.h"
 
 #include <algorithm>
+#include <functional>
 #include <new>
 
 namespace tool
@@ -62,15 +64,6 @@ void append_member(std::string &json, std::string_view name, std::string_view va
     append_json_text(json, value);
 }
 
-void count_doubts(rendered &result, const std::vector<doubt> &doubts, uint64_t number,
-                  std::string_view line)
-{
-    for (const doubt &doubt : doubts) {
-        if (++result.doubts[static_cast<size_t>(doubt.kind)] <= most_shown_warnings)
-            result.first_doubts.push_back({doubt, number, column_of(line, doubt.offset)});
-    }
-}
-
 } // namespace
 
 struct line_renderer::position {
@@ -96,8 +89,15 @@ void line_renderer::add_line(rendered &result, const position &where, std::strin
 {
     try {
         record_file file = parse_json_record(line);
-        count_doubts(result, file.doubts, where.number, line);
-        add_record(result, where, file);
+        const Qel_rcpt_config_t config = complete(file, options_.merchant, options_.added);
+        const bool is_checked = options_.check || options_.strict || !options_.quiet;
+        const std::vector<finding> findings =
+            is_checked ? findings_of(file, config, options_) : std::vector<finding>();
+        if (options_.check)
+            return add_findings(result, where, line, findings);
+        warn_of(result, where, line, findings);
+        if (!add_strict_error(result, where, findings))
+            add_record(result, where, file, config);
     } catch (const text_error &fault) {
         std::string message("column ");
         message.append(std::to_string(column_of(line, fault.offset))).append(": ");
@@ -112,10 +112,63 @@ void line_renderer::add_line(rendered &result, const position &where, std::strin
     }
 }
 
-void line_renderer::add_record(rendered &result, const position &where, record_file &file) const
+// The findings of a record that has any, and their number by rule.
+void line_renderer::add_findings(rendered &result, const position &where, std::string_view line,
+                                 const std::vector<finding> &findings) const
+{
+    ++result.records;
+    if (findings.empty())
+        return;
+    std::vector<finding> sorted = findings;
+    std::ranges::stable_sort(sorted, std::greater(), &finding::severity);
+    line_in_work written(result.lines);
+    begin_line(result.lines, where);
+    result.lines += "\"findings\": [";
+    for (const finding &each : sorted) {
+        if (&each != &sorted.front())
+            result.lines += ", ";
+        text_place place;
+        if (each.place)
+            place = {where.number, column_of(line, *each.place)};
+        append_finding(result.lines, each, {"", place});
+        ++result.warnings[each.rule];
+        result.has_bad_records = result.has_bad_records || is_error(each);
+    }
+    result.lines += "]}\n";
+    written.keep();
+}
+
+// With --strict, in place of the receipt.
+bool line_renderer::add_strict_error(rendered &result, const position &where,
+                                     const std::vector<finding> &findings) const
+{
+    std::string message;
+    for (const finding &each : findings) {
+        if (options_.strict && is_error(each))
+            message.append(message.empty() ? "" : "; ").append(text_of(each));
+    }
+    if (!message.empty())
+        add_error(result, where, message);
+    return !message.empty();
+}
+
+void line_renderer::warn_of(rendered &result, const position &where, std::string_view line,
+                            const std::vector<finding> &findings) const
+{
+    for (const finding &each : findings) {
+        if (options_.quiet || !is_worth_a_warning(each))
+            continue;
+        if (++result.warnings[each.rule] <= most_shown_warnings)
+            result.first_warnings.push_back({each.rule, where.number,
+                                             each.place ? column_of(line, *each.place) : 0,
+                                             text_of(each)});
+    }
+}
+
+void line_renderer::add_record(rendered &result, const position &where, const record_file &file,
+                               const Qel_rcpt_config_t &config) const
 {
     line_in_work line(result.lines);
-    const Qel_rcpt_config_t config = complete(file, options_.merchant, options_.added);
     begin_line(result.lines, where);
     for (const char *name : repeated_members) {
         const char *value = nullptr;

@@ -2,11 +2,11 @@
 #ifndef QELRCPT_TOOLS_LINE_RENDERER_H
 #define QELRCPT_TOOLS_LINE_RENDERER_H
 
+#include "checking/findings.h"
 #include "options.h"
 #include "reading/line_reader.h"
 #include "reading/record_file.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -17,14 +17,14 @@
 namespace tool
 {
 
-constexpr size_t doubt_kinds = 3;
-constexpr uint64_t most_shown_warnings = 5; // of each kind
+constexpr uint64_t most_shown_warnings = 5; // of each rule
 
-// What is doubted, and where.
-struct placed_doubt {
-    tool::doubt doubt;
+// What is worth a warning, and where.
+struct line_warning {
+    std::string_view rule;
     uint64_t line;
-    size_t column;
+    size_t column; // 0: none
+    std::string message;
 };
 
 // What became of a piece.
@@ -32,9 +32,10 @@ struct rendered {
     std::string lines; // whole ones
     uint64_t records = 0;
     uint64_t errors = 0;
-    std::array<uint64_t, doubt_kinds> doubts{};
-    std::vector<placed_doubt> first_doubts;
-    std::exception_ptr fault; // with which the run ends after these lines
+    bool has_bad_records = false; // of which --check finds errors
+    rule_counts warnings;
+    std::vector<line_warning> first_warnings; // a few of each rule
+    std::exception_ptr fault;                 // with which the run ends after these lines
 };
 
 // Renders pieces; several threads may use it at once.
@@ -50,7 +51,14 @@ class line_renderer
     struct position;
 
     void add_line(rendered &result, const position &where, std::string_view line) const;
-    void add_record(rendered &result, const position &where, record_file &file) const;
+    void add_record(rendered &result, const position &where, const record_file &file,
+                    const Qel_rcpt_config_t &config) const;
+    void add_findings(rendered &result, const position &where, std::string_view line,
+                      const std::vector<finding> &findings) const;
+    bool add_strict_error(rendered &result, const position &where,
+                          const std::vector<finding> &findings) const;
+    void warn_of(rendered &result, const position &where, std::string_view line,
+                 const std::vector<finding> &findings) const;
     void add_error(rendered &result, const position &where, std::string_view message) const;
     void begin_line(std::string &lines, const position &where) const;
 

@@ -21,15 +21,10 @@ std::pair<std::string, std::string> to_addition(const std::string &given)
     return {given.substr(0, equals), given.substr(equals + 1)};
 }
 
-void read_merchant_file(additions &added, const std::string &name, bool quiet)
+void read_merchant_file(additions &added, const std::string &name)
 {
     if (!name.empty())
-        added.under = read_record_file(name, quiet, contents::merchant);
-    for (const auto &[key, value] : added.over) {
-        const auto doubt = doubt_about(key, value);
-        if (doubt && !quiet)
-            complain("--set: warning: " + warning_of({*doubt, key, 0}));
-    }
+        added.under = read_record_file(name, contents::merchant);
 }
 
 Qel_rcpt_config_t complete(record_file &file, const merchant &options, const additions &added)

@@ -22,10 +22,9 @@ struct additions {
 // The key and value of "key=value". Throws std::invalid_argument.
 std::pair<std::string, std::string> to_addition(const std::string &given);
 
-// Reads the merchant's file, which holds its configuration, its keys or both, and warns of what is
-// probably a mistake in it or in the keys laid over, unless quiet. An empty name is no file. Throws
-// input_error.
-void read_merchant_file(additions &added, const std::string &name, bool quiet);
+// Reads the merchant's file, which holds its configuration, its keys or both. An empty name is no
+// file. Throws input_error.
+void read_merchant_file(additions &added, const std::string &name);
 
 // Completes the file's record, and gives the configuration for it: what the options say goes before
 // what the file says, and that before the merchant's file. It borrows from all three.

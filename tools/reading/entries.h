@@ -28,8 +28,9 @@ struct entry {
     size_t offset = 0; // of the key in the input
 };
 
-// The members of a JSON object in their order. Numbers and booleans are taken as their own text,
-// also inside of nested values; a null member counts as absent. Throws text_error.
+// The members of a JSON object in their order. Numbers are taken by their decimal value and
+// booleans as their own text, also inside of nested values; a null member counts as absent. Throws
+// text_error.
 std::vector<entry> json_entries(std::string_view text);
 
 // The elements of a JSON array of texts; absent for any other JSON.

@@ -1,4 +1,5 @@
 #include "messages.h"
+#include "reading/decimal.h"
 #include "reading/entries.h"
 
 #include <qelstdlib_json.hpp>
@@ -142,9 +143,9 @@ class entry_reader
         if (kind == qel::json_scalar::null)
             return;
         if (nested_ == 0)
-            add_entry(spelling, entry_kind::text);
+            add_entry(is_number ? decimal_text(spelling) : std::string(spelling), entry_kind::text);
         else
-            add_nested_text(spelling, offset);
+            add_nested_text(spelling, is_number, offset);
     }
 
   private:
@@ -186,10 +187,13 @@ class entry_reader
             copy_nested(offset + 1);
     }
 
-    void add_nested_text(std::string_view spelling, size_t offset)
+    void add_nested_text(std::string_view spelling, bool is_number, size_t offset)
     {
         copy_nested(offset);
-        entries_.back().value.append(1, '"').append(spelling).append(1, '"');
+        std::string &value = entries_.back().value;
+        value += '"';
+        value += is_number ? decimal_text(spelling) : std::string(spelling);
+        value += '"';
         copied_ = offset + spelling.size();
     }
 

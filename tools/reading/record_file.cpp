@@ -3,10 +3,7 @@
 #include "messages.h"
 #include "reading/entries.h"
 #include "reading/input_file.h"
-#include "reading/record_keys.h"
 #include "reading/wrong_kinds.h"
-
-#include <qel_rcpt_keys.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -115,15 +112,6 @@ void apply_setting(merchant &merchant, const entry &member)
     }
 }
 
-bool looks_unmasked(std::string account)
-{
-    constexpr size_t shortest_number = 13;
-    constexpr size_t longest_number = 19;
-    std::erase_if(account, [](char byte) { return byte == ' ' || byte == '-'; });
-    return account.size() >= shortest_number && account.size() <= longest_number &&
-           account.find_first_not_of("0123456789") == std::string::npos && has_check_digit(account);
-}
-
 void check_record_member(const entry &member)
 {
     const bool is_document = member.key == "line_items" || member.key == "moneris_rcpt_data";
@@ -154,54 +142,15 @@ record_file make_record_file(const std::vector<entry> &entries, contents wanted)
             continue;
         }
         check_record_member(member);
-        auto kind = doubt_about(member.key, member.value);
-        const bool is_again = Qel_hash_dict_get(file.record.get(), member.key.c_str(), nullptr);
-        if (is_again && kind != doubt_kind::unmasked_account)
-            kind = doubt_kind::repeated_key;
-        if (kind)
-            file.doubts.push_back({*kind, member.key, member.offset});
+        if (Qel_hash_dict_get(file.record.get(), member.key.c_str(), nullptr))
+            file.repeated.push_back({member.key, member.offset});
+        file.members.push_back({member.key, member.offset});
         Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
     }
     return file;
 }
 
-void warn_of(const std::vector<doubt> &doubts, places &where)
-{
-    constexpr size_t most_warnings = 20;
-    for (size_t i = 0; i < doubts.size(); ++i) {
-        const std::string begin = where.at(doubts[i].offset) + ": warning: ";
-        if (i == most_warnings)
-            return complain(begin + "further warnings are left out");
-        complain(begin + warning_of(doubts[i]));
-    }
-}
-
 } // namespace
-
-std::optional<doubt_kind> doubt_about(const std::string &key, const std::string &value)
-{
-    if (key == "account" && looks_unmasked(value))
-        return doubt_kind::unmasked_account;
-    if (!qel_rcpt::is_record_key(key))
-        return doubt_kind::unknown_key;
-    return std::nullopt;
-}
-
-std::string warning_of(const doubt &doubt)
-{
-    switch (doubt.kind) {
-    case doubt_kind::unmasked_account:
-        return "account looks like an unmasked card number; receipts must show it masked";
-    case doubt_kind::repeated_key:
-        return "record key " + in_quotes(doubt.key) + " again, the later value counts";
-    case doubt_kind::unknown_key:
-        break;
-    }
-    const std::string_view nearest = nearest_record_key(doubt.key);
-    const std::string hint =
-        nearest.empty() ? "" : " (did you mean '" + std::string(nearest) + "'?)";
-    return "unknown record key " + in_quotes(doubt.key) + hint;
-}
 
 record_file parse_json_record(std::string_view text)
 {
@@ -215,22 +164,20 @@ record_file parse_json_record(std::string_view text)
     }
 }
 
-record_file read_record_file(const std::string &name, bool quiet, contents wanted)
+record_file read_record_file(const std::string &name, contents wanted)
 {
     const std::string shown_name = shown_file_name(name);
-    const std::string bytes = read_bytes(name, shown_name);
-    std::string_view text = bytes;
+    std::string text = read_bytes(name, shown_name);
     if (text.starts_with("\xEF\xBB\xBF")) // byte-order mark
-        text.remove_prefix(3);
-    places where(shown_name, text);
+        text.erase(0, 3);
     try {
         record_file file = make_record_file(read_entries(text), wanted);
-        if (!quiet)
-            warn_of(file.doubts, where);
+        file.name = shown_name;
+        file.text = std::move(text);
         return file;
     } catch (const text_error &fault) {
         const text_error told = explained(fault, text, reading::file);
-        throw input_error(where.at(told.offset) + ": " + told.what());
+        throw input_error(places(shown_name, text).at(told.offset) + ": " + told.what());
     }
 }
 

@@ -7,7 +7,6 @@
 #include <qelstdlib.hpp>
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,25 +14,19 @@
 namespace tool
 {
 
-// What is probably a mistake about a member of a record.
-enum class doubt_kind { unknown_key, repeated_key, unmasked_account };
-
-struct doubt {
-    doubt_kind kind;
+// Where a key stands in the text.
+struct member_place {
     std::string key;
-    size_t offset; // in the text
+    size_t offset;
 };
-
-// About a member by itself; absent without one.
-std::optional<doubt_kind> doubt_about(const std::string &key, const std::string &value);
-
-// The warning in words.
-std::string warning_of(const doubt &doubt);
 
 struct record_file {
     tool::merchant merchant; // an envelope's "config"
     qel::dict record;
-    std::vector<doubt> doubts;
+    std::vector<member_place> members;  // of the record, in the order of the text
+    std::vector<member_place> repeated; // those whose key stands there already
+    std::string name;                   // for messages; empty without a file
+    std::string text;                   // of the file
 };
 
 // The record of a JSON text. Throws text_error.
@@ -42,10 +35,8 @@ record_file parse_json_record(std::string_view text);
 // A record, or what a merchant's file has of one.
 enum class contents { record, merchant };
 
-// Reads the file, standard input for "-". Warns of what is probably a mistake, unless quiet.
-// Throws input_error.
-record_file read_record_file(const std::string &name, bool quiet,
-                             contents wanted = contents::record);
+// Reads the file, standard input for "-". Throws input_error.
+record_file read_record_file(const std::string &name, contents wanted = contents::record);
 
 } // namespace tool
 

@@ -1,0 +1,135 @@
+#include "checking/findings.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tool
+{
+
+namespace
+{
+
+constexpr std::string_view repeated_key = "repeated-key";
+constexpr std::string_view unknown_key = "unknown-key";
+
+Qel_rcpt_form_t checked_form(form rendered_as)
+{
+    switch (rendered_as) {
+    case form::moneris:
+        return QEL_RCPT_FORM_MONERIS;
+    case form::moneris_ecomm:
+        return QEL_RCPT_FORM_MONERIS_ECOMM;
+    default:
+        return QEL_RCPT_FORM_GENERAL;
+    }
+}
+
+bool is_chosen(std::string_view rule, const options &options)
+{
+    const auto has = [&](const std::vector<std::string> &names) {
+        return std::ranges::find(names, rule) != names.end();
+    };
+    return (options.rules.empty() || has(options.rules)) && !has(options.left_out_rules);
+}
+
+// The last place of the key counts, as its value does.
+std::optional<size_t> place_of(const record_file &file, std::string_view key)
+{
+    const auto found =
+        std::ranges::find(file.members.rbegin(), file.members.rend(), key, &member_place::key);
+    return found == file.members.rend() ? std::nullopt : std::optional(found->offset);
+}
+
+struct collector {
+    const record_file &file;
+    const options &chosen;
+    std::vector<finding> findings;
+};
+
+void collect(void *info, const Qel_rcpt_finding_t *found)
+{
+    auto &[file, chosen, findings] = *static_cast<collector *>(info);
+    const std::optional<size_t> place = place_of(file, found->key);
+    const bool is_added = found->rule == unknown_key && !place; // and told of already
+    if (is_added || !is_chosen(found->rule, chosen))
+        return;
+    std::optional<size_t> offset;
+    if (found->offset != QEL_RCPT_NO_OFFSET)
+        offset = found->offset;
+    findings.push_back({found->severity, found->rule, found->key, place, offset, found->message,
+                        found->source, found->date});
+}
+
+} // namespace
+
+std::string_view word_of(Qel_rcpt_severity_t severity)
+{
+    static constexpr std::array<std::string_view, 3> words = {"note", "warning", "error"};
+    return words[severity];
+}
+
+std::string_view severity_of(std::string_view rule)
+{
+    for (size_t i = 0; const Qel_rcpt_rule_t *known = Qel_rcpt_check_rule(i); ++i) {
+        if (rule == known->name)
+            return word_of(known->severity);
+    }
+    return word_of(QEL_RCPT_SEVERITY_WARNING);
+}
+
+std::string text_of(const finding &finding)
+{
+    std::string text = finding.message + " [" + std::string(finding.rule);
+    if (!finding.source.empty())
+        text.append("; ").append(finding.source).append(", ").append(finding.date);
+    return text + "]";
+}
+
+std::vector<std::string_view> rule_names()
+{
+    std::vector<std::string_view> names;
+    for (size_t i = 0; const Qel_rcpt_rule_t *rule = Qel_rcpt_check_rule(i); ++i)
+        names.emplace_back(rule->name);
+    names.push_back(repeated_key);
+    return names;
+}
+
+std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,
+                                 const options &options)
+{
+    collector collected{file, options, {}};
+    Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form), collect,
+                   &collected);
+    for (const member_place &member : file.repeated) {
+        if (is_chosen(repeated_key, options))
+            collected.findings.push_back(
+                {QEL_RCPT_SEVERITY_WARNING, repeated_key, member.key, member.offset, std::nullopt,
+                 "the record has this key again; the later value counts", "", ""});
+    }
+    return std::move(collected.findings);
+}
+
+bool is_error(const finding &finding)
+{
+    return finding.severity == QEL_RCPT_SEVERITY_ERROR;
+}
+
+bool is_worth_a_warning(const finding &finding)
+{
+    return is_error(finding) || finding.rule == unknown_key || finding.rule == repeated_key;
+}
+
+std::string totals_of(const std::map<Qel_rcpt_severity_t, uint64_t> &counts)
+{
+    std::string text;
+    for (const auto severity :
+         {QEL_RCPT_SEVERITY_ERROR, QEL_RCPT_SEVERITY_WARNING, QEL_RCPT_SEVERITY_NOTE}) {
+        const auto found = counts.find(severity);
+        const uint64_t count = found == counts.end() ? 0 : found->second;
+        text.append(text.empty() ? "" : ", ").append(count == 0 ? "no" : std::to_string(count));
+        text.append(" ").append(word_of(severity)).append(count == 1 ? "" : "s");
+    }
+    return text;
+}
+
+} // namespace tool

@@ -1,0 +1,61 @@
+// What is wrong with a record, found where it stands in its file.
+#ifndef QELRCPT_TOOLS_FINDINGS_H
+#define QELRCPT_TOOLS_FINDINGS_H
+
+#include "options.h"
+#include "reading/record_file.h"
+
+#include <qel_rcpt_check.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool
+{
+
+struct finding {
+    Qel_rcpt_severity_t severity;
+    std::string_view rule; // all views are constants
+    std::string key;
+    std::optional<size_t> place;  // of the key in the text; absent where that does not have it
+    std::optional<size_t> offset; // inside of the value
+    std::string message;
+    std::string_view source;
+    std::string_view date;
+};
+
+// "error", "warning" or "note".
+std::string_view word_of(Qel_rcpt_severity_t severity);
+
+// Of a rule: "error", "warning" or "note".
+std::string_view severity_of(std::string_view rule);
+
+// "message [rule]", or with the source behind the rule.
+std::string text_of(const finding &finding);
+
+// The names of all rules: the library's, and the one about what a file repeats.
+std::vector<std::string_view> rule_names();
+
+// What the chosen rules find, in the order of the rules.
+std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,
+                                 const options &options);
+
+// Whether a receipt that is rendered comes with a warning of it: errors, and keys that do nothing.
+bool is_worth_a_warning(const finding &finding);
+
+bool is_error(const finding &finding);
+
+// How many findings there are of each rule.
+using rule_counts = std::map<std::string_view, uint64_t>;
+
+// "3 errors, 1 warning, no notes".
+std::string totals_of(const std::map<Qel_rcpt_severity_t, uint64_t> &counts);
+
+} // namespace tool
+
+#endif
