@@ -299,7 +299,7 @@ class json_scanner
                 return fail(json_problem::unclosed_string, begin - 1, at_);
             const utf8_sequence character = utf8_at(view(at_, end_));
             if (character.is_whole && *at_ != '\\') {
-                if (*at_ >= 0 && *at_ < ' ')
+                if (static_cast<unsigned char>(*at_) < ' ')
                     return fail(json_problem::control_character, at_, at_);
                 at_ += character.size;
                 continue;

@@ -15,6 +15,12 @@ constexpr std::int64_t floor_div(std::int64_t value, std::int64_t divisor)
     return value / divisor - (value % divisor < 0 ? 1 : 0);
 }
 
+// What is left of it, from 0 up.
+constexpr std::int64_t floor_mod(std::int64_t value, std::int64_t divisor)
+{
+    return (value % divisor + divisor) % divisor;
+}
+
 struct civil_date {
     std::int64_t year;
     std::int64_t month; // 1 to 12
@@ -35,7 +41,7 @@ constexpr civil_date date_of(std::int64_t days)
     constexpr std::int64_t to_march_0000 = 719468;
     const std::int64_t since = days + to_march_0000;
     const std::int64_t cycle = floor_div(since, cycle_days);
-    const std::int64_t in_cycle = since - cycle * cycle_days;
+    const std::int64_t in_cycle = floor_mod(since, cycle_days);
     const std::int64_t year_in_cycle =
         (in_cycle - in_cycle / 1460 + in_cycle / 36524 - in_cycle / 146096) / 365;
     const std::int64_t from_march =
@@ -111,11 +117,10 @@ bool take_field(std::string_view &text, const field &wanted, Qel_time_localtm_t 
 Qel_time_localtm_t qel::time_at_offset(Qel_time_t t, std::int64_t offset, bool is_dst,
                                        std::string_view abbr)
 {
-    // The day is taken off first, so that no sum leaves the range.
-    const std::int64_t utc_days = floor_div(t, day_seconds);
-    const std::int64_t shifted = t - utc_days * day_seconds + offset;
-    const std::int64_t days = utc_days + floor_div(shifted, day_seconds);
-    const std::int64_t second = shifted - floor_div(shifted, day_seconds) * day_seconds;
+    // Added to the time of day, so that no sum leaves the range.
+    const std::int64_t shifted = floor_mod(t, day_seconds) + offset;
+    const std::int64_t days = floor_div(t, day_seconds) + floor_div(shifted, day_seconds);
+    const std::int64_t second = floor_mod(shifted, day_seconds);
     const civil_date date = date_of(days);
 
     Qel_time_localtm_t localtm{};
@@ -126,7 +131,7 @@ Qel_time_localtm_t qel::time_at_offset(Qel_time_t t, std::int64_t offset, bool i
     localtm.hour = second / 3600;
     localtm.min = second / 60 % 60;
     localtm.sec = second % 60;
-    localtm.wday = (days % 7 + 7 + 4) % 7; // 1970 began on a Thursday
+    localtm.wday = floor_mod(days + 4, 7); // 1970 began on a Thursday
     localtm.yday = date.yday;
     localtm.isdst = is_dst ? 1 : 0;
     localtm.gmtoff = offset;
