@@ -68,6 +68,15 @@ class input
         return all;
     }
 
+    // Of the bytes that are left.
+    unsigned sum() const
+    {
+        unsigned total = 0;
+        for (const char byte : rest_)
+            total += static_cast<unsigned char>(byte);
+        return total;
+    }
+
     // All that is left, in an allocation of exactly its size: reading past its end is seen.
     std::vector<char> bytes() { return {rest_.begin(), rest_.end()}; }
 

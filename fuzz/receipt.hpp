@@ -21,7 +21,7 @@ namespace fuzz
 class receipt_input
 {
   public:
-    explicit receipt_input(input bytes)
+    explicit receipt_input(input bytes) : is_repeated_(bytes.sum() % 8 == 0)
     {
         static constexpr std::uint32_t countries[] = {840, 124, 276, 826, 978, 0};
         static constexpr std::uint32_t currencies[] = {840, 124, 978, 826, 392, 0};
@@ -49,6 +49,10 @@ class receipt_input
     const Qel_rcpt_config_t *config() const { return has_config_ ? &config_ : nullptr; }
     std::size_t width() const { return width_; }
 
+    // Whether this is one of the inputs, some of all, that are rendered in each way a second time:
+    // what differs then differs for many inputs, and rendering is most of a target's cost.
+    bool is_repeated() const { return is_repeated_; }
+
     bool has_industry(Qel_rcpt_ind_t industry) const
     {
         return has_config_ && (config_.industry & industry) != 0;
@@ -63,6 +67,7 @@ class receipt_input
                                  pair.substr(equals + 1).c_str());
     }
 
+    bool is_repeated_;
     qel::dict record_{Qel_hash_dict_create(16, 75, QEL_HASH_DICT_NONE)};
     Qel_rcpt_config_t config_{};
     bool has_config_ = false;
@@ -106,7 +111,7 @@ inline std::vector<block> checked_blocks(const receipt_input &from, const Qel_ha
     return all;
 }
 
-// Renders twice, and checks that the results are alike and that the record stays as it was.
+// Renders, some inputs twice, and checks that the record stays as it was and the results are alike.
 template <typename Generate>
 std::vector<block> checked_receipt(const receipt_input &from,
                                    std::span<const std::string_view> names, Generate generate)
@@ -114,8 +119,10 @@ std::vector<block> checked_receipt(const receipt_input &from,
     const pairs before = pairs_of(from.record());
     const qel::dict blocks(generate());
     require(pairs_of(from.record()) == before, "the record is unchanged");
-    const qel::dict again(generate());
-    require(pairs_of(again.get()) == pairs_of(blocks.get()), "the same record gives the same");
+    if (from.is_repeated()) {
+        const qel::dict again(generate());
+        require(pairs_of(again.get()) == pairs_of(blocks.get()), "the same record gives the same");
+    }
     return checked_blocks(from, blocks.get(), names);
 }
 
