@@ -1,8 +1,6 @@
 // What a receipt must show.
 #include "qel_rcpt_check_int.hpp"
 
-#include <algorithm>
-
 namespace qel_rcpt::check
 {
 
