@@ -280,10 +280,11 @@ TEST(JsonTokens, OfAnyLengthAndNumber)
     for (int i = 0; i < 1'000'000; ++i)
         members += "\"member" + std::to_string(i) + "\":0,";
     members.back() = '}';
-    struct {
+    struct token_case {
         std::string text;
         bool is_read;
-    } const cases[] = {
+    };
+    const token_case cases[] = {
         {filled("", "1", ""), true},
         {filled("0.", "5", "e-7"), true},
         {filled("\"", "a", "\""), true},
@@ -303,12 +304,12 @@ TEST(JsonTokens, OfAnyLengthAndNumber)
         {filled("", "/", ""), false},
         {filled("[", "\xFF", "]"), false},
     };
-    for (const auto &[text, is_read] : cases) {
+    for (const token_case &one : cases) {
         on_small_stack([&] {
-            const qel::json root(Qel_json_read(text.data(), text.size(),
+            const qel::json root(Qel_json_read(one.text.data(), one.text.size(),
                                                QEL_JSON_READER_REPLACE_BAD_CHARS, nullptr, nullptr,
                                                nullptr, nullptr));
-            EXPECT_EQ(root != nullptr, is_read) << text.substr(0, 20);
+            EXPECT_EQ(root != nullptr, one.is_read) << one.text.substr(0, 20);
         });
     }
 }
