@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 
@@ -18,7 +19,7 @@ namespace
 constexpr size_t least_width = 10;
 constexpr size_t most_width = 10000;
 constexpr size_t most_jobs = 256;
-constexpr size_t most_lines = 1'000'000'000'000'000;
+constexpr size_t most_lines = std::min<uint64_t>(1'000'000'000'000'000, PTRDIFF_MAX);
 constexpr size_t most_byte = 255;
 
 using word_list = std::vector<std::string_view>;
