@@ -26,10 +26,9 @@ std::int64_t hundredths(std::string_view text)
         text.remove_prefix(does ? 1 : 0);
         return does;
     };
-    while (next(fuzz::is_white_space)) {
-    }
     bool negative = false;
-    while (!text.empty() && (text.front() == '-' || text.front() == '+')) {
+    while (!text.empty() &&
+           (fuzz::is_white_space(text.front()) || text.front() == '-' || text.front() == '+')) {
         negative ^= text.front() == '-';
         text.remove_prefix(1);
     }

@@ -35,16 +35,15 @@ void check_entries(std::string_view text, const std::vector<tool::entry> &entrie
     for (const tool::entry &entry : entries) {
         require(entry.offset >= before && entry.offset < text.size(), "keys come in their order");
         before = entry.offset;
-        require(fuzz::is_valid_utf8(entry.key) && fuzz::is_valid_utf8(entry.value),
-                "keys and values are UTF-8");
-        require(entry.key.find('\0') == std::string::npos &&
-                    entry.value.find('\0') == std::string::npos,
-                "no text ends before its end");
-        if (entry.kind != tool::entry_kind::nested)
+        require(fuzz::is_valid_utf8(entry.key), "keys are UTF-8");
+        if (entry.kind != tool::entry_kind::nested) {
+            require(fuzz::is_valid_utf8(entry.value), "values are UTF-8");
             continue;
+        }
+        // Its comments stand as they were written.
         const qel::json tree(Qel_json_read(entry.value.data(), entry.value.size(),
-                                           QEL_JSON_READER_NONE, nullptr, nullptr, nullptr,
-                                           nullptr));
+                                           QEL_JSON_READER_REPLACE_BAD_CHARS, nullptr, nullptr,
+                                           nullptr, nullptr));
         require(tree != nullptr, "the library reads what was nested");
     }
 }
@@ -61,6 +60,10 @@ void check_json(std::string_view text)
     require(judged.is_object(), "only objects are taken");
     if (!record)
         return;
+    for (const tool::entry &entry : *entries)
+        require(entry.where == tool::section::config ||
+                    (entry.key + entry.value).find('\0') == std::string::npos,
+                "no text of a record ends before its end");
     for (const tool::member_place &member : record->members)
         require(member.offset < text.size(), "a key has a place in the text");
     require(Qel_hash_dict_num_keys(record->record.get()) <= record->members.size(),
@@ -69,8 +72,14 @@ void check_json(std::string_view text)
 
 void check_lines(std::string_view text)
 {
-    if (const auto entries = accepted(text, tool::line_entries))
-        check_entries(text, *entries);
+    const auto entries = accepted(text, tool::line_entries);
+    std::size_t before = 0;
+    for (const tool::entry &entry : entries.value_or(std::vector<tool::entry>())) {
+        require(entry.offset >= before && entry.offset < text.size(), "lines come in their order");
+        require(!entry.key.empty() && entry.value.find('\n') == std::string::npos,
+                "an entry is of one line");
+        before = entry.offset;
+    }
 }
 
 // The pieces of an archive are its lines, whatever stands in them.
