@@ -16,7 +16,7 @@ install(FILES share/receipt.css
   DESTINATION ${CMAKE_INSTALL_DATADIR}/qelrcpt COMPONENT qelrcpt_development)
 install(FILES man/libqelrcpt.3
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT qelrcpt_development)
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
 install(DIRECTORY docs examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
