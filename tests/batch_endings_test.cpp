@@ -50,7 +50,7 @@ class BatchInterrupted : public BatchAtWork, public testing::WithParamInterface<
 TEST_P(BatchInterrupted, WritesWholeLinesAndEndsByTheSignal)
 {
     begin(money_only);
-    in_.ours.write("{\"amount\": 5}\n{\"amount\": 5}\n{\"amount\"");
+    in_.ours.write(sale_line + sale_line + "{\"amount\"");
     std::string text = out_.ours.read(money_line(2));
     kill(child_, GetParam());
     text += out_.ours.read();
@@ -106,10 +106,10 @@ TEST_P(BatchInterrupted, EndsWithinALineThatIsTooLong)
 // The receipts of a run that was stopped and of the one that goes on are those of one run.
 TEST_P(BatchInterrupted, SaysHowToGoOn)
 {
-    const std::string one = write("one", "{\"amount\": 5}\n");
+    const std::string one = write("one", sale_line);
     std::string lines;
     for (int i = 0; i < 5000; ++i)
-        lines += "{\"amount\": 5}\n";
+        lines += sale_line;
     const std::string two = write("two", lines);
     const result whole = run({"--block=money", one, two});
     begin({"--block=money", one, two});
@@ -134,7 +134,7 @@ TEST_F(Batch, GoesOnWithTheThreadsThatItCanStartOrEnds)
         GTEST_SKIP() << "the sanitizers take more room than there is";
     std::string lines; // more than can be on the way
     for (int i = 0; i < 6000; ++i)
-        lines += "{\"amount\": 5}\n";
+        lines += sale_line;
     const std::string archive = write("archive", lines);
     const std::string expected = run({"--block=money", archive}).out;
     const std::string out = (directory_ / "out").string();
@@ -165,10 +165,10 @@ TEST_F(BatchAtWork, GoesOnAfterASignalThatIsIgnored)
     const auto before = std::signal(SIGHUP, SIG_IGN);
     begin(money_only);
     std::signal(SIGHUP, before);
-    in_.ours.write("{\"amount\": 5}\n");
+    in_.ours.write(sale_line);
     EXPECT_EQ(out_.ours.read("\n"), money_line(1));
     kill(child_, SIGHUP);
-    in_.ours.write("{\"amount\": 5}\n");
+    in_.ours.write(sale_line);
     in_.ours.close();
     EXPECT_EQ(out_.ours.read(), money_line(2));
     EXPECT_EQ(wait_for(child_).status, 0);

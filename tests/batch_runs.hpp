@@ -54,6 +54,11 @@ inline std::vector<json> lines_of(const std::string &text)
     return lines;
 }
 
+// A line of which nothing is wrong that would be warned of.
+inline const std::string sale_line =
+    R"({"merch_name": "A", "merch_addr1": "B", "action": "sale", "cardtype": "cash", "amount": 5})"
+    "\n";
+
 inline const arguments money_only = {"--block=money", "--copy=customer", "--width=20"};
 
 inline std::string money_line(uint64_t line, const std::string &file = "")

@@ -86,6 +86,15 @@ TEST_F(Command, WritesNoReceiptOfARecordWithErrorsWhenStrict)
     const result warned = run({}, wrong);
     EXPECT_EQ(warned.status, 0);
     EXPECT_TRUE(has(warned.err, "<stdin>:3:3: warning: '$12.34' is not an amount")) << warned.err;
+
+    // What a record lacks counts as what it has does; warnings and notes do not.
+    const result bare = run({}, "merch_name=A\nmerch_addr1=B\namount=5\n");
+    EXPECT_EQ(bare.status, 0);
+    EXPECT_EQ(bare.err, "qelrcpt: <stdin>: warning: the receipt does not say what was done; give "
+                        "action, such as sale [action-missing; Adyen's summary of scheme "
+                        "requirements, 2026-11]\n");
+    EXPECT_EQ(run({"--strict"}, "merch_name=A\nmerch_addr1=B\namount=5\n").status, 1);
+    EXPECT_EQ(run({"--strict"}, "merch_name=A\nmerch_addr1=B\namount=5\naction=sale\n").status, 0);
 }
 
 TEST_F(Command, ChecksArchives)

@@ -166,7 +166,7 @@ TEST_F(Command, TellsWhatIsWrongWithTheInputAndWhere)
     };
     for (const auto &[content, place, words] : cases) {
         const std::string bad = write("bad", content);
-        const result made = run({write("good", "amount=5"), bad});
+        const result made = run({"--quiet", write("good", "amount=5"), bad});
         EXPECT_EQ(made.status, 1) << content.substr(0, 80);
         EXPECT_EQ(made.out, "") << content.substr(0, 80);
         EXPECT_TRUE(made.err.starts_with("qelrcpt: " + bad + place)) << made.err;

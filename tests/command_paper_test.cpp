@@ -5,7 +5,9 @@
 namespace
 {
 
-const std::string sale = R"({"action": "sale", "amount": "12.34"})";
+// Cash, so that nothing is missing on its receipt.
+const std::string sale = R"({"merch_name": "Shop", "merch_addr1": "1 Road", "action": "sale",)"
+                         R"( "cardtype": "cash", "amount": "12.34", "code": "AUTH"})";
 
 template <typename Element>
 size_t count_of(const paper::roll &roll)
@@ -27,7 +29,8 @@ std::string text_of(const paper::roll &roll)
 TEST_F(Command, PrintsTheCopiesForReceiptPrinters)
 {
     const std::string order =
-        R"({"action": "sale", "amount": "12.34", "ordernum": "A-7", "merch_name": "Café “Ł”"})";
+        R"({"action": "sale", "amount": "12.34", "ordernum": "A-7", "merch_name": "Café “Ł”",)"
+        R"( "merch_addr1": "1 Road"})";
     for (const std::string language : {"escpos", "star"}) {
         const result made = run({"--output",   language,     "--paper",     "32",
                                  "--block",    "merch_info", "--block",     "money",

@@ -109,24 +109,9 @@ bool is_error(const finding &finding)
     return finding.severity == QEL_RCPT_SEVERITY_ERROR;
 }
 
-namespace
-{
-
-bool is_about_what_is_missing(std::string_view rule)
-{
-    for (size_t i = 0; const Qel_rcpt_rule_t *known = Qel_rcpt_check_rule(i); ++i) {
-        if (rule == known->name)
-            return known->group == QEL_RCPT_RULES_REQUIRED;
-    }
-    return false;
-}
-
-} // namespace
-
 bool is_worth_a_warning(const finding &finding)
 {
-    return (is_error(finding) && !is_about_what_is_missing(finding.rule)) ||
-           finding.rule == unknown_key || finding.rule == repeated_key;
+    return is_error(finding) || finding.rule == unknown_key || finding.rule == repeated_key;
 }
 
 std::string totals_of(const std::map<Qel_rcpt_severity_t, uint64_t> &counts)

@@ -45,8 +45,8 @@ std::vector<std::string_view> rule_names();
 std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,
                                  const options &options);
 
-// Whether a receipt that is rendered comes with a warning of it: errors in what the record has, and
-// keys that do nothing. What it lacks can be seen on the receipt, and is told by --check.
+// Whether a receipt that is rendered comes with a warning of it: errors, and keys that do nothing
+// or stand twice. The other warnings and the notes are told by --check.
 bool is_worth_a_warning(const finding &finding);
 
 bool is_error(const finding &finding);
