@@ -83,7 +83,7 @@ character first_character(std::string_view text)
         return {0, 1, true};
     char32_t code = lead & (0x7FU >> size);
     for (std::size_t i = 1; i < size; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80)
+        if (!is_continuation(text[i]))
             return {0, 1, true};
         code = code << 6U | (byte(i) & 0x3FU);
     }

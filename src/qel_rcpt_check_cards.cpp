@@ -95,19 +95,8 @@ class digit_groups
             return prefix >= range.first && prefix <= range.last && count >= range.least &&
                    count <= range.most;
         });
-        return is_issued && has_check_digit(first, count);
-    }
-
-    // ISO/IEC 7812-1: every second digit from the right counts twice.
-    [[nodiscard]] bool has_check_digit(std::size_t first, std::size_t count) const
-    {
-        unsigned sum = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const unsigned value = digits_[first + count - 1 - i].value;
-            const unsigned weighted = i % 2 == 0 ? value : 2 * value;
-            sum += weighted > 9 ? weighted - 9 : weighted;
-        }
-        return sum % 10 == 0;
+        return is_issued &&
+               has_check_digit(count, [&](std::size_t i) { return digits_[first + i].value; });
     }
 
     std::array<digit, most_digits> digits_{};

@@ -3,6 +3,7 @@
 #ifndef QEL_RCPT_CHECK_INT_HPP
 #define QEL_RCPT_CHECK_INT_HPP
 
+#include "qel_rcpt_chars.hpp"
 #include "qel_rcpt_keys.hpp"
 #include "qel_rcpt_rules.hpp"
 
@@ -222,11 +223,6 @@ const Qel_rcpt_rule_t &items_total_rule();
 
 // Whether a value under this name must stay out of a record.
 bool is_secret_name(std::string_view name);
-
-constexpr bool is_digit(char chr)
-{
-    return chr >= '0' && chr <= '9';
-}
 
 // Where a whole card number stands in the text, or no_offset.
 std::size_t find_card_number(std::string_view text);

@@ -135,9 +135,7 @@ class data_handler
 
     void look_at_width(std::string_view text, std::size_t at)
     {
-        const auto count = static_cast<std::size_t>(std::ranges::count_if(
-            text, [](char chr) { return (static_cast<unsigned char>(chr) & 0xC0U) != 0x80U; }));
-        if (count > member_->width)
+        if (width_of(text) > member_->width)
             look_at_cut(key, at, text, 0, findings_);
     }
 

@@ -109,7 +109,6 @@ struct amount_form {
 // As Qel_str_dot_money_out reads it: white space, a sign, digits with a point.
 amount_form form_of_amount(std::string_view text)
 {
-    const auto is_space = [](char chr) { return chr == ' ' || (chr >= '\t' && chr <= '\r'); };
     amount_form form{false, 0, no_offset, 0};
     std::size_t at = 0;
     const auto skip = [&](auto is_one) {

@@ -1,4 +1,6 @@
 // Control characters in a record, which a printer or a terminal would obey.
+#include "qel_rcpt_chars.hpp"
+
 #include <qel_rcpt.h>
 #include <qelstdlib.hpp>
 
@@ -21,11 +23,6 @@ unsigned char code_of(char byte)
     return static_cast<unsigned char>(byte);
 }
 
-bool is_continuation(char byte)
-{
-    return (code_of(byte) & 0xC0U) == 0x80;
-}
-
 // A piece of a text, and the control character that it is.
 struct piece {
     std::size_t size;
@@ -45,7 +42,7 @@ piece character_at(std::string_view text)
         return {1, is_control(first) ? std::optional<unsigned>(first) : std::nullopt};
     const std::size_t size = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
     const bool is_whole = size != 0 && text.size() >= size &&
-                          std::ranges::all_of(text.substr(1, size - 1), is_continuation);
+                          std::ranges::all_of(text.substr(1, size - 1), qel_rcpt::is_continuation);
     if (!is_whole) // an eight-bit control character, where text is not UTF-8
         return {1, is_control(first) ? std::optional<unsigned>(first) : std::nullopt};
     if (first == 0xC2 && is_control(code_of(text[1])))

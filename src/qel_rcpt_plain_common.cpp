@@ -1,44 +1,19 @@
 // Plain-text layout: lines of a fixed width.
+#include "qel_rcpt_chars.hpp"
 #include "qel_rcpt_lines.hpp"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 
+using qel_rcpt::is_continuation;
 using qel_rcpt::line_sink;
+using qel_rcpt::trim;
+using qel_rcpt::trim_front;
+using qel_rcpt::width_of;
 
 namespace
 {
-
-bool is_space(char chr)
-{
-    return chr == ' ' || (chr >= '\t' && chr <= '\r');
-}
-
-bool is_continuation(char chr)
-{
-    return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80;
-}
-
-// As Qel_utf8_cnt counts.
-std::size_t width(std::string_view text)
-{
-    return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, is_continuation));
-}
-
-std::string_view trim_front(std::string_view text)
-{
-    while (!text.empty() && is_space(text.front()))
-        text.remove_prefix(1);
-    return text;
-}
-
-std::string_view trim(std::string_view text)
-{
-    while (!text.empty() && is_space(text.back()))
-        text.remove_suffix(1);
-    return trim_front(text);
-}
 
 std::size_t line_len(const Qel_rcpt_plain_t &info)
 {
@@ -50,7 +25,7 @@ std::size_t line_len(const Qel_rcpt_plain_t &info)
 class long_text
 {
   public:
-    explicit long_text(std::string_view text) : rest_(text), width_(::width(text)) {}
+    explicit long_text(std::string_view text) : rest_(text), width_(width_of(text)) {}
 
     bool empty() const { return rest_.empty(); }
     std::string_view rest() const { return rest_; }
@@ -94,7 +69,7 @@ class long_text
     line cut_off(std::size_t len)
     {
         const std::string_view text = rest_.substr(0, len);
-        const line off = {text, len == rest_.size() ? width_ : ::width(text)};
+        const line off = {text, len == rest_.size() ? width_ : width_of(text)};
         width_ -= off.width;
         rest_.remove_prefix(len);
         return off;
@@ -170,7 +145,7 @@ void format_sides(const Qel_rcpt_plain_t &info, std::string_view left, std::stri
         return;
     }
     const std::size_t len = line_len(info);
-    const std::size_t used = width(left) + width(right);
+    const std::size_t used = width_of(left) + width_of(right);
     if (used + 1 <= len)
         lines.add_line(0, left, len - used, right);
     else
@@ -224,8 +199,8 @@ void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const line_sides 
     // earlier. The 3 are the spaces behind the labels and the gap between the sides.
     const bool two_pairs =
         !left_label.empty() && !left.empty() && !right_label.empty() && !right.empty();
-    if (two_pairs &&
-        width(left_label) + width(left) + right_label.size() + right.size() + 3 > line_len(info)) {
+    if (two_pairs && width_of(left_label) + width_of(left) + right_label.size() + right.size() + 3 >
+                         line_len(info)) {
         format_sides(info, left_label, left, lines);
         format_sides(info, right_label, right, lines);
         return;

@@ -1,5 +1,6 @@
 // The bytes of a receipt printer: one copy's lines with the commands between and around them.
 #include "qel_rcpt_print.hpp"
+#include "qel_rcpt_chars.hpp"
 #include "qel_rcpt_print_codes.hpp"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 using qel_rcpt::code_page;
 using qel_rcpt::line_style;
 using qel_rcpt::printer_language;
+using qel_rcpt::width_of;
 using namespace std::string_view_literals;
 
 namespace
@@ -18,14 +20,6 @@ constexpr std::size_t default_paper_columns = 48; // of 80 mm
 constexpr std::size_t font_a_dots = 12;
 constexpr std::size_t font_b_dots = 9;
 constexpr unsigned default_feed = 4; // without a cut
-
-std::size_t width(std::string_view line)
-{
-    const auto starts_character = [](char chr) {
-        return (static_cast<unsigned char>(chr) & 0xC0U) != 0x80;
-    };
-    return static_cast<std::size_t>(std::ranges::count_if(line, starts_character));
-}
 
 // A block in markup or as data. None of these beginnings is one of a text block, which is in
 // capitals.
@@ -58,7 +52,7 @@ std::size_t widest_line(const Qel_hash_dict_t *blocks)
     for (const auto [key, block] : qel::pairs(blocks))
         qel_rcpt::for_each_line(qel::view(block), [&](std::string_view line) {
             if (line.size() > widest)
-                widest = std::max(widest, width(line));
+                widest = std::max(widest, width_of(line));
         });
     return widest;
 }

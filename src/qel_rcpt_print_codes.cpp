@@ -1,6 +1,7 @@
 // The printers' languages, from Epson's ESC/POS command reference and Star's StarPRNT command
 // specifications, and the sizes of the codes that they draw.
 #include "qel_rcpt_print_codes.hpp"
+#include "qel_rcpt_chars.hpp"
 
 #include <algorithm>
 #include <array>
@@ -195,11 +196,6 @@ std::size_t qr_modules(std::size_t len, Qel_rcpt_qr_level_t level)
     constexpr std::size_t quiet_zone = 4;
     const auto later = static_cast<std::size_t>(version - std::begin(qr_capacities));
     return first_version + 4 * later + 2 * quiet_zone;
-}
-
-bool is_digit(char chr)
-{
-    return chr >= '0' && chr <= '9';
 }
 
 } // namespace

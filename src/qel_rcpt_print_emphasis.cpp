@@ -1,5 +1,6 @@
 // Which lines of a copy stand out on paper: known by their block, their place in it and the words
 // of the catalogue, so that what a record says elsewhere is not taken for one of them.
+#include "qel_rcpt_chars.hpp"
 #include "qel_rcpt_print.hpp"
 
 #include <algorithm>
@@ -7,6 +8,8 @@
 #include <initializer_list>
 
 using qel_rcpt::line_style;
+using qel_rcpt::trim;
+using qel_rcpt::trim_front;
 
 namespace
 {
@@ -15,25 +18,6 @@ using text_lines = std::span<const std::string_view>;
 using line_styles = std::span<line_style>;
 
 using language_rows = std::span<const qel_rcpt::language>;
-
-bool is_space(char chr)
-{
-    return chr == ' ' || (chr >= '\t' && chr <= '\r');
-}
-
-std::string_view trim_front(std::string_view text)
-{
-    while (!text.empty() && is_space(text.front()))
-        text.remove_prefix(1);
-    return text;
-}
-
-std::string_view trim(std::string_view text)
-{
-    while (!text.empty() && is_space(text.back()))
-        text.remove_suffix(1);
-    return trim_front(text);
-}
 
 // A message as it stands in a text receipt: in capitals.
 class capitals

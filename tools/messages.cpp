@@ -3,6 +3,8 @@
 #include "writing/output.h"
 #include "writing/safe_text.h"
 
+#include <qel_rcpt_chars.hpp>
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,17 +12,15 @@
 namespace tool
 {
 
+using qel_rcpt::is_continuation;
+using qel_rcpt::is_digit;
+
 namespace
 {
 
 bool is_control(char byte)
 {
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
-}
-
-bool is_digit(char byte)
-{
-    return byte >= '0' && byte <= '9';
 }
 
 bool is_letter(char byte)
@@ -46,6 +46,12 @@ size_t track_at(std::string_view text)
     return last == std::string_view::npos ? text.size() : last + 1;
 }
 
+bool ends_with_check_digit(std::string_view digits)
+{
+    return qel_rcpt::has_check_digit(
+        digits.size(), [&](size_t i) { return static_cast<unsigned>(digits[i] - '0'); });
+}
+
 // How long the card number is that begins there, with single blanks or hyphens between its digits;
 // 0 when none does.
 size_t card_number_at(std::string_view text)
@@ -62,7 +68,7 @@ size_t card_number_at(std::string_view text)
         else if (!is_gap)
             break;
         const bool is_end = at + 1 == text.size() || !is_digit(text[at + 1]);
-        if (!is_gap && is_end && digits.size() >= least_digits && has_check_digit(digits))
+        if (!is_gap && is_end && digits.size() >= least_digits && ends_with_check_digit(digits))
             size = at + 1;
     }
     return size;
@@ -82,17 +88,6 @@ void mask_number(std::string_view number, std::string &shown)
 }
 
 } // namespace
-
-bool has_check_digit(std::string_view digits)
-{
-    int sum = 0;
-    for (size_t i = 0; i < digits.size(); ++i) {
-        const int digit = digits[digits.size() - 1 - i] - '0';
-        const int weighted = i % 2 == 0 ? digit : 2 * digit;
-        sum += weighted > 9 ? weighted - 9 : weighted;
-    }
-    return sum % 10 == 0;
-}
 
 std::string masked(std::string_view text)
 {
@@ -119,11 +114,6 @@ std::string masked(std::string_view text)
     return shown;
 }
 
-bool continues_character(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
 void complain(const std::string &message)
 {
     std::string line("qelrcpt: ");
@@ -137,7 +127,7 @@ std::string in_quotes(std::string_view text)
     std::string shown = masked(text.substr(0, longest_seen));
     const bool is_cut = shown.size() > longest || text.size() > longest_seen;
     size_t end = std::min(shown.size(), longest);
-    while (end > 0 && end < shown.size() && continues_character(shown[end]))
+    while (end > 0 && end < shown.size() && is_continuation(shown[end]))
         --end;
     shown = repaired(shown.substr(0, end));
     std::ranges::replace_if(shown, is_control, '?');
@@ -175,7 +165,7 @@ void places::advance_to(size_t offset)
         if (text_[offset_] == '\n') {
             ++line_;
             column_ = 1;
-        } else if (!continues_character(text_[offset_])) {
+        } else if (!is_continuation(text_[offset_])) {
             ++column_;
         }
     }

@@ -40,12 +40,6 @@ void complain(const std::string &message);
 // and the end of a long one left out.
 std::string in_quotes(std::string_view text);
 
-// The check digit of card numbers (ISO/IEC 7812): every second digit from the right counts twice.
-bool has_check_digit(std::string_view digits);
-
-// Whether the byte is one of a UTF-8 character after its first.
-bool continues_character(char byte);
-
 // "a, b or c".
 std::string listed(std::span<const std::string_view> words);
 

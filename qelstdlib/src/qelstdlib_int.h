@@ -35,6 +35,25 @@ constexpr bool is_continuation(char chr) noexcept
     return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80U;
 }
 
+// Takes the bytes at the start of rest for which the condition holds.
+template <typename Condition>
+std::string_view take_while(std::string_view &rest, Condition condition)
+{
+    const auto end = std::ranges::find_if_not(rest, condition);
+    const auto taken = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
+    rest.remove_prefix(taken.size());
+    return taken;
+}
+
+// Without the white space at its ends.
+inline std::string_view trimmed(std::string_view str)
+{
+    take_while(str, is_space);
+    while (!str.empty() && is_space(str.back()))
+        str.remove_suffix(1);
+    return str;
+}
+
 // The number with at least min_digits digits; a negative one is never filled.
 template <typename Int>
 std::string decimal(Int value, std::size_t min_digits)

@@ -1,9 +1,9 @@
+// Texts: what they are compared with, their capitals and their changed copies.
 #include "qelstdlib_int.h"
 
 #include <array>
-#include <cstdarg>
+#include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace
 {
@@ -26,29 +26,6 @@ std::string lowered(std::string_view str)
     std::string lower(str);
     std::ranges::transform(lower, lower.begin(), qel::to_lower);
     return lower;
-}
-
-// Takes the bytes at the start of rest for which the condition holds.
-template <typename Condition>
-std::string_view take_while(std::string_view &rest, Condition condition)
-{
-    const auto end = std::ranges::find_if_not(rest, condition);
-    const auto taken = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
-    rest.remove_prefix(taken.size());
-    return taken;
-}
-
-bool is_sign(char chr)
-{
-    return chr == '+' || chr == '-';
-}
-
-std::string_view trimmed(std::string_view str)
-{
-    take_while(str, qel::is_space);
-    while (!str.empty() && qel::is_space(str.back()))
-        str.remove_suffix(1);
-    return str;
 }
 
 } // namespace
@@ -219,103 +196,6 @@ void Qel_str_upper(char *str) noexcept
     upper_characters(str, end);
 }
 
-namespace
-{
-
-// The number with one more digit, or the greatest number when that is too large.
-std::uint64_t with_digit(std::uint64_t number, char digit)
-{
-    constexpr auto greatest = std::numeric_limits<std::uint64_t>::max();
-    const auto value = static_cast<std::uint64_t>(digit - '0');
-    return number > (greatest - value) / 10 ? greatest : number * 10 + value;
-}
-
-std::int64_t with_sign(std::uint64_t number, bool negative)
-{
-    using limits = std::numeric_limits<std::int64_t>;
-    if (number > static_cast<std::uint64_t>(limits::max()))
-        return negative ? limits::min() : limits::max();
-    const auto value = static_cast<std::int64_t>(number);
-    return negative ? -value : value;
-}
-
-// Takes digits, '.' and digits from the start of rest; either run may be empty.
-struct decimal_parts {
-    std::string_view units;
-    std::string_view decimals;
-
-    explicit decimal_parts(std::string_view &rest) : units(take_while(rest, qel::is_digit))
-    {
-        if (!rest.starts_with('.'))
-            return;
-        rest.remove_prefix(1);
-        decimals = take_while(rest, qel::is_digit);
-    }
-
-    [[nodiscard]] bool is_number() const { return !units.empty() || !decimals.empty(); }
-
-    [[nodiscard]] std::array<char, 2> hundredths() const
-    {
-        std::array<char, 2> two{'0', '0'};
-        decimals.copy(two.data(), two.size());
-        return two;
-    }
-};
-
-} // namespace
-
-int64_t Qel_str_to_int64(const char *str) noexcept
-{
-    std::string_view rest = view(str);
-    take_while(rest, qel::is_space);
-    const bool negative = rest.starts_with('-');
-    if (!rest.empty() && is_sign(rest.front()))
-        rest.remove_prefix(1);
-
-    std::uint64_t number = 0;
-    for (const char digit : take_while(rest, qel::is_digit))
-        number = with_digit(number, digit);
-    return with_sign(number, negative);
-}
-
-int64_t Qel_atofi100(const char *str) noexcept
-{
-    std::string_view rest = view(str);
-    // A '-' put in front of a negative amount makes it positive, with a blank between them too.
-    const std::string_view signs =
-        take_while(rest, [](char chr) { return is_sign(chr) || qel::is_space(chr); });
-    const bool negative = std::ranges::count(signs, '-') % 2 != 0;
-
-    const decimal_parts parts(rest);
-    std::uint64_t number = 0;
-    for (const char digit : parts.units)
-        number = with_digit(number, digit);
-    for (const char digit : parts.hundredths())
-        number = with_digit(number, digit);
-    return with_sign(number, negative);
-}
-
-char *Qel_str_dot_money_out(const char *str) noexcept
-{
-    std::string_view rest = trimmed(view(str));
-    const bool minus = rest.starts_with('-');
-    if (!rest.empty() && is_sign(rest.front()))
-        rest.remove_prefix(1);
-    const decimal_parts parts(rest);
-    if (!parts.is_number() || !rest.empty())
-        return nullptr;
-
-    std::string_view units = parts.units;
-    take_while(units, [](char chr) { return chr == '0'; });
-    const std::array<char, 2> hundredths = parts.hundredths();
-    const bool zero = units.empty() && hundredths == std::array<char, 2>{'0', '0'};
-
-    qel::text_builder money(units.size() + 5); // room for the sign, a 0 and the decimals
-    money.append(minus && !zero ? "-" : "").append(units.empty() ? "0" : units).append('.');
-    money.append({hundredths.data(), hundredths.size()});
-    return money.release();
-}
-
 char *Qel_strdup(const char *str) noexcept
 {
     return str == nullptr ? nullptr : qel::new_text(str);
@@ -323,7 +203,7 @@ char *Qel_strdup(const char *str) noexcept
 
 char *Qel_strdup_trim(const char *str) noexcept
 {
-    return str == nullptr ? nullptr : qel::new_text(trimmed(str));
+    return str == nullptr ? nullptr : qel::new_text(qel::trimmed(str));
 }
 
 char *Qel_strdup_replace_str(const char *str, const char *search, const char *replace) noexcept
@@ -360,159 +240,6 @@ char *Qel_strdup_replace_charset(const char *str, const char *charset, size_t ch
             replaced.push_back(chr);
     }
     return qel::new_text(replaced);
-}
-
-namespace
-{
-
-enum class argument { none, text, integer, natural, natural_two_digits };
-
-struct directive {
-    std::string_view spelling;
-    argument takes;
-};
-
-constexpr directive directives[] = {
-    {"%s", argument::text},      {"%lld", argument::integer},
-    {"%llu", argument::natural}, {"%02llu", argument::natural_two_digits},
-    {"%%", argument::none},
-};
-
-// The directive that the format begins with, or absent.
-const directive *find_directive(std::string_view fmt)
-{
-    if (!fmt.starts_with('%'))
-        return nullptr;
-    const auto *const found = std::ranges::find_if(
-        directives, [&](const directive &known) { return fmt.starts_with(known.spelling); });
-    return found == std::end(directives) ? nullptr : found;
-}
-
-// A va_list that functions can share: passed by itself, it would be spent after the first.
-struct arguments {
-    va_list list;
-};
-
-template <typename Put>
-void put_argument(argument takes, arguments &args, Put &put)
-{
-    switch (takes) {
-    case argument::none:
-        put("%");
-        break;
-    case argument::text:
-        put(view(va_arg(args.list, const char *)));
-        break;
-    case argument::integer:
-        put(qel::decimal(va_arg(args.list, long long), 1));
-        break;
-    case argument::natural:
-        put(qel::decimal(va_arg(args.list, unsigned long long), 1));
-        break;
-    case argument::natural_two_digits:
-        put(qel::decimal(va_arg(args.list, unsigned long long), 2));
-        break;
-    }
-}
-
-// Hands the pieces of the formatted text to put, one after the other.
-template <typename Put>
-void format(const char *fmt, arguments &args, Put &put)
-{
-    std::string_view rest = view(fmt);
-    while (!rest.empty()) {
-        if (const directive *const found = find_directive(rest)) {
-            put_argument(found->takes, args, put);
-            rest.remove_prefix(found->spelling.size());
-            continue;
-        }
-        // Up to the next '%'. One that begins no directive stands for itself.
-        const std::string_view literal = rest.substr(0, rest.find('%', 1));
-        put(literal);
-        rest.remove_prefix(literal.size());
-    }
-}
-
-// Takes what fits into an area of the caller's.
-class bounded_text
-{
-  public:
-    bounded_text(char *area, std::size_t size) : area_(area), max_len_(size - 1) {}
-
-    void operator()(std::string_view piece)
-    {
-        const std::size_t kept = piece.copy(area_ + len_, max_len_ - len_);
-        len_ += kept;
-        if (kept < piece.size() && first_lost_ == '\0')
-            first_lost_ = piece[kept];
-    }
-
-    std::size_t finish()
-    {
-        if (qel::is_continuation(first_lost_))
-            drop_cut_character();
-        area_[len_] = '\0';
-        return len_;
-    }
-
-  private:
-    // Stray bytes that belong to no character are no reason to drop any, nor is one that follows a
-    // whole character.
-    void drop_cut_character()
-    {
-        std::size_t begin = len_;
-        while (begin > 0 && qel::is_continuation(area_[begin - 1]))
-            --begin;
-        if (begin > 0 && len_ - (begin - 1) < char_len(area_[begin - 1]))
-            len_ = begin - 1;
-    }
-
-    // How many bytes a character has that begins so; 1 for what begins none of more.
-    static std::size_t char_len(char lead)
-    {
-        const auto byte = static_cast<unsigned char>(lead);
-        if (byte >= 0xF0U)
-            return 4;
-        if (byte >= 0xE0U)
-            return 3;
-        return byte >= 0xC0U ? 2 : 1;
-    }
-
-    char *area_;
-    std::size_t max_len_;
-    std::size_t len_ = 0;
-    char first_lost_ = '\0';
-};
-
-} // namespace
-
-size_t Qel_snprintf(char *buf, size_t size, const char *fmt, ...) noexcept
-{
-    if (buf == nullptr || size == 0)
-        return 0;
-
-    bounded_text bounded(buf, size);
-    arguments args;
-    va_start(args.list, fmt);
-    format(fmt, args, bounded);
-    va_end(args.list);
-    return bounded.finish();
-}
-
-size_t Qel_asprintf(char **out, const char *fmt, ...) noexcept
-{
-    if (out == nullptr)
-        return 0;
-
-    qel::text_builder text(31);
-    const auto append = [&](std::string_view piece) { text.append(piece); };
-    arguments args;
-    va_start(args.list, fmt);
-    format(fmt, args, append);
-    va_end(args.list);
-    const std::size_t len = text.size();
-    *out = text.release();
-    return len;
 }
 
 void Qel_mem_move(void *dest, const void *src, size_t len) noexcept

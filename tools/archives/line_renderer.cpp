@@ -6,6 +6,8 @@
 #include "writing/render.h"
 #include "writing/safe_text.h"
 
+#include <qel_rcpt_chars.hpp>
+
 #include <algorithm>
 #include <functional>
 #include <new>
@@ -22,9 +24,7 @@ constexpr const char *repeated_members[] = {"ttid", "ordernum"};
 // Of the byte, counted in characters from 1.
 size_t column_of(std::string_view line, size_t offset)
 {
-    const auto before = line.substr(0, offset);
-    return 1 + static_cast<size_t>(std::ranges::count_if(
-                   before, [](char byte) { return !continues_character(byte); }));
+    return 1 + qel_rcpt::width_of(line.substr(0, offset));
 }
 
 std::string_view without_line_break(std::string_view line)

@@ -2,6 +2,7 @@
 #include "reading/decimal.h"
 #include "reading/entries.h"
 
+#include <qel_rcpt_chars.hpp>
 #include <qelstdlib_json.hpp>
 
 #include <cmath>
@@ -34,7 +35,7 @@ std::string found_at(std::string_view text, size_t at)
     if (at >= text.size())
         return "end of the text";
     size_t end = at + 1;
-    while (end < text.size() && continues_character(text[end]))
+    while (end < text.size() && qel_rcpt::is_continuation(text[end]))
         ++end;
     return in_quotes(text.substr(at, end - at));
 }

@@ -1,0 +1,64 @@
+// Bytes and characters of texts, as every part of the library and the command tells them apart.
+#ifndef QEL_RCPT_CHARS_HPP
+#define QEL_RCPT_CHARS_HPP
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace qel_rcpt
+{
+
+constexpr bool is_space(char chr)
+{
+    return chr == ' ' || (chr >= '\t' && chr <= '\r');
+}
+
+constexpr bool is_digit(char chr)
+{
+    return chr >= '0' && chr <= '9';
+}
+
+// A byte that goes on with the character that an earlier byte began.
+constexpr bool is_continuation(char chr)
+{
+    return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80U;
+}
+
+// In characters, as Qel_utf8_cnt counts.
+inline std::size_t width_of(std::string_view text)
+{
+    return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, is_continuation));
+}
+
+constexpr std::string_view trim_front(std::string_view text)
+{
+    while (!text.empty() && is_space(text.front()))
+        text.remove_prefix(1);
+    return text;
+}
+
+constexpr std::string_view trim(std::string_view text)
+{
+    while (!text.empty() && is_space(text.back()))
+        text.remove_suffix(1);
+    return trim_front(text);
+}
+
+// Whether the digits of a number end with its check digit: every second one from the right counts
+// twice (ISO/IEC 7812-1). value_at(i) is the i-th of count digits as a number.
+template <typename ValueAt>
+constexpr bool has_check_digit(std::size_t count, ValueAt value_at)
+{
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const unsigned value = value_at(count - 1 - i);
+        const unsigned weighted = i % 2 == 0 ? value : 2 * value;
+        sum += weighted > 9 ? weighted - 9 : weighted;
+    }
+    return sum % 10 == 0;
+}
+
+} // namespace qel_rcpt
+
+#endif
