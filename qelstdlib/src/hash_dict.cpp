@@ -3,7 +3,6 @@
 
 #include <array>
 #include <bit>
-#include <bitset>
 #include <list>
 #include <memory>
 #include <optional>
@@ -14,6 +13,8 @@ namespace
 {
 
 struct entry {
+    entry(std::string_view its_key, std::string_view its_val) : key(its_key), val(its_val) {}
+
     std::string key;
     std::string val;
     std::size_t hash = 0;
@@ -25,16 +26,56 @@ unsigned char lower_byte(char chr)
     return static_cast<unsigned char>(qel::to_lower(chr));
 }
 
-// The three questions that a dictionary asks about keys; ignore_case is for all of them alike.
+// The three questions that a dictionary asks about keys; ignore_case is for all of them alike. What
+// a look-up in a record does is inline.
 
-struct key_hash {
-    bool ignore_case;
+class key_hash
+{
+  public:
+    explicit key_hash(bool ignore_case) : ignore_case_(ignore_case) {}
 
     std::size_t operator()(std::string_view key) const
     {
-        const qel::key_hasher &hasher = qel::own_hasher();
-        return static_cast<std::size_t>(ignore_case ? hasher.of_lower(key) : hasher(key));
+        return is_quick_ ? static_cast<std::size_t>(quick(key)) : unforeseeable(key);
     }
+
+    // Whether hashes are others from now on, because there are so many keys.
+    bool expect(std::size_t num_keys)
+    {
+        return num_keys > few_keys && std::exchange(is_quick_, false);
+    }
+
+  private:
+    // Among so few keys a look-up stays cheap even where all of them share a hash.
+    static constexpr std::size_t few_keys = 128;
+
+    // Of the first and the last eight bytes, in any case, and the length.
+    static std::uint64_t quick(std::string_view key)
+    {
+        constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U; // 2^64 over the golden ratio
+        constexpr std::uint64_t any_case = 0x2020202020202020U;
+        constexpr std::size_t size = sizeof any_case;
+        std::uint64_t first = 0;
+        std::uint64_t last = 0;
+        if (key.size() < size) {
+            first = qel::read_few(key);
+        } else {
+            first = qel::read_int<std::uint64_t>(key.data());
+            last = qel::read_int<std::uint64_t>(key.data() + key.size() - size);
+        }
+        const std::uint64_t hash =
+            ((first | any_case) * odd ^ std::rotl((last | any_case) + key.size(), 32)) * odd;
+        return hash ^ hash >> 32U; // the lower bits choose the slot
+    }
+
+    [[nodiscard, gnu::noinline]] std::size_t unforeseeable(std::string_view key) const
+    {
+        const qel::key_hasher &hasher = qel::own_hasher();
+        return static_cast<std::size_t>(ignore_case_ ? hasher.of_lower(key) : hasher(key));
+    }
+
+    bool ignore_case_;
+    bool is_quick_ = true;
 };
 
 struct key_equal {
@@ -42,7 +83,13 @@ struct key_equal {
 
     bool operator()(std::string_view a, std::string_view b) const
     {
-        return ignore_case ? std::ranges::equal(a, b, {}, lower_byte, lower_byte) : a == b;
+        return a == b || (ignore_case && are_equal_lowered(a, b));
+    }
+
+  private:
+    [[gnu::noinline]] static bool are_equal_lowered(std::string_view a, std::string_view b)
+    {
+        return std::ranges::equal(a, b, {}, lower_byte, lower_byte);
     }
 };
 
@@ -55,33 +102,6 @@ struct key_less {
             return std::ranges::lexicographical_compare(a, b, {}, lower_byte, lower_byte);
         return a < b; // compares bytes as unsigned
     }
-};
-
-// Tells most of the keys that a dictionary lacks, at a small part of what their hash costs: a
-// record is asked for many more keys than it has. Two bytes of a key, in any case, and its length
-// choose one of 256 marks. Marks are never taken back; without a mark there is no such key.
-class key_marks
-{
-  public:
-    void set(std::string_view key) { marks_[mark(key)] = true; }
-    [[nodiscard]] bool may_have(std::string_view key) const { return marks_[mark(key)]; }
-
-  private:
-    static constexpr std::size_t count = 256;
-
-    static std::size_t mark(std::string_view key)
-    {
-        if (key.empty())
-            return 0;
-        const auto any_case = [&](std::size_t at) -> std::size_t {
-            return static_cast<unsigned char>(key[at]) | 0x20U;
-        };
-        const std::size_t last = any_case(key.size() - 1);
-        const std::size_t middle = any_case(key.size() / 2);
-        return (last * 5 + middle * 29 + key.size() * 17) % count;
-    }
-
-    std::bitset<count> marks_;
 };
 
 // Finds entries by key: slots as many as a power of two, each with one entry or none. An entry
@@ -116,6 +136,12 @@ class key_index
         if (used_ * 100 > slots_.size() * fill_pct_)
             resize(2 * slots_.size());
         put(added);
+    }
+
+    void clear()
+    {
+        used_ = 0;
+        std::ranges::fill(slots_, nullptr);
     }
 
     // Moves the entries behind it up, so that none is cut off from its slot.
@@ -168,7 +194,7 @@ class key_index
 struct Qel_hash_dict {
     explicit Qel_hash_dict(std::uint32_t flags)
         : ignore_case((flags & QEL_HASH_DICT_CASECMP) != 0), sorted(has_sorted_order(flags)),
-          index(key_equal{ignore_case})
+          hash(ignore_case), index(key_equal{ignore_case})
     {
     }
 
@@ -178,24 +204,15 @@ struct Qel_hash_dict {
         return (flags & both) == both;
     }
 
-    [[nodiscard]] std::size_t hash(std::string_view key) const
-    {
-        return key_hash{ignore_case}(key);
-    }
-
-    [[nodiscard]] entry *find(std::string_view key) const
-    {
-        return marks.may_have(key) ? index.find(key, hash(key)) : nullptr;
-    }
+    [[nodiscard]] entry *find(std::string_view key) const { return index.find(key, hash(key)); }
 
     void store(std::string_view key, std::string_view val)
     {
-        const std::size_t key_hash = hash(key);
-        if (entry *const found = index.find(key, key_hash)) {
+        if (entry *const found = find(key)) {
             found->val.assign(val);
             return;
         }
-        entries.push_back({std::string(key), std::string(val), key_hash});
+        entries.emplace_back(key, val);
         add_last_to_index();
     }
 
@@ -203,8 +220,7 @@ struct Qel_hash_dict {
     void take_first(std::list<entry> &source)
     {
         const auto first = source.begin();
-        first->hash = hash(first->key); // this dictionary may compare in another way
-        if (entry *const found = index.find(first->key, first->hash)) {
+        if (entry *const found = find(first->key)) {
             found->val = std::move(first->val);
             source.erase(first);
             return;
@@ -222,15 +238,27 @@ struct Qel_hash_dict {
     bool ignore_case;
     bool sorted;
     std::list<entry> entries;
+    key_hash hash;
     key_index index;
-    key_marks marks;
 
   private:
     void add_last_to_index()
     {
-        entries.back().place = std::prev(entries.end());
-        index.add(entries.back());
-        marks.set(entries.back().key);
+        entry &last = entries.back();
+        last.place = std::prev(entries.end());
+        if (hash.expect(entries.size()))
+            return index_anew();
+        last.hash = hash(last.key);
+        index.add(last);
+    }
+
+    void index_anew()
+    {
+        index.clear();
+        for (entry &each : entries) {
+            each.hash = hash(each.key);
+            index.add(each);
+        }
     }
 };
 
@@ -256,24 +284,25 @@ bool Qel_hash_dict_insert(Qel_hash_dict_t *dict, const char *key, const char *va
 
 bool Qel_hash_dict_get(const Qel_hash_dict_t *dict, const char *key, const char **val) noexcept
 {
-    const entry *const found = dict == nullptr || key == nullptr ? nullptr : dict->find(key);
-    if (found == nullptr)
-        return false;
-    if (val != nullptr)
-        *val = found->val.c_str();
-    return true;
+    const char *const found = Qel_hash_dict_get_direct(dict, key);
+    if (found != nullptr && val != nullptr)
+        *val = found;
+    return found != nullptr;
 }
 
 const char *Qel_hash_dict_get_direct(const Qel_hash_dict_t *dict, const char *key) noexcept
 {
-    return Qel_hash_dict_get_direct_default(dict, key, nullptr);
+    if (dict == nullptr || key == nullptr)
+        return nullptr;
+    const entry *const found = dict->find(key);
+    return found == nullptr ? nullptr : found->val.c_str();
 }
 
 const char *Qel_hash_dict_get_direct_default(const Qel_hash_dict_t *dict, const char *key,
                                              const char *def) noexcept
 {
-    const char *val = nullptr;
-    return Qel_hash_dict_get(dict, key, &val) ? val : def;
+    const char *const found = Qel_hash_dict_get_direct(dict, key);
+    return found == nullptr ? def : found;
 }
 
 bool Qel_hash_dict_remove(Qel_hash_dict_t *dict, const char *key) noexcept

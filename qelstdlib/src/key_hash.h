@@ -24,6 +24,50 @@ struct hash_salt {
     static hash_salt of_process();
 };
 
+// The first byte has the lowest place on every machine.
+template <typename Int>
+Int read_int(const char *bytes)
+{
+    Int value = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&value, bytes, sizeof value);
+    } else {
+        for (std::size_t i = sizeof value; i > 0; --i)
+            value = static_cast<Int>(value << 8U) | static_cast<unsigned char>(bytes[i - 1]);
+    }
+    return value;
+}
+
+// Up to seven bytes of a text that has no more, the first of them in the lowest place.
+inline std::uint64_t read_few(std::string_view str)
+{
+    const char *const end = str.data() + str.size();
+    if (str.empty())
+        return 0;
+    // What is read twice stands in the same place both times.
+    constexpr std::size_t half = sizeof(std::uint32_t);
+    if (str.size() >= half)
+        return read_int<std::uint32_t>(str.data()) |
+               std::uint64_t{read_int<std::uint32_t>(end - half)} << (8 * (str.size() - half));
+    const auto byte = [&](std::size_t at) {
+        return std::uint64_t{static_cast<unsigned char>(str[at])} << (8 * at);
+    };
+    return byte(0) | byte(str.size() / 2) | byte(str.size() - 1);
+}
+
+// ASCII capitals in lower case, eight bytes at once: adding to the lower seven bits of each carries
+// into its top bit for those from 'A' on, and for those after 'Z'.
+inline std::uint64_t lower_bytes(std::uint64_t bytes)
+{
+    constexpr std::uint64_t each = 0x0101010101010101U;
+    constexpr std::uint64_t top = 0x80 * each;
+    const std::uint64_t low = bytes & ~top;
+    const std::uint64_t from_a = low + (0x80 - 'A') * each;
+    const std::uint64_t after_z = low + (0x7F - 'Z') * each;
+    const std::uint64_t capitals = (from_a ^ after_z) & ~bytes & top;
+    return bytes | capitals >> 2U;
+}
+
 // SipHash by Aumasson and Bernstein ("SipHash: a fast short-input PRF", 2012) with the given rounds
 // for each word and at the end. Without its salt nobody can make texts that share a hash, or a part
 // of one, other than by chance.
@@ -40,7 +84,10 @@ class sip_hasher
     std::uint64_t operator()(std::string_view key) const { return hashed(key, std::identity()); }
 
     // The hash of the key with its ASCII capitals in lower case.
-    [[nodiscard]] std::uint64_t of_lower(std::string_view key) const { return hashed(key, lower); }
+    [[nodiscard]] std::uint64_t of_lower(std::string_view key) const
+    {
+        return hashed(key, lower_bytes);
+    }
 
   private:
     using word = std::uint64_t;
@@ -85,57 +132,19 @@ class sip_hasher
         state taking = start_;
         const std::size_t whole = key.size() / sizeof(word) * sizeof(word);
         for (std::size_t at = 0; at < whole; at += sizeof(word))
-            taking.take(change(read<word>(key.data() + at)));
+            taking.take(change(read_int<word>(key.data() + at)));
         taking.take(change(rest(key)) | static_cast<word>(key.size()) << 56U);
         return taking.finish();
     }
 
-    // Up to seven bytes after the last whole word, the first of them in the lowest place.
+    // Up to seven bytes after the last whole word.
     static word rest(std::string_view key)
     {
         const std::size_t count = key.size() % sizeof(word);
-        const char *const end = key.data() + key.size();
-        if (count == 0)
-            return 0;
-        if (key.size() >= sizeof(word))
-            return read<word>(end - sizeof(word)) >> (8 * (sizeof(word) - count));
-
-        // No whole word to read: what is read twice stands in the same place both times.
-        constexpr std::size_t half = sizeof(std::uint32_t);
-        if (count >= half)
-            return read<std::uint32_t>(end - count) | word{read<std::uint32_t>(end - half)}
-                                                          << (8 * (count - half));
-        const auto byte = [&](std::size_t at) {
-            return word{static_cast<unsigned char>(key[at])} << (8 * at);
-        };
-        return byte(0) | byte(count / 2) | byte(count - 1);
-    }
-
-    // The first byte has the lowest place on every machine.
-    template <typename Int>
-    static Int read(const char *bytes)
-    {
-        Int value = 0;
-        if constexpr (std::endian::native == std::endian::little) {
-            std::memcpy(&value, bytes, sizeof value);
-        } else {
-            for (std::size_t i = sizeof value; i > 0; --i)
-                value = static_cast<Int>(value << 8U) | static_cast<unsigned char>(bytes[i - 1]);
-        }
-        return value;
-    }
-
-    // Eight bytes at once: adding to the lower seven bits of each carries into its top bit for
-    // those from 'A' on, and for those after 'Z'.
-    static word lower(word bytes)
-    {
-        constexpr word each = 0x0101010101010101U;
-        constexpr word top = 0x80 * each;
-        const word low = bytes & ~top;
-        const word from_a = low + (0x80 - 'A') * each;
-        const word after_z = low + (0x7F - 'Z') * each;
-        const word capitals = (from_a ^ after_z) & ~bytes & top;
-        return bytes | capitals >> 2U;
+        if (count == 0 || key.size() < sizeof(word))
+            return read_few(key.substr(0, count));
+        return read_int<word>(key.data() + key.size() - sizeof(word)) >>
+               (8 * (sizeof(word) - count));
     }
 
     state start_;
