@@ -16,6 +16,16 @@
 namespace formats
 {
 
+// Where a program has no threads, the C++ library has no locks.
+#if defined(_LIBCPP_HAS_NO_THREADS) || (defined(_LIBCPP_HAS_THREADS) && !_LIBCPP_HAS_THREADS)
+struct memory_lock {
+    void lock() {}
+    void unlock() {}
+};
+#else
+using memory_lock = std::mutex;
+#endif
+
 // Holds the nodes of a tree with their texts, one behind the other. They go all at once, when the
 // last of those that have a share has given it up: the tree's root, and each node that was taken
 // out of it since. Several threads may hold one each.
@@ -91,7 +101,7 @@ class alignas(std::max_align_t) tree_memory
     {
         if (shares_ == 1)
             return taken(rounded(size));
-        const std::lock_guard lock(mutex_);
+        const std::lock_guard held(lock_);
         return taken(rounded(size));
     }
 
@@ -119,7 +129,7 @@ class alignas(std::max_align_t) tree_memory
     std::atomic<std::size_t> shares_ = 1;
     std::atomic<bool> has_guests_ = false;
     std::atomic<bool> has_waste_ = false;
-    std::mutex mutex_; // while there are several shares
+    memory_lock lock_; // while there are several shares
 };
 
 } // namespace formats
