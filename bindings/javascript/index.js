@@ -1,0 +1,165 @@
+// Receipts of card transactions: what the package offers. README.md describes it.
+
+import { documentOf } from './src/documents.js';
+import { call, decode, load as loadModule } from './src/module.js';
+import { optionsOf, prepare, settingsForPrinting } from './src/options.js';
+import { appendTexts, indexOfByte, refuseNul } from './src/record.js';
+
+export { optionsOf };
+
+const SEVERITIES = ['note', 'warning', 'error'];
+const FINDING_TEXTS = 7;
+const PRINTED_NUMBERS = 4;
+const NO_COPY = 1; // a fault of printing
+
+// The option that is at fault when a receipt cannot be printed; the others are the receipt's.
+const OPTIONS_AT_FAULT = { 4: 'printer.codePage', 5: 'width', 6: 'printer.logo', 7: 'printer.qr' };
+
+export function load(source = new URL('./qelrcpt.wasm', import.meta.url)) {
+  return loadModule(() => source, globalThis.crypto);
+}
+
+class Copy {
+  #layout;
+
+  constructor(name, blocks, layout) {
+    this.name = name;
+    this.blocks = blocks;
+    this.#layout = layout;
+  }
+
+  block(name) {
+    return this.blocks.find((block) => block.name === name)?.text;
+  }
+
+  get text() {
+    return documentOf([this], this.#layout);
+  }
+}
+
+class Receipt {
+  #layout;
+
+  constructor(isApproved, customer, merchant, layout) {
+    this.form = layout.form;
+    this.approved = isApproved;
+    this.customer = customer;
+    this.merchant = merchant;
+    this.#layout = layout;
+  }
+
+  get copies() {
+    return [this.customer, this.merchant].filter((copy) => copy !== undefined);
+  }
+
+  get text() {
+    return documentOf(this.copies, this.#layout);
+  }
+}
+
+// Runs an operation on a record. Everything of the record is read before the module is called, so that
+// a getter may do what it likes.
+function run(operation, prepared, settings, record, read) {
+  const { heads } = prepared;
+  const texts = heads.slice();
+  appendTexts(texts, record);
+  const used = settings.slice();
+  used[0] = texts.length;
+  const result = call(operation, used, texts, (bytes, module) => read(bytes, texts, module));
+  if (result === undefined) refuseNul(texts, heads.length);
+  return result;
+}
+
+function textsOf(bytes) {
+  return decode(bytes).split('\0');
+}
+
+function readReceipt(bytes, layout) {
+  const [approved, ...texts] = textsOf(bytes);
+  const blocks = { cust: [], merch: [] };
+  for (let i = 0; i + 1 < texts.length; i += 2) {
+    const mark = texts[i].indexOf('_');
+    blocks[texts[i].slice(0, mark)].push({ name: texts[i].slice(mark + 1), text: texts[i + 1] });
+  }
+  const copyOf = (name, parts) => (parts.length === 0 ? undefined : new Copy(name, parts, layout));
+  const customer = copyOf('customer', blocks.cust);
+  return new Receipt(approved === '1', customer, copyOf('merchant', blocks.merch), layout);
+}
+
+function readFindings(bytes, record) {
+  const texts = textsOf(bytes);
+  const findings = [];
+  for (let i = 0; i + FINDING_TEXTS <= texts.length; i += FINDING_TEXTS) {
+    const [severity, rule, key, offset, message, source, date] = texts.slice(i, i + FINDING_TEXTS);
+    const finding = { severity: SEVERITIES[severity], rule, key, message };
+    if (offset !== '') finding.offset = indexOfByte(record.get(key), Number(offset));
+    if (source !== '') Object.assign(finding, { source, date });
+    findings.push(finding);
+  }
+  return findings;
+}
+
+function refusePrinting(fault, module, columns) {
+  const option = OPTIONS_AT_FAULT[fault];
+  const begin = option === undefined ? '' : `${option}: `;
+  const width = option === 'width' ? `${columns} columns: ` : '';
+  throw new TypeError(begin + width + module.textAt(module.exports.print_fault(fault)));
+}
+
+function readPrinted(bytes, module, { form, paperWidth }) {
+  const printed = { form, customer: undefined, merchant: undefined };
+  const numbers = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+  let at = 0;
+  for (const name of ['customer', 'merchant']) {
+    const number = (index) => numbers.getUint32(at + index * 4, true);
+    const [fault, length, replaced, hasBarcode] = [number(0), number(1), number(2), number(3)];
+    at += PRINTED_NUMBERS * 4;
+    if (fault === NO_COPY) continue;
+    if (fault !== 0) refusePrinting(fault, module, paperWidth);
+    printed[name] = { bytes: bytes.slice(at, at + length), replaced, hasBarcode: hasBarcode !== 0 };
+    at += length;
+  }
+  return printed;
+}
+
+export class Renderer {
+  #prepared;
+
+  constructor(options) {
+    this.#prepared = prepare(options);
+  }
+
+  render(record) {
+    const prepared = this.#prepared;
+    return run('render', prepared, prepared.settings, record, (bytes) => readReceipt(bytes, prepared));
+  }
+
+  check(record) {
+    const prepared = this.#prepared;
+    return run('check', prepared, prepared.settings, record, (bytes, texts) => {
+      const values = new Map();
+      for (let i = prepared.heads.length; i < texts.length; i += 2) values.set(texts[i], texts[i + 1]);
+      return readFindings(bytes, values);
+    });
+  }
+
+  print(record) {
+    const prepared = this.#prepared;
+    if (!prepared.isText) throw new TypeError(`form: '${prepared.form}' is for no printer, expected plain, moneris or moneris-ecomm`);
+    return run('print', prepared, settingsForPrinting(prepared), record, (bytes, texts, module) =>
+      readPrinted(bytes, module, prepared),
+    );
+  }
+}
+
+export function render(record, options) {
+  return new Renderer(options).render(record);
+}
+
+export function check(record, options) {
+  return new Renderer(options).check(record);
+}
+
+export function print(record, options) {
+  return new Renderer(options).print(record);
+}

@@ -1,0 +1,117 @@
+// From an object to the texts of a record.
+
+const MOST_LEVELS = 512; // of JSON that the library reads
+const DOCUMENTS = new Set(['line_items', 'moneris_rcpt_data']); // the keys that hold JSON
+const LONE_SURROGATE = /\p{Surrogate}/u;
+
+export function quoted(text) {
+  return `'${text}'`;
+}
+
+function refuse(key, what) {
+  throw new TypeError(`${quoted(key)} ${what}`);
+}
+
+// Decimal text without an exponent.
+function decimal(number) {
+  const text = String(number);
+  const mark = text.indexOf('e');
+  if (mark < 0) return text;
+  const sign = text.startsWith('-') ? '-' : '';
+  const [units, decimals = ''] = text.slice(sign.length, mark).split('.');
+  const point = units.length + Number(text.slice(mark + 1));
+  const digits = units + decimals;
+  if (point <= 0) return `${sign}0.${'0'.repeat(-point)}${digits}`;
+  return sign + digits.padEnd(point, '0');
+}
+
+export function isPlainObject(value) {
+  if (typeof value !== 'object' || value === null) return false;
+  const prototype = Object.getPrototypeOf(value);
+  // The second for objects of another window or context.
+  return prototype === null || Object.getPrototypeOf(prototype) === null;
+}
+
+export function kindOf(value) {
+  if (value === null || value === undefined) return String(value);
+  if (Array.isArray(value)) return 'an array';
+  if (typeof value !== 'object') return `a ${typeof value}`;
+  return isPlainObject(value) ? 'an object' : `an object of ${Object.prototype.toString.call(value).slice(8, -1)}`;
+}
+
+// The text of what is no object; undefined for what has none.
+function scalar(value, key) {
+  switch (typeof value) {
+    case 'string':
+      return value;
+    case 'number':
+      if (!Number.isFinite(value)) refuse(key, `holds ${value}, expected a finite number`);
+      return decimal(value);
+    case 'bigint':
+    case 'boolean':
+      return String(value);
+    default:
+      return undefined;
+  }
+}
+
+// JSON in which numbers and booleans are texts, as the library wants them.
+function json(value, key, level) {
+  if (value === null || value === undefined) return 'null';
+  const text = scalar(value, key);
+  if (text !== undefined) {
+    if (LONE_SURROGATE.test(text)) refuse(key, 'holds half of a surrogate pair');
+    return JSON.stringify(text);
+  }
+  const isArray = Array.isArray(value);
+  if (!isArray && !isPlainObject(value))
+    refuse(key, `holds ${kindOf(value)}, expected texts, numbers, booleans, arrays and plain objects`);
+  if (level > MOST_LEVELS) refuse(key, `is nested too deeply, expected at most ${MOST_LEVELS} levels`);
+  if (isArray) return `[${Array.from(value, (element) => json(element, key, level + 1)).join(',')}]`;
+  const members = Object.keys(value)
+    .filter((name) => value[name] !== undefined)
+    .map((name) => {
+      if (LONE_SURROGATE.test(name)) refuse(key, 'holds half of a surrogate pair');
+      return `${JSON.stringify(name)}:${json(value[name], key, level + 1)}`;
+    });
+  return `{${members.join(',')}}`;
+}
+
+function textOf(value, key) {
+  const text = scalar(value, key);
+  if (text !== undefined) return text;
+  if (DOCUMENTS.has(key)) return json(value, key, 1);
+  return refuse(key, `is ${kindOf(value)}, expected a text, a number, true or false`);
+}
+
+// The keys of a record, each with its value behind it. Throws a TypeError that names the key.
+export function appendTexts(texts, record) {
+  if (!isPlainObject(record)) throw new TypeError(`the record is ${kindOf(record)}, expected a plain object`);
+  for (const key of Object.keys(record)) {
+    const value = record[key];
+    if (value === null || value === undefined) continue;
+    const text = typeof value === 'string' ? value : textOf(value, key);
+    if (LONE_SURROGATE.test(key) || LONE_SURROGATE.test(text)) refuse(key, 'holds half of a surrogate pair');
+    texts.push(key, text);
+  }
+}
+
+// Says which key has a NUL, where one has.
+export function refuseNul(texts, from) {
+  for (let i = from; i < texts.length; i += 2) {
+    if (`${texts[i]}${texts[i + 1]}`.includes('\0')) refuse(texts[i].replaceAll('\0', '\\0'), 'holds a NUL character');
+  }
+}
+
+// Where a place in bytes of UTF-8 is in the text, in UTF-16 units.
+export function indexOfByte(text, offset) {
+  let bytes = 0;
+  let index = 0;
+  for (const character of text) {
+    if (bytes >= offset) break;
+    const code = character.codePointAt(0);
+    bytes += code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+    index += character.length;
+  }
+  return index;
+}
