@@ -112,7 +112,7 @@ void check_sums(const std::vector<std::string> &amounts, const Qel_rcpt_attrs_t 
         Qel_hash_dict_insert(record.get(), keys[i], amounts[i].c_str());
         values[i] = hundredths(amounts[i]);
     }
-    const auto [amount, tip, tax, cashback, fee, discount, tip_on_top, authorised] = values;
+    const auto [amount, tip, tax, cashback, fee, discount, tip_on_top, authorized] = values;
 
     char *const subtotal = Qel_rcpt_format_subtotal(record.get(), &attrs);
     char *const total = Qel_rcpt_format_total_amount(record.get(), &attrs);
@@ -128,7 +128,7 @@ void check_sums(const std::vector<std::string> &amounts, const Qel_rcpt_attrs_t 
         require(!exact || shown_total == amount + tip_on_top, "the total is all");
     }
     if (char *const due = Qel_rcpt_format_amount_due(record.get(), &attrs)) {
-        const sum left = std::min<sum>(sum{amount} - authorised, limits::max());
+        const sum left = std::min<sum>(sum{amount} - authorized, limits::max());
         require(left > 0 && shown_hundredths(due, attrs) == left, "what is due is what is left");
     }
     Qel_free(Qel_rcpt_format_authamount(record.get(), &attrs));

@@ -96,7 +96,7 @@ class subject
     }
 
     [[nodiscard]] const char *action() const { return action_; }  // absent without one
-    [[nodiscard]] bool is_payment() const { return is_payment_; } // a sale or an authorisation
+    [[nodiscard]] bool is_payment() const { return is_payment_; } // a sale or an authorization
     [[nodiscard]] outcome result() const { return outcome_; }
     [[nodiscard]] bool is_approved() const { return outcome_ == outcome::approved; }
     [[nodiscard]] bool is_cash() const { return is("cardtype", "cash"); }

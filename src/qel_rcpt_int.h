@@ -215,7 +215,7 @@ QEL_API const char *Qel_rcpt_get_pin_status(const Qel_hash_dict_t *kvs,
                                             Qel_rcpt_lang_t lang) QEL_NOEXCEPT;
 
 /* The issuer's and the server's response code, joined by '/' when there are both; without either,
- * the EMV authorisation response code of an offline decision (Y3, Z1 or Z3). */
+ * the EMV authorization response code of an offline decision (Y3, Z1 or Z3). */
 QEL_API char *Qel_rcpt_get_respcode(const Qel_hash_dict_t *kvs) QEL_NOEXCEPT;
 
 /* The account of an Interac debit card: a message, or rcpt_acct_type itself. */

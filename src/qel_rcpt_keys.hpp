@@ -136,7 +136,7 @@ inline constexpr record_key record_keys[] = {
      "SPRING"},
     {"ttid", key_group::transaction, key_kind::text, key_readers::general_and_store,
      "the server's transaction number", "", "20417"},
-    {"auth", key_group::transaction, key_kind::text, key_readers::all, "authorisation code", "",
+    {"auth", key_group::transaction, key_kind::text, key_readers::all, "authorization code", "",
      "083261"},
     {"batch", key_group::transaction, key_kind::text, key_readers::general, "batch number", "",
      "118"},
@@ -156,7 +156,7 @@ inline constexpr record_key record_keys[] = {
      "the text itself.",
      "27.40"},
     {"authamount", key_group::amounts, key_kind::amount, key_readers::general_and_store,
-     "what the issuer authorised, when it is less than the amount",
+     "what the issuer authorized, when it is less than the amount",
      "With an approval, *any* value (also the full amount) reads \"Transaction Partially "
      "Approved\": give it only after a partial approval. M shows that line even when the "
      "transaction was declined. Rows appear when it is neither zero nor the whole amount; the "

@@ -122,7 +122,7 @@ bool was_host_out_of_reach(const Qel_hash_dict_t *kvs)
            orig_is(kvs, outcome_phard_code, "NOREPLY");
 }
 
-// The EMV authorisation response code of a transaction that was decided without the host.
+// The EMV authorization response code of a transaction that was decided without the host.
 char *Qel_rcpt_get_respcode_offline(const Qel_hash_dict_t *kvs)
 {
     if (!is_payment_action(kvs))

@@ -249,7 +249,7 @@ TEST(MonerisInStore, Money)
          {"amount:12,examount:2,u_tip:9", "AMOUNT:_$10.00|TIP:_$2.00|TOTAL:_$21.00"},
          {"amount:12,u_tip:1.50", "AMOUNT:_$12.00|TIP:_$1.50|TOTAL:_$13.50"},
          {"amount:12,examount:,u_tip:1.50", "AMOUNT:_$12.00|TOTAL:_$13.50"},
-         // what was authorised
+         // what was authorized
          {"amount:50,authamount:30",
           "AMOUNT:_$50.00|PARTIALLY APPROVED:_$30.00|AMOUNT DUE:_$20.00|TOTAL:_$50.00"},
          {"amount:50,authamount:60", "AMOUNT:_$50.00|PARTIALLY APPROVED:_$60.00|TOTAL:_$50.00"},
@@ -284,7 +284,7 @@ TEST(MonerisInStore, Disposition)
          {"u_errorcode:EMV_CARD_DENY,u_flowflags:x REVERSED", declined_online},
          {"reversal_reason:CARDDECLINE", declined},
          {"offline_decline:carddecline", declined},
-         // how the card was read counts when the transaction was authorised, in that very word
+         // how the card was read counts when the transaction was authorized, in that very word
          {"code:success,rcpt_emv_cvm:pin,rcpt_entry_mode:f", approved},
          // a chip that does not work, and a partial approval, whatever the outcome
          {"code:deny,u_emv_chip_malfunction:yes",

@@ -137,7 +137,7 @@ by scheme, country and acquirer, and change; the acquirer has the last word.** A
 is no certificate, and a finding may be one that your acquirer does not ask about: `--no-rule NAME` leaves
 it out. The rules without a source are this library's own: what it would leave out, cut or misread.
 
-The general forms are plain text, HTML, XML and JSON. A payment is a sale or an authorisation.
+The general forms are plain text, HTML, XML and JSON. A payment is a sale or an authorization.
 )";
 
 constexpr std::pair<Qel_rcpt_rule_group_t, std::string_view> rule_headings[] = {
