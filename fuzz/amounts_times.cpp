@@ -10,6 +10,8 @@
 namespace
 {
 
+__extension__ using wide = __int128; // no sum of amounts leaves it
+
 using fuzz::require;
 using limits = std::numeric_limits<std::int64_t>;
 
@@ -32,8 +34,8 @@ std::int64_t hundredths(std::string_view text)
         negative ^= text.front() == '-';
         text.remove_prefix(1);
     }
-    constexpr __int128 limit = __int128{1} << 100U;
-    __int128 value = 0;
+    constexpr wide limit = wide{1} << 100U;
+    wide value = 0;
     const auto add = [&](char digit) { value = std::min(value * 10 + (digit - '0'), limit); };
     for (; !text.empty() && is_digit(text.front()); text.remove_prefix(1))
         add(text.front());
@@ -44,7 +46,7 @@ std::int64_t hundredths(std::string_view text)
         text.remove_prefix(has_digit ? 1 : text.size());
     }
     value = negative ? -value : value;
-    return static_cast<std::int64_t>(std::clamp<__int128>(value, limits::min(), limits::max()));
+    return static_cast<std::int64_t>(std::clamp<wide>(value, limits::min(), limits::max()));
 }
 
 // Whether the text is an amount in its own form: -?digits.dd, no zeros in front.
@@ -89,7 +91,7 @@ std::int64_t shown_hundredths(const char *new_text, const Qel_rcpt_attrs_t &attr
     return hundredths(text);
 }
 
-using sum = __int128;
+using sum = wide;
 
 // Whether sums are exact: far from the ends of the range, and every amount is the same with a '-'
 // put in front, which it is not when it is cut at 30 characters or begins with white space.

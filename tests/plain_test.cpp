@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
-#include <random>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -274,77 +273,6 @@ TEST(PlainLayout, TakesAbsentArguments)
     EXPECT_TRUE(page.written().empty());
     left(&page.info, "text", page.list());
     Qel_rcpt_plain_add_block(&page.info, "name", page.list()); // into no dictionary
-}
-
-// Generated texts
-
-enum class bytes { valid, broken };
-
-std::string generated_text(std::mt19937 &random, bytes kind)
-{
-    static constexpr std::string_view pieces[] = {
-        "a",   "word", "é",  "€€",         "\U0001F37A", "naïveté", "longestwordofthemall",
-        " ",   "  ",   "\t", "          ", "\n",         "\x80",    "\xE2\x82",
-        "\xFF"};
-    const std::size_t choices = std::size(pieces) - (kind == bytes::valid ? 3 : 0);
-    std::string text;
-    for (auto count = random() % 24; count > 0; --count)
-        text += pieces[random() % choices];
-    return text;
-}
-
-std::string visible(std::string_view text)
-{
-    std::string kept;
-    std::ranges::copy_if(text, std::back_inserter(kept), [](char chr) {
-        return std::string_view(" \t\n").find(chr) == std::string_view::npos;
-    });
-    return kept;
-}
-
-std::string visible(const lines &all)
-{
-    std::string kept;
-    for (const std::string &line : all)
-        kept += visible(line);
-    return kept;
-}
-
-// No line is too wide, and none begins inside a character of a valid text.
-void expect_whole(const lines &all, std::size_t width, bytes kind)
-{
-    for (const std::string &line : all) {
-        EXPECT_LE(Qel_utf8_cnt(line.c_str()), width);
-        const char first = line[line.find_first_not_of(' ')];
-        EXPECT_FALSE(kind == bytes::valid && (first & 0xC0) == 0x80);
-    }
-}
-
-TEST(PlainLayout, KeepsEveryCharacterInsideTheLines)
-{
-    std::mt19937 random(20240123);
-    for (int round = 0; round < 4000 && !HasFailure(); ++round) {
-        const bytes kind = round % 2 == 0 ? bytes::valid : bytes::broken;
-        const std::size_t width = 1 + random() % 40;
-        std::array<std::string, 4> texts;
-        for (std::string &text : texts)
-            text = random() % 4 == 0 ? "" : generated_text(random, kind);
-        SCOPED_TRACE(testing::Message() << width << " columns: " << testing::PrintToString(texts));
-
-        const auto &[left_label, left_text, right_label, right_text] = texts;
-        const lines sides = formatted(width, {left_label.c_str(), left_text.c_str(),
-                                              right_label.c_str(), right_text.c_str()});
-        expect_whole(sides, width, kind);
-        const std::string seen_left = visible(left_text);
-        const std::string seen_right = visible(right_text);
-        EXPECT_EQ(visible(sides), (seen_left.empty() ? "" : visible(left_label)) + seen_left +
-                                      (seen_right.empty() ? "" : visible(right_label)) +
-                                      seen_right);
-
-        const lines centred = formatted(center, width, left_text.c_str());
-        expect_whole(centred, width, kind);
-        EXPECT_EQ(visible(centred), seen_left);
-    }
 }
 
 std::string repeated(std::string_view piece, std::size_t count)

@@ -445,67 +445,6 @@ TEST(Dict, Merge)
     EXPECT_EQ(none, dict.get());
 }
 
-// A dictionary as a plain list of pairs; its keys hold letters only.
-struct model {
-    std::uint32_t flags;
-    pair_list pairs{};
-
-    std::string folded(std::string key) const
-    {
-        for (char &chr : key)
-            chr = (flags & QEL_HASH_DICT_CASECMP) != 0 ? static_cast<char>(chr | 0x20) : chr;
-        return key;
-    }
-    void insert(const std::string &key, const std::string &val)
-    {
-        for (auto &pair : pairs)
-            if (folded(pair.first) == folded(key)) {
-                pair.second = val;
-                return;
-            }
-        pairs.emplace_back(key, val);
-    }
-    bool remove(const std::string &key)
-    {
-        return std::erase_if(pairs, [&](auto &pair) { return folded(pair.first) == folded(key); }) >
-               0;
-    }
-    pair_list walk() const
-    {
-        pair_list ordered = pairs;
-        if ((flags & 24U) == 24U)
-            std::ranges::sort(ordered, {}, [&](const auto &pair) { return folded(pair.first); });
-        return ordered;
-    }
-};
-
-TEST(Dict, BehavesAsAListOfPairs)
-{
-    generator random;
-    for (const std::uint32_t flags : {0U, 1U, 8U, 9U, 24U, 25U}) {
-        model expected{flags};
-        const qel::dict dict = make_dict(flags, {});
-        for (int round = 0; round < 500; ++round) {
-            const std::string key = random.text({"a", "B", "b", "C"}, 3);
-            const std::string val = std::to_string(round);
-            const std::size_t action = random.below(8);
-            if (action < 4) {
-                Qel_hash_dict_insert(dict.get(), key.c_str(), val.c_str());
-                expected.insert(key, val);
-            } else if (action < 7) {
-                ASSERT_EQ(Qel_hash_dict_remove(dict.get(), key.c_str()), expected.remove(key));
-            } else {
-                const pair_list more{{key, val}, {"B" + key, "y"}, {key + "a", "z"}};
-                Qel_hash_dict_t *dest = dict.get();
-                Qel_hash_dict_merge(&dest, make_dict(0, more).release());
-                for (const auto &[more_key, more_val] : more)
-                    expected.insert(more_key, more_val);
-            }
-            ASSERT_EQ(contents(dict), expected.walk()) << "flags " << flags;
-        }
-    }
-}
-
 TEST(Dict, Deserialize)
 {
     const std::pair<const char *, pair_list> rows[] = {
@@ -529,29 +468,6 @@ TEST(Dict, Deserialize)
     const qel::dict start(Qel_hash_dict_deserialize("a:1,b:2", 3, ',', ':', '"', '"', 1));
     EXPECT_EQ(contents(start), (pair_list{{"a", "1"}}));
     EXPECT_STREQ(Qel_hash_dict_get_direct(start.get(), "A"), "1");
-}
-
-std::string quoted(const std::string &text, char escape)
-{
-    const std::string escaped{escape, '"'};
-    return '"' + taken(Qel_strdup_replace_str(text.c_str(), "\"", escaped.c_str())) + '"';
-}
-
-TEST(Dict, QuotedTextSurvivesDeserialize)
-{
-    generator random;
-    for (int round = 0; round < 1000; ++round) {
-        const char escape = round % 2 == 0 ? '"' : '\\';
-        model expected{0};
-        std::string text;
-        for (std::size_t left = random.below(5); left > 0; --left) {
-            const std::string key = random.text({"k", ",", ":", "\"", " "}, 4);
-            const std::string val = random.text({"v", ",", ":", "\"", "é"}, 6);
-            text.append(quoted(key, escape)).append(":").append(quoted(val, escape)).append(",");
-            expected.insert(key, val);
-        }
-        ASSERT_EQ(contents(parse_pairs(text, escape)), expected.pairs) << text;
-    }
 }
 
 TEST(U64Table, KeepsTheLastText)
