@@ -139,14 +139,13 @@ class plain_block final : private line_sink
     void add_line(std::size_t indent, std::string_view left, std::size_t gap,
                   std::string_view right) override
     {
-        if (has_lines_)
-            text_.append(line_break_);
-        if (indent > 0)
-            text_.append(indent, ' ');
-        text_.append(left);
-        if (gap > 0)
-            text_.append(gap, ' ');
-        text_.append(right);
+        const std::string_view before = has_lines_ ? line_break_ : std::string_view();
+        const std::size_t begin = text_.size();
+        text_.append(before.size() + indent + left.size() + gap + right.size(), ' ');
+        char *place = text_.data() + begin;
+        place += before.copy(place, before.size()) + indent;
+        place += left.copy(place, left.size()) + gap;
+        right.copy(place, right.size());
         has_lines_ = true;
     }
 

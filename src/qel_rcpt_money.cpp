@@ -6,6 +6,7 @@
 #include <charconv>
 #include <limits>
 #include <span>
+#include <string>
 
 using qel_rcpt::get;
 using qel_rcpt::money_term;
@@ -124,10 +125,11 @@ char *Qel_rcpt_format_money(const char *amount, const Qel_rcpt_attrs_t *attrs) n
     else
         *dot = style.currency_dec;
 
-    char *money = nullptr;
-    Qel_asprintf(&money, "%s%s%s", style.csym_right ? "" : style.currency_sym, out.get(),
-                 style.csym_right ? style.currency_sym : "");
-    return money;
+    const std::string_view symbol = qel::view(style.currency_sym);
+    std::string money;
+    money.append(style.csym_right ? "" : symbol).append(qel::view(out));
+    money.append(style.csym_right ? symbol : "");
+    return Qel_strdup(money.c_str());
 }
 
 char *Qel_rcpt_format_order_subtotal(const Qel_hash_dict_t *kvs,

@@ -1,200 +1,20 @@
-#include "key_hash.h"
+#include "dict_index.h"
 #include "qelstdlib_int.h"
 
 #include <array>
-#include <bit>
 #include <list>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
-namespace
-{
-
-struct entry {
-    entry(std::string_view its_key, std::string_view its_val) : key(its_key), val(its_val) {}
-
-    std::string key;
-    std::string val;
-    std::size_t hash = 0;
-    std::list<entry>::iterator place{}; // its own
-};
-
-unsigned char lower_byte(char chr)
-{
-    return static_cast<unsigned char>(qel::to_lower(chr));
-}
-
-// The three questions that a dictionary asks about keys; ignore_case is for all of them alike. What
-// a look-up in a record does is inline.
-
-class key_hash
-{
-  public:
-    explicit key_hash(bool ignore_case) : ignore_case_(ignore_case) {}
-
-    std::size_t operator()(std::string_view key) const
-    {
-        return is_quick_ ? static_cast<std::size_t>(quick(key)) : unforeseeable(key);
-    }
-
-    // Whether hashes are others from now on, because there are so many keys.
-    bool expect(std::size_t num_keys)
-    {
-        return num_keys > few_keys && std::exchange(is_quick_, false);
-    }
-
-  private:
-    // Among so few keys a look-up stays cheap even where all of them share a hash.
-    static constexpr std::size_t few_keys = 128;
-
-    // Of the first and the last eight bytes, in any case, and the length.
-    static std::uint64_t quick(std::string_view key)
-    {
-        constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U; // 2^64 over the golden ratio
-        constexpr std::uint64_t any_case = 0x2020202020202020U;
-        constexpr std::size_t size = sizeof any_case;
-        std::uint64_t first = 0;
-        std::uint64_t last = 0;
-        if (key.size() < size) {
-            first = qel::read_few(key);
-        } else {
-            first = qel::read_int<std::uint64_t>(key.data());
-            last = qel::read_int<std::uint64_t>(key.data() + key.size() - size);
-        }
-        const std::uint64_t hash =
-            ((first | any_case) * odd ^ std::rotl((last | any_case) + key.size(), 32)) * odd;
-        return hash ^ hash >> 32U; // the lower bits choose the slot
-    }
-
-    [[nodiscard, gnu::noinline]] std::size_t unforeseeable(std::string_view key) const
-    {
-        const qel::key_hasher &hasher = qel::own_hasher();
-        return static_cast<std::size_t>(ignore_case_ ? hasher.of_lower(key) : hasher(key));
-    }
-
-    bool ignore_case_;
-    bool is_quick_ = true;
-};
-
-struct key_equal {
-    bool ignore_case;
-
-    bool operator()(std::string_view a, std::string_view b) const
-    {
-        return a == b || (ignore_case && are_equal_lowered(a, b));
-    }
-
-  private:
-    [[gnu::noinline]] static bool are_equal_lowered(std::string_view a, std::string_view b)
-    {
-        return std::ranges::equal(a, b, {}, lower_byte, lower_byte);
-    }
-};
-
-struct key_less {
-    bool ignore_case;
-
-    bool operator()(std::string_view a, std::string_view b) const
-    {
-        if (ignore_case)
-            return std::ranges::lexicographical_compare(a, b, {}, lower_byte, lower_byte);
-        return a < b; // compares bytes as unsigned
-    }
-};
-
-// Finds entries by key: slots as many as a power of two, each with one entry or none. An entry
-// stands in the slot that its hash names or, where that is taken, in one of the next, with no empty
-// slot between.
-class key_index
-{
-  public:
-    explicit key_index(key_equal equal) : equal_(equal), slots_(fewest_slots) {}
-
-    // Follows a creator's hints within reason: they come from callers and may be anything.
-    void make_room(std::size_t num_keys, std::size_t fill_pct)
-    {
-        constexpr std::size_t most_keys = 4096;
-        fill_pct_ = std::clamp<std::size_t>(fill_pct, 10, 90);
-        const std::size_t wanted = std::min(num_keys, most_keys) * 100 / fill_pct_ + 1;
-        if (wanted > slots_.size())
-            resize(std::bit_ceil(wanted));
-    }
-
-    [[nodiscard]] entry *find(std::string_view key, std::size_t hash) const
-    {
-        std::size_t at = first_slot(hash);
-        while (slots_[at] != nullptr && !(slots_[at]->hash == hash && equal_(slots_[at]->key, key)))
-            at = next_slot(at);
-        return slots_[at];
-    }
-
-    void add(entry &added)
-    {
-        ++used_;
-        if (used_ * 100 > slots_.size() * fill_pct_)
-            resize(2 * slots_.size());
-        put(added);
-    }
-
-    void clear()
-    {
-        used_ = 0;
-        std::ranges::fill(slots_, nullptr);
-    }
-
-    // Moves the entries behind it up, so that none is cut off from its slot.
-    void remove(const entry &removed)
-    {
-        --used_;
-        std::size_t at = first_slot(removed.hash);
-        while (slots_[at] != &removed)
-            at = next_slot(at);
-        slots_[at] = nullptr;
-        for (at = next_slot(at); slots_[at] != nullptr; at = next_slot(at))
-            put(*std::exchange(slots_[at], nullptr));
-    }
-
-  private:
-    static constexpr std::size_t fewest_slots = 16;
-
-    [[nodiscard]] std::size_t first_slot(std::size_t hash) const
-    {
-        return hash & (slots_.size() - 1);
-    }
-    [[nodiscard]] std::size_t next_slot(std::size_t slot) const { return first_slot(slot + 1); }
-
-    void put(entry &placed)
-    {
-        std::size_t at = first_slot(placed.hash);
-        while (slots_[at] != nullptr)
-            at = next_slot(at);
-        slots_[at] = &placed;
-    }
-
-    void resize(std::size_t count)
-    {
-        const std::vector<entry *> old = std::exchange(slots_, std::vector<entry *>(count));
-        for (entry *const moved : old) {
-            if (moved != nullptr)
-                put(*moved);
-        }
-    }
-
-    key_equal equal_;
-    std::size_t fill_pct_ = 75;
-    std::size_t used_ = 0;
-    std::vector<entry *> slots_; // never all in use
-};
-
-} // namespace
+using qel::dict_entry;
 
 // Entries stay where they are, in insertion order, so borrowed texts outlive other insertions.
 struct Qel_hash_dict {
     explicit Qel_hash_dict(std::uint32_t flags)
         : ignore_case((flags & QEL_HASH_DICT_CASECMP) != 0), sorted(has_sorted_order(flags)),
-          hash(ignore_case), index(key_equal{ignore_case})
+          hash(ignore_case), index(qel::dict_equal{ignore_case})
     {
     }
 
@@ -204,11 +24,14 @@ struct Qel_hash_dict {
         return (flags & both) == both;
     }
 
-    [[nodiscard]] entry *find(std::string_view key) const { return index.find(key, hash(key)); }
+    [[nodiscard]] dict_entry *find(std::string_view key) const
+    {
+        return index.find(key, hash(key));
+    }
 
     void store(std::string_view key, std::string_view val)
     {
-        if (entry *const found = find(key)) {
+        if (dict_entry *const found = find(key)) {
             found->val.assign(val);
             return;
         }
@@ -217,10 +40,10 @@ struct Qel_hash_dict {
     }
 
     // Takes the first entry of another dictionary's list, without copying it.
-    void take_first(std::list<entry> &source)
+    void take_first(std::list<dict_entry> &source)
     {
         const auto first = source.begin();
-        if (entry *const found = find(first->key)) {
+        if (dict_entry *const found = find(first->key)) {
             found->val = std::move(first->val);
             source.erase(first);
             return;
@@ -229,7 +52,7 @@ struct Qel_hash_dict {
         add_last_to_index();
     }
 
-    void remove(const entry &removed)
+    void remove(const dict_entry &removed)
     {
         index.remove(removed);
         entries.erase(removed.place);
@@ -237,14 +60,14 @@ struct Qel_hash_dict {
 
     bool ignore_case;
     bool sorted;
-    std::list<entry> entries;
-    key_hash hash;
-    key_index index;
+    std::list<dict_entry> entries;
+    qel::dict_hash hash;
+    qel::dict_index index;
 
   private:
     void add_last_to_index()
     {
-        entry &last = entries.back();
+        dict_entry &last = entries.back();
         last.place = std::prev(entries.end());
         if (hash.expect(entries.size()))
             return index_anew();
@@ -255,7 +78,7 @@ struct Qel_hash_dict {
     void index_anew()
     {
         index.clear();
-        for (entry &each : entries) {
+        for (dict_entry &each : entries) {
             each.hash = hash(each.key);
             index.add(each);
         }
@@ -263,7 +86,7 @@ struct Qel_hash_dict {
 };
 
 struct Qel_hash_dict_enum {
-    std::vector<const entry *> pairs;
+    std::vector<const dict_entry *> pairs;
     std::size_t next = 0;
 };
 
@@ -294,7 +117,7 @@ const char *Qel_hash_dict_get_direct(const Qel_hash_dict_t *dict, const char *ke
 {
     if (dict == nullptr || key == nullptr)
         return nullptr;
-    const entry *const found = dict->find(key);
+    const dict_entry *const found = dict->find(key);
     return found == nullptr ? nullptr : found->val.c_str();
 }
 
@@ -309,7 +132,7 @@ bool Qel_hash_dict_remove(Qel_hash_dict_t *dict, const char *key) noexcept
 {
     if (dict == nullptr || key == nullptr)
         return false;
-    const entry *const found = dict->find(key);
+    const dict_entry *const found = dict->find(key);
     if (found == nullptr)
         return false;
     dict->remove(*found);
@@ -332,8 +155,10 @@ void Qel_hash_dict_merge(Qel_hash_dict_t **dest, Qel_hash_dict_t *src) noexcept
 
     const std::unique_ptr<Qel_hash_dict> source(src);
     if (source->sorted)
-        source->entries.sort([less = key_less{source->ignore_case}](
-                                 const entry &a, const entry &b) { return less(a.key, b.key); });
+        source->entries.sort(
+            [less = qel::dict_less{source->ignore_case}](const dict_entry &a, const dict_entry &b) {
+                return less(a.key, b.key);
+            });
     while (!source->entries.empty())
         (*dest)->take_first(source->entries);
 }
@@ -348,10 +173,10 @@ size_t Qel_hash_dict_enumerate(const Qel_hash_dict_t *dict, Qel_hash_dict_enum_t
 
     auto started = std::make_unique<Qel_hash_dict_enum>();
     started->pairs.reserve(dict->entries.size());
-    for (const entry &pair : dict->entries)
+    for (const dict_entry &pair : dict->entries)
         started->pairs.push_back(&pair);
     if (dict->sorted)
-        std::ranges::sort(started->pairs, key_less{dict->ignore_case}, &entry::key);
+        std::ranges::sort(started->pairs, qel::dict_less{dict->ignore_case}, &dict_entry::key);
     *walk = started.release();
     return (*walk)->pairs.size();
 }
@@ -363,7 +188,7 @@ bool Qel_hash_dict_enumerate_next(const Qel_hash_dict_t * /*the walk knows it*/,
     if (walk == nullptr || walk->next == walk->pairs.size())
         return false;
 
-    const entry &pair = *walk->pairs[walk->next++];
+    const dict_entry &pair = *walk->pairs[walk->next++];
     if (key != nullptr)
         *key = pair.key.c_str();
     if (val != nullptr)

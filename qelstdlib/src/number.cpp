@@ -18,9 +18,11 @@ bool is_sign(char chr)
 // The number with one more digit, or the greatest number when that is too large.
 std::uint64_t with_digit(std::uint64_t number, char digit)
 {
-    constexpr auto greatest = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t longer = 0;
     const auto value = static_cast<std::uint64_t>(digit - '0');
-    return number > (greatest - value) / 10 ? greatest : number * 10 + value;
+    const bool is_too_large = __builtin_mul_overflow(number, 10U, &longer) ||
+                              __builtin_add_overflow(longer, value, &longer);
+    return is_too_large ? std::numeric_limits<std::uint64_t>::max() : longer;
 }
 
 std::int64_t with_sign(std::uint64_t number, bool negative)

@@ -14,34 +14,32 @@
 namespace qel
 {
 
-constexpr bool is_space(char chr) noexcept
-{
+// Objects, so that what takes one as a condition has it inline.
+
+inline constexpr auto is_space = [](char chr) {
     return chr == ' ' || (chr >= '\t' && chr <= '\r');
-}
+};
 
-constexpr bool is_digit(char chr) noexcept
-{
-    return chr >= '0' && chr <= '9';
-}
+inline constexpr auto is_digit = [](char chr) { return chr >= '0' && chr <= '9'; };
 
-constexpr char to_lower(char chr) noexcept
-{
+inline constexpr auto to_lower = [](char chr) {
     return chr >= 'A' && chr <= 'Z' ? static_cast<char>(chr - 'A' + 'a') : chr;
-}
+};
 
 // A byte that goes on with the character that an earlier byte began.
-constexpr bool is_continuation(char chr) noexcept
-{
+inline constexpr auto is_continuation = [](char chr) {
     return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80U;
-}
+};
 
 // Takes the bytes at the start of rest for which the condition holds.
 template <typename Condition>
 std::string_view take_while(std::string_view &rest, Condition condition)
 {
-    const auto end = std::ranges::find_if_not(rest, condition);
-    const auto taken = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
-    rest.remove_prefix(taken.size());
+    std::size_t len = 0;
+    while (len < rest.size() && condition(rest[len]))
+        ++len;
+    const std::string_view taken = rest.substr(0, len);
+    rest.remove_prefix(len);
     return taken;
 }
 

@@ -63,7 +63,13 @@ bool Qel_str_eq(const char *str1, const char *str2) noexcept
 
 bool Qel_str_caseeq(const char *str1, const char *str2) noexcept
 {
-    return equal_ignoring_case(view(str1), view(str2));
+    str1 = Qel_str_safe(str1);
+    str2 = Qel_str_safe(str2);
+    while (*str1 != '\0' && qel::to_lower(*str1) == qel::to_lower(*str2)) {
+        ++str1;
+        ++str2;
+    }
+    return *str1 == *str2;
 }
 
 bool Qel_str_caseeq_max(const char *str1, const char *str2, size_t max_len) noexcept
@@ -100,7 +106,10 @@ bool Qel_str_istrue(const char *str) noexcept
 
 bool Qel_str_isspace(const char *str) noexcept
 {
-    return std::ranges::all_of(view(str), qel::is_space);
+    str = Qel_str_safe(str);
+    while (qel::is_space(*str))
+        ++str;
+    return *str == '\0';
 }
 
 namespace
@@ -185,6 +194,7 @@ void Qel_str_upper(char *str) noexcept
 {
     if (str == nullptr)
         return;
+    const char *const begin = str;
     char *const end = str + std::strlen(str);
     while (end - str >= stretch_len) {
         if (is_ascii_stretch(str))
@@ -193,7 +203,11 @@ void Qel_str_upper(char *str) noexcept
             upper_characters(str, str + stretch_len);
         str += stretch_len;
     }
-    upper_characters(str, end);
+    // What is left, together with what is in capitals already.
+    if (end - begin >= stretch_len && is_ascii_stretch(end - stretch_len))
+        upper_ascii_stretch(end - stretch_len);
+    else
+        upper_characters(str, end);
 }
 
 char *Qel_strdup(const char *str) noexcept
