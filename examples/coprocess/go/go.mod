@@ -1,0 +1,3 @@
+module receipts
+
+go 1.19

@@ -1,0 +1,25 @@
+// main COMMAND [OPTION...]: answers the lines of standard input.
+package main
+
+import (
+	"bufio"
+	"fmt"
+	"os"
+	"strings"
+)
+
+func main() {
+	receipts := Receipts{Command: os.Args[1:]}
+	in := bufio.NewReader(os.Stdin)
+	for {
+		line, err := in.ReadString('\n')
+		if err != nil {
+			return
+		}
+		answer, err := receipts.Render(strings.TrimSuffix(line, "\n"))
+		if err != nil {
+			answer = "fault: " + strings.TrimSpace(err.Error()) + "\n"
+		}
+		fmt.Print(answer)
+	}
+}
