@@ -1,6 +1,6 @@
 // The library's facts, each in one place: languages, currencies, countries with rules of their own,
-// and forms. The command and the tests read them too. CONTRIBUTING.md says what stands beside a
-// row.
+// industries and forms. The command and the tests read them too. CONTRIBUTING.md says what stands
+// beside a row.
 #ifndef QEL_RCPT_TABLES_HPP
 #define QEL_RCPT_TABLES_HPP
 
@@ -58,6 +58,19 @@ inline constexpr country countries[] = {
     {840, "US", "USA", 840, true, {}},
     {124, "CA", "CAN", 124, false, QEL_RCPT_LANG_FR},
     {826, "GB", "GBR", 826, false, {}},
+};
+
+// The merchant's industries, by the names that configurations use.
+struct industry {
+    const char *name;
+    Qel_rcpt_ind_t bit;
+};
+inline constexpr industry industries[] = {
+    {"retail", QEL_RCPT_IND_RETAIL},   {"mail", QEL_RCPT_IND_MAIL},
+    {"ecomm", QEL_RCPT_IND_ECOMM},     {"restaurant", QEL_RCPT_IND_RESTAURANT},
+    {"lodging", QEL_RCPT_IND_LODGING}, {"autofuel", QEL_RCPT_IND_AUTOFUEL},
+    {"grocery", QEL_RCPT_IND_GROCERY}, {"selfserv", QEL_RCPT_IND_SELFSERV},
+    {"unknown", QEL_RCPT_IND_UNKNOWN},
 };
 
 // A form of receipt.

@@ -16,19 +16,6 @@ namespace
 
 using words = std::vector<std::string_view>;
 
-struct industry {
-    const char *name;
-    Qel_rcpt_ind_t bit;
-};
-
-constexpr industry industries[] = {
-    {"retail", QEL_RCPT_IND_RETAIL},   {"mail", QEL_RCPT_IND_MAIL},
-    {"ecomm", QEL_RCPT_IND_ECOMM},     {"restaurant", QEL_RCPT_IND_RESTAURANT},
-    {"lodging", QEL_RCPT_IND_LODGING}, {"autofuel", QEL_RCPT_IND_AUTOFUEL},
-    {"grocery", QEL_RCPT_IND_GROCERY}, {"selfserv", QEL_RCPT_IND_SELFSERV},
-    {"unknown", QEL_RCPT_IND_UNKNOWN},
-};
-
 // What a table's rows are called in a column.
 template <const auto &rows, auto name>
 words names_of()
@@ -42,7 +29,7 @@ words names_of()
 constexpr auto language_names = names_of<qel_rcpt::languages, &qel_rcpt::language::code>;
 constexpr auto country_names = names_of<qel_rcpt::countries, &qel_rcpt::country::alpha2>;
 constexpr auto currency_names = names_of<qel_rcpt::currencies, &qel_rcpt::currency::name>;
-constexpr auto industry_names = names_of<industries, &industry::name>;
+constexpr auto industry_names = names_of<qel_rcpt::industries, &qel_rcpt::industry::name>;
 
 [[noreturn]] void reject(const std::string &value, const std::string &expected)
 {
@@ -102,7 +89,7 @@ Qel_rcpt_ind_t to_industry(const std::string &value)
         const size_t end = std::min(value.find(',', begin), value.size());
         const std::string part = value.substr(begin, end - begin);
         const std::string name(qel::view(qel::text(Qel_strdup_trim(part.c_str()))));
-        const industry *known = find_row(industries, &industry::name, name);
+        const auto *known = find_row(qel_rcpt::industries, &qel_rcpt::industry::name, name);
         if (known == nullptr)
             reject(name, listed(industry_names()));
         bits |= known->bit;
