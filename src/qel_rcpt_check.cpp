@@ -1,5 +1,5 @@
 // The check of a record: what its rules ask about it, and the report of what they find.
-#include "qel_rcpt_check_int.hpp"
+#include "qel_rcpt_check.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -293,7 +293,7 @@ class sentence_text
 void report::add(const Qel_rcpt_rule_t &rule, const char *key, std::size_t offset,
                  const char *sentence)
 {
-    if (rule.severity == error)
+    if (rule.severity == table::error)
         ++errors_;
     if (cb_ == nullptr)
         return;
@@ -341,12 +341,12 @@ std::size_t Qel_rcpt_check(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *
     const subject record(kvs, config, form);
     report findings(cb, info);
     for (const group_of_rules rules_of : groups) {
-        const auto &[rules, passes] = rules_of();
+        const auto &[conditions, passes] = rules_of();
         for (const pass look : passes)
             look(record, findings);
-        for (const rule &each : rules) {
-            if (each.is_broken != nullptr && each.is_broken(record))
-                findings.add(each.facts, each.key, no_offset, each.sentence);
+        for (const condition &each : conditions) {
+            if (each.is_broken(record))
+                findings.add(each.rule, each.key, no_offset, each.sentence);
         }
     }
     return findings.errors();
@@ -354,11 +354,6 @@ std::size_t Qel_rcpt_check(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *
 
 const Qel_rcpt_rule_t *Qel_rcpt_check_rule(std::size_t index) noexcept
 {
-    for (const auto rules_of : qel_rcpt::check::groups) {
-        const auto rules = rules_of().rules;
-        if (index < rules.size())
-            return &rules[index].facts;
-        index -= rules.size();
-    }
-    return nullptr;
+    using qel_rcpt::check::table::rules;
+    return index < std::size(rules) ? &rules[index] : nullptr;
 }

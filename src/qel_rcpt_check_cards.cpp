@@ -1,5 +1,5 @@
 // Whole card numbers in texts.
-#include "qel_rcpt_check_int.hpp"
+#include "qel_rcpt_check.hpp"
 
 #include <algorithm>
 
@@ -17,7 +17,8 @@ struct issuer_range {
     std::uint8_t most;
 };
 
-// As the schemes publish them (ISO/IEC 7812-1 numbers issuers).
+// ISO/IEC 7812-1 has the form of the numbers. Its register of issuers is not public: these are the
+// ranges of public lists and of processors' test numbers, wider than what is issued.
 constexpr issuer_range issuer_ranges[] = {
     {400000, 499999, 13, 13}, // Visa, of old
     {400000, 499999, 16, 16}, // Visa
@@ -31,22 +32,33 @@ constexpr issuer_range issuer_ranges[] = {
     {360000, 369999, 14, 19}, //
     {380000, 399999, 14, 19}, //
     {601100, 601199, 16, 19}, // Discover
-    {644000, 659999, 16, 19}, //
+    {644000, 659999, 16, 19}, // Discover; RuPay, Elo, Troy, Verve
     {352800, 358999, 16, 19}, // JCB
+    {308800, 310299, 16, 19}, // JCB, of old
+    {311200, 312099, 16, 19}, //
+    {315800, 315999, 16, 19}, //
+    {333700, 334999, 16, 19}, //
+    {180000, 180099, 15, 15}, //
+    {213100, 213199, 15, 15}, //
     {620000, 629999, 16, 19}, // UnionPay, Discover
     {810000, 817199, 16, 19}, //
-    {500000, 509999, 13, 19}, // Maestro, Dankort, Elo, EBT, RuPay, Verve
-    {560000, 589999, 13, 19}, // Maestro
-    {630400, 630499, 13, 19}, //
+    {500000, 509999, 13, 19}, // Maestro, Dankort, Elo, Aura, EBT, RuPay, Verve
+    {560000, 589999, 13, 19}, // Maestro, EBT, Bankcard, UzCard
+    {630400, 630499, 13, 19}, // Maestro
     {639000, 639099, 13, 19}, //
-    {670000, 677999, 13, 19}, // Maestro, Bancontact
+    {670000, 679999, 13, 19}, // Maestro, Bancontact
+    {600000, 609999, 16, 16}, // RuPay, Hipercard
     {600400, 600999, 16, 19}, // EBT, merchants' own cards
-    {606282, 608500, 16, 19}, // Hipercard, RuPay
+    {604001, 604200, 16, 19}, // UkrCard
+    {606282, 606282, 13, 19}, // Hipercard
     {610000, 610999, 16, 19}, // EBT
-    {627780, 637999, 16, 19}, // Elo, Hipercard
-    {817200, 820199, 16, 16}, // RuPay
-    {220000, 220499, 16, 19}, // Mir
+    {627780, 639999, 16, 19}, // Elo, Hiper, InstaPayment, Switch, Solo
+    {817200, 829999, 16, 16}, // RuPay
+    {220000, 220599, 16, 19}, // Mir, BORICA
+    {860000, 860099, 16, 16}, // UzCard
+    {970400, 970499, 16, 19}, // Napas
     {979200, 979299, 16, 16}, // Troy
+    {986000, 986099, 16, 16}, // Humo
 };
 
 constexpr std::size_t least_digits = 13;

@@ -1,13 +1,11 @@
 // Values that contradict each other.
-#include "qel_rcpt_check_int.hpp"
+#include "qel_rcpt_check.hpp"
 
 namespace qel_rcpt::check
 {
 
 namespace
 {
-
-constexpr Qel_rcpt_rule_group_t contradictions = QEL_RCPT_RULES_CONTRADICTIONS;
 
 bool has_negative_subtotal(const subject &record)
 {
@@ -87,6 +85,12 @@ bool has_chip_data_without_chip(const subject &record)
     return record.has_chip_data() && record.has("rcpt_entry_mode") && !record.is_chip_entry();
 }
 
+bool is_chip_entry_without_data(const subject &record)
+{
+    return record.is_payment() && record.result() == outcome::declined && record.is_chip_entry() &&
+           !record.has_chip_data() && !was_card_removed(record.record());
+}
+
 bool has_chip_data_without_entry_mode(const subject &record)
 {
     return record.has_chip_data() && !record.has("rcpt_entry_mode");
@@ -121,145 +125,69 @@ bool is_time_out_called_decline(const subject &record)
     return record.is_general() && timed_out && record.result() == outcome::declined;
 }
 
-constexpr rule rules[] = {
-    {{"subtotal-negative", error, contradictions,
-      "tip, tax, cash back, surcharge and fees that are part of the amount",
-      "an amount of zero or above",
-      "amount, examount, tax, cashbackamount, surchargeamount, fee, convenience_fee, "
-      "supplemental_fee",
-      no_source, ""},
-     has_negative_subtotal,
-     "amount",
+constexpr condition conditions[] = {
+    {rule_named("subtotal-negative"), has_negative_subtotal, "amount",
      "the parts of the amount are more than the amount, so the subtotal would be below zero; check "
      "how amounts are written, and give the whole amount with its parts"},
-    {{"order-subtotal-negative", error, contradictions, "tip and tax that are part of the order",
-      "an order_total of zero or above", "order_total, order_tip, order_tax", no_source, ""},
-     has_negative_order_subtotal,
-     "order_total",
+    {rule_named("order-subtotal-negative"), has_negative_order_subtotal, "order_total",
      "order_tip and order_tax are more than order_total, so the order's subtotal would be below "
      "zero"},
-    {{"amount-above-order", warning, contradictions, "a payment of at most the order's total",
-      "order_total", "amount, order_total", no_source, ""},
-     pays_more_than_order,
-     "amount",
+    {rule_named("amount-above-order"), pays_more_than_order, "amount",
      "amount is more than order_total, the whole order's"},
-    {{"discount-negative", error, contradictions,
-      "an order_cash_discount that is part of discountamount", "cardtype cash",
-      "order_cash_discount, discountamount", no_source, ""},
-     has_negative_discount,
-     "order_cash_discount",
+    {rule_named("discount-negative"), has_negative_discount, "order_cash_discount",
      "order_cash_discount is more than discountamount, of which it is a part; the discount would "
      "be below zero"},
-    {{"authamount-above-amount", error, contradictions,
-      "at most the amount that was asked for is authorized", "amount", "authamount, amount",
-      no_source, ""},
-     is_authorized_above_amount,
-     "authamount",
+    {rule_named("authamount-above-amount"), is_authorized_above_amount, "authamount",
      "authamount is more than amount: the issuer cannot authorize more than was asked for"},
-    {{"approval-not-partial", error, contradictions, "authamount only after a partial approval",
-      "an approval", "authamount", no_source, ""},
-     is_full_approval_called_partial,
-     "authamount",
+    {rule_named("approval-not-partial"), is_full_approval_called_partial, "authamount",
      "authamount is the whole amount, and the receipt would say \"Transaction Partially "
      "Approved\"; leave it out"},
-    {{"decline-called-partial", error, contradictions, "authamount only after a partial approval",
-      "Moneris in-store, a decline", "authamount", no_source, ""},
-     is_decline_called_partial,
-     "authamount",
+    {rule_named("decline-called-partial"), is_decline_called_partial, "authamount",
      "the receipt of this decline would say \"Transaction Partially Approved\" too; leave "
      "authamount out"},
-    {{"tip-twice", warning, contradictions, "the tip once", "", "examount, u_tip", no_source, ""},
-     has_tip_twice,
-     "u_tip",
+    {rule_named("tip-twice"), has_tip_twice, "u_tip",
      "there is a tip within the amount (examount) and one on top of it (u_tip): the first is shown "
      "and the second added to the total; give one of them"},
-    {{"cash-back-twice", warning, contradictions, "the cash back once", "",
-      "cashbackamount, u_cashback", no_source, ""},
-     has_cash_back_twice,
-     "u_cashback",
+    {rule_named("cash-back-twice"), has_cash_back_twice, "u_cashback",
      "there is cash back within the amount (cashbackamount) and on top of it (u_cashback): the "
      "first is shown and the second added to the total; give one of them"},
-    {{"items-total", warning, contradictions, "line items that add up to the subtotal",
-      "items with prices and no percentages", "line_items, amount, order_total", no_source, ""}},
-    {{"approval-without-code", error, contradictions, "an authorization code",
-      "an approved sale or authorization by card, but for stand-in", "auth",
-      "Stripe Terminal receipt details", november_2026},
-     lacks_authorization,
-     "auth",
+    {rule_named("approval-without-code"), lacks_authorization, "auth",
      "the transaction is approved, but there is no authorization code (auth)"},
-    {{"approval-refused-by-chip", error, contradictions,
-      "a cryptogram of a transaction that the card approved", "an approval", "rcpt_emv_actype",
-      "EMV Book 3, 6.5.5", november_2026},
-     is_approval_refused_by_chip,
-     "rcpt_emv_actype",
+    {rule_named("approval-refused-by-chip"), is_approval_refused_by_chip, "rcpt_emv_actype",
      "the receipt would say that the transaction is approved, but the card declined it: its "
      "cryptogram is an AAC"},
-    {{"decline-accepted-by-chip", warning, contradictions,
-      "no cryptogram of a transaction that the card approved", "a decline", "rcpt_emv_actype",
-      "EMV Book 3, 6.5.5", november_2026},
-     is_decline_accepted_by_chip,
-     "rcpt_emv_actype",
+    {rule_named("decline-accepted-by-chip"), is_decline_accepted_by_chip, "rcpt_emv_actype",
      "the transaction is declined, but the card's cryptogram is a TC, an approval; was it read "
      "before the issuer answered?"},
-    {{"approval-declined", error, contradictions, "nobody's decline", "an approval",
-      "issuer_decline, offline_decline, u_errorcode", no_source, ""},
-     is_approval_declined,
-     "code",
+    {rule_named("approval-declined"), is_approval_declined, "code",
      "the receipt would say that the transaction is approved, but issuer_decline, offline_decline "
      "or u_errorcode says that it was declined"},
-    {{"chip-data-without-chip", warning, contradictions,
-      "the chip's data of a chip transaction only", "an entry mode other than C and T",
-      "rcpt_entry_mode", no_source, ""},
-     has_chip_data_without_chip,
-     "rcpt_entry_mode",
+    {rule_named("chip-data-without-chip"), has_chip_data_without_chip, "rcpt_entry_mode",
      "there is data of a chip, but by the entry mode the card was not read by its chip"},
-    {{"entry-mode-missing", warning, contradictions, "the entry mode with a chip's data", "",
-      "rcpt_entry_mode", no_source, ""},
-     has_chip_data_without_entry_mode,
-     "rcpt_entry_mode",
+    {rule_named("chip-without-chip-data"), is_chip_entry_without_data, "rcpt_entry_mode",
+     "by the entry mode the card was read by its chip, but there is no data of one"},
+    {rule_named("entry-mode-missing"), has_chip_data_without_entry_mode, "rcpt_entry_mode",
      "there is data of a chip, but no entry mode (C for a chip, T for contactless)"},
-    {{"signature-twice", warning, contradictions,
-      "either a signature line or a signature captured electronically", "",
-      "u_need_signature, u_flowflags", no_source, ""},
-     is_signed_twice,
-     "u_need_signature",
+    {rule_named("signature-twice"), is_signed_twice, "u_need_signature",
      "the signature was captured electronically, and the receipt would ask for another; clear "
      "u_need_signature"},
-    {{"pin-bypassed-and-verified", error, contradictions, "either a PIN verified or a PIN bypassed",
-      "", "rcpt_emv_cvm, rcpt_emv_pinbypass", no_source, ""},
-     is_pin_bypassed_and_verified,
-     "rcpt_emv_pinbypass",
+    {rule_named("pin-bypassed-and-verified"), is_pin_bypassed_and_verified, "rcpt_emv_pinbypass",
      "the PIN cannot have been both verified (rcpt_emv_cvm) and bypassed (rcpt_emv_pinbypass); the "
      "receipt would say bypassed"},
-    {{"balance-without-account", warning, contradictions, "a balance of a card that has one only",
-      "cash, and credit cards", "balance", no_source, ""},
-     has_balance_without_account,
-     "balance",
+    {rule_named("balance-without-account"), has_balance_without_account, "balance",
      "there is a balance, but the payment was in cash or by a credit card, which has none to show"},
-    {{"cash-with-card", warning, contradictions, "no data of a card with a payment in cash",
-      "cardtype cash", "cardtype, account, cardholdername, rcpt_emv_aid", no_source, ""},
-     is_cash_with_card,
-     "cardtype",
+    {rule_named("cash-with-card"), is_cash_with_card, "cardtype",
      "the payment is in cash, but there is data of a card, which would be printed"},
-    {{"time-out-called-decline", note, contradictions,
-      "a time-out that reads \"Transaction Not Completed\"", "the general forms, code TIMEOUT",
-      "phard_code", no_source, ""},
-     is_time_out_called_decline,
-     "phard_code",
+    {rule_named("time-out-called-decline"), is_time_out_called_decline, "phard_code",
      "nobody declined, but with this phard_code the receipt of the time-out would say that the "
      "transaction is declined; leave phard_code out or make it UNKNOWN"},
 };
 
 } // namespace
 
-const Qel_rcpt_rule_t &items_total_rule()
-{
-    return facts_of(rules, "items-total");
-}
-
 rule_group contradiction_rules()
 {
-    return {rules, {}};
+    return {conditions, {}};
 }
 
 } // namespace qel_rcpt::check

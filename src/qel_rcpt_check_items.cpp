@@ -1,5 +1,5 @@
 // The line items of an order: what of them would not be shown, and whether they add up.
-#include "qel_rcpt_check_documents.hpp"
+#include "qel_rcpt_check.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -197,13 +197,13 @@ class items_handler
     {
         sum_.is_known = false;
         if (in_list_)
-            findings_.add(document_rule("entry-not-object"), key, at,
+            findings_.add(rule_named("entry-not-object"), key, at,
                           "this entry is no JSON object and would not be shown");
         else if (member() == item_member::modifiers)
-            findings_.add(document_rule("member-not-text"), key, at,
+            findings_.add(rule_named("member-not-text"), key, at,
                           "modifiers is no JSON array, so none would be shown");
         else if (member() != item_member::none)
-            findings_.add(document_rule("member-not-text"), key, at,
+            findings_.add(rule_named("member-not-text"), key, at,
                           "the value is no JSON string, so it would not be shown; write it in "
                           "double quotes");
     }
@@ -230,7 +230,7 @@ class items_handler
         nearest_word nearest(text);
         for (const item_type_name &known : item_types)
             nearest.offer(known.name);
-        findings_.add(document_rule("item-type-unknown"), key, at,
+        findings_.add(rule_named("item-type-unknown"), key, at,
                       {quoted(text),
                        " is no type of an entry here, so it would be shown as an "
                        "item",
@@ -243,11 +243,11 @@ class items_handler
     {
         if (!done.is_named) {
             sum_.is_known = false;
-            findings_.add(document_rule("entry-without-name"), key, done.begin,
+            findings_.add(rule_named("entry-without-name"), key, done.begin,
                           "this entry has no name and would not be shown, nor anything in it");
         }
         if (done.qty.view().empty())
-            findings_.add(document_rule("item-quantity-missing"), key, done.begin,
+            findings_.add(rule_named("item-quantity-missing"), key, done.begin,
                           "this entry has no quantity, which plain text shows as empty brackets; "
                           "give qty");
         if (done.price_at == no_offset)
@@ -268,7 +268,7 @@ class items_handler
         if (done.type == item_type::percentage)
             sum_.is_known = false;
         if (!is_amount(done.price.view()))
-            findings_.add(document_rule("item-percentage-unreadable"), key, done.price_at,
+            findings_.add(rule_named("item-percentage-unreadable"), key, done.price_at,
                           {quoted(done.price.view()),
                            " is shown as it stands with a % behind it; write the number alone"});
     }
@@ -323,7 +323,7 @@ void look_at_items_sum(const subject &record, const items_sum &sum, report &find
     };
     if (fits(sum.total) || fits(sum.total + sum.discounts))
         return;
-    findings.add(items_total_rule(), "line_items", no_offset,
+    findings.add(rule_named("items-total"), "line_items", no_offset,
                  fits(sum.by_piece)
                      ? "the items add up only if each price is multiplied by its quantity; give "
                        "the price of the line"
@@ -336,7 +336,7 @@ void look_at_items_sum(const subject &record, const items_sum &sum, report &find
 void look_at_line_items(const subject &record, report &findings)
 {
     if (!record.is_general() || !record.has("line_items") ||
-        !is_document(record, "line_items", '[', document_rule("line-items-unreadable"), "no items",
+        !is_document(record, "line_items", '[', rule_named("line-items-unreadable"), "no items",
                      findings))
         return;
     items_handler handler(record, findings);

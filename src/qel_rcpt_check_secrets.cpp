@@ -1,5 +1,5 @@
 // What a receipt must not show: card numbers, expiry dates, verification values, names.
-#include "qel_rcpt_check_int.hpp"
+#include "qel_rcpt_check.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -9,8 +9,6 @@ namespace qel_rcpt::check
 
 namespace
 {
-
-constexpr Qel_rcpt_rule_group_t secrets = QEL_RCPT_RULES_SECRETS;
 
 bool is_name_on_benefit(const subject &record)
 {
@@ -29,41 +27,12 @@ bool is_interac_called_debit(const subject &record)
     return is_titled || record.holds("rcpt_emv_name", "debit");
 }
 
-constexpr rule rules[] = {
-    {{"card-number", error, secrets, "no whole card number in any value", "", "any key",
-      "PCI DSS 3.4; PCI SSC FAQ 1136", november_2026}},
-    {{"account-digits-us", error, secrets, "at most the last five digits of the account",
-      "country 840 (United States)", "account", "FACTA (FTC)", november_2026}},
-    {{"account-digits-canada", error, secrets, "the last four digits of the account only",
-      "country 124 (Canada)", "account",
-      "Moneris help; a Visa notice of August 2025 asks for the last four too", november_2026}},
-    {{"account-digits", error, secrets,
-      "at most the first six and the last four digits of the account", "", "account",
-      "PCI SSC FAQ 1136", november_2026}},
-    {{"track-data", error, secrets, "no data of the magnetic stripe or of its image in a chip", "",
-      "any key", "PCI DSS 3.3.1", november_2026}},
-    {{"verification-value", error, secrets,
-      "no verification value (CVV2 and the like) and no PIN, not even unprinted", "",
-      "any key, fields of rcpt_custom", "PCI DSS 3.3.1", november_2026}},
-    {{"expiry-shown", error, secrets, "no expiry date", "", "account, fields of rcpt_custom",
-      "FACTA (FTC); Moneris help; Adyen's summary of scheme requirements", november_2026}},
-    {{"expiry-kept", warning, secrets, "no expiry date in the record, where logs would keep it", "",
-      "any other key", no_source, ""}},
-    {{"benefit-name", error, secrets, "no customer's name", "SNAP and EBT", "cardholdername",
-      "USDA FNS", november_2026},
-     is_name_on_benefit,
-     "cardholdername",
+constexpr condition conditions[] = {
+    {rule_named("benefit-name"), is_name_on_benefit, "cardholdername",
      "a receipt of SNAP or EBT shows no customer's name; leave cardholdername out"},
-    {{"interac-debit", error, secrets, "INTERAC, never DEBIT", "cardtype Interac",
-      "u_cardclass, rcpt_emv_name", "Moneris receipt requirements", november_2026},
-     is_interac_called_debit,
-     "u_cardclass",
+    {rule_named("interac-debit"), is_interac_called_debit, "u_cardclass",
      "the receipt of an Interac card says DEBIT; leave u_cardclass and card_cardclass out in the "
      "general forms, and debit out of rcpt_emv_name"},
-    {{"control-character", warning, secrets,
-      "no control characters but tab and line breaks, and none that turn the direction of writing",
-      "", "any key", no_source, ""}},
-    {{"broken-utf8", warning, secrets, "texts in UTF-8", "", "any key", no_source, ""}},
 };
 
 // Track data
@@ -143,12 +112,11 @@ constexpr std::string_view track_names[] = {
     "trackdata", "track1data", "track2data", "track2equivalentdata",
     "magstripe", "magdata"};
 
-constexpr const Qel_rcpt_rule_t &verification_value = facts_of(rules, "verification-value");
-constexpr const Qel_rcpt_rule_t &track_data = facts_of(rules, "track-data");
+constexpr const Qel_rcpt_rule_t &verification_value = rule_named("verification-value");
+constexpr const Qel_rcpt_rule_t &track_data = rule_named("track-data");
 
 constexpr secret named_secrets[] = {
-    {"an expiry date", facts_of(rules, "expiry-shown"), facts_of(rules, "expiry-kept"),
-     expiry_names},
+    {"an expiry date", rule_named("expiry-shown"), rule_named("expiry-kept"), expiry_names},
     {"a verification value or a PIN", verification_value, verification_value, verification_names},
     {"data of the magnetic stripe", track_data, track_data, track_names},
 };
@@ -192,11 +160,11 @@ void look_at_characters(const char *key, std::string_view value, report &finding
         const bool is_break = chr.code == '\t' || chr.code == '\n' || chr.code == '\r';
         if (chr.is_broken && !was_broken) {
             was_broken = true;
-            findings.add(facts_of(rules, "broken-utf8"), key, at,
+            findings.add(rule_named("broken-utf8"), key, at,
                          "the text is not UTF-8; convert it from the character set that it is in");
         } else if (!chr.is_broken && !is_break && is_control(chr.code) && !was_control) {
             was_control = true;
-            findings.add(facts_of(rules, "control-character"), key, at,
+            findings.add(rule_named("control-character"), key, at,
                          "a control character, or one that turns the direction of writing, would "
                          "reach the printer or the page; take it out");
         }
@@ -238,7 +206,7 @@ void look_at_text(const char *key, std::string_view value, bool is_hex, report &
                             "record at all");
     const std::size_t at = is_hex ? no_offset : find_card_number(value);
     if (at != no_offset)
-        findings.add(facts_of(rules, "card-number"), key, at,
+        findings.add(rule_named("card-number"), key, at,
                      "this looks like a whole card number and would be printed, logged or kept; "
                      "mask it");
 }
@@ -324,20 +292,20 @@ void look_at_account(const subject &record, report &findings)
 {
     const std::string_view account = record.text("account");
     if (const std::size_t at = find_date(account); at != no_offset)
-        return findings.add(facts_of(rules, "expiry-shown"), "account", at,
+        return findings.add(rule_named("expiry-shown"), "account", at,
                             "this looks like an expiry date, which no copy may show; leave it out");
     if (find_card_number(account) != no_offset)
         return; // said already
     const shown_digits shown = count_shown(account);
     const std::size_t between = shown.all - shown.front - shown.back;
     if (record.is_in(country_us) && (shown.front + between > 0 || shown.back > 5))
-        findings.add(facts_of(rules, "account-digits-us"), "account", no_offset,
+        findings.add(rule_named("account-digits-us"), "account", no_offset,
                      "more than the last five digits of the account show; mask the others");
     else if (record.is_in(country_canada) && (shown.front + between > 0 || shown.back > 4))
-        findings.add(facts_of(rules, "account-digits-canada"), "account", no_offset,
+        findings.add(rule_named("account-digits-canada"), "account", no_offset,
                      "more than the last four digits of the account show; mask the others");
     else if (shown.front > 6 || between > 0 || shown.back > 4)
-        findings.add(facts_of(rules, "account-digits"), "account", no_offset,
+        findings.add(rule_named("account-digits"), "account", no_offset,
                      "more than the first six and the last four digits of the account show; mask "
                      "the others");
 }
@@ -347,7 +315,7 @@ void look_at_account(const subject &record, report &findings)
 rule_group secret_rules()
 {
     static constexpr pass passes[] = {look_at_texts, look_at_fields, look_at_account};
-    return {rules, passes};
+    return {conditions, passes};
 }
 
 } // namespace qel_rcpt::check

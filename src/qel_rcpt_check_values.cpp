@@ -1,5 +1,5 @@
 // Values that cannot be used: what a receipt would leave out, cut or misread.
-#include "qel_rcpt_check_int.hpp"
+#include "qel_rcpt_check.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -9,8 +9,6 @@ namespace qel_rcpt::check
 
 namespace
 {
-
-constexpr Qel_rcpt_rule_group_t values = QEL_RCPT_RULES_VALUES;
 
 // ISO 4217: the currencies that are written with "$", "€" or "£" and have two decimals.
 constexpr std::uint32_t known_currencies[] = {840, 978, 826, 124, 36,  554, 344, 702, 901, 484,
@@ -37,64 +35,15 @@ bool has_unknown_title(const subject &record)
     return action != nullptr && record.title(QEL_RCPT_LANG_EN) == action;
 }
 
-constexpr rule rules[] = {
-    {{"amount-unreadable", error, values, "amounts as decimal text with a point, such as 12.34", "",
-      "every amount", no_source, ""}},
-    {{"amount-decimals", error, values, "at most two decimals that are not zero", "",
-      "every amount", no_source, ""}},
-    {{"amount-too-large", error, values, "amounts of at most 15 digits before the point", "",
-      "every amount", no_source, ""}},
-    {{"amount-negative", warning, values, "amounts above zero; the action says what is paid back",
-      "", "every amount but balance", no_source, ""}},
-    {{"host-time-unreadable", error, values, "a date of the calendar as mmddyyHHMMSS", "",
-      "rcpt_host_ts", no_source, ""}},
-    {{"timestamp-unreadable", error, values, "seconds since 1970 as digits alone",
-      "without rcpt_host_ts", "timestamp", no_source, ""}},
-    {{"timestamp-implausible", warning, values, "a time from the years 2000 to 2099",
-      "without rcpt_host_ts", "timestamp", no_source, ""}},
-    {{"number-unreadable", warning, values, "a whole number above zero", "", "laneid, ptrannum",
-      no_source, ""}},
-    {{"flag-unclear", warning, values,
-      "1, y, yes, t, true or on to set a flag; 0, n, no, f, false, off or nothing not to", "",
-      "every flag", no_source, ""}},
-    {{"result-unknown", warning, values, "AUTH, SUCCESS, DENY, CALL, TIMEOUT or TOUT", "",
-      "code, orig_code", no_source, ""}},
-    {{"reason-unknown", note, values, "the words that the rules of the outcome know", "",
-      "u_errorcode, reversal_reason, offline_decline", no_source, ""}},
-    {{"action-unknown", warning, values, "an action that has a title", "", "action_trans, action",
-      no_source, ""},
-     has_unknown_title,
-     "action",
+constexpr condition conditions[] = {
+    {rule_named("action-unknown"), has_unknown_title, "action",
      "no title is known for this action, so its own text is printed as one"},
-    {{"entry-mode-unknown", note, values, "C, T, R, S, F or M, as docs/record.md has them", "",
-      "rcpt_entry_mode", no_source, ""}},
-    {{"currency-unknown", error, values, "a currency that is written with $, € or £", "",
-      "the configuration's currency_code", no_source, ""},
-     has_foreign_currency,
-     "",
+    {rule_named("currency-unknown"), has_foreign_currency, "",
      "the configuration's currency is none that is written with a dollar, euro or pound sign and "
      "two decimals; the receipt would show dollars"},
-    {{"currency-misnamed", error, values,
-      "the currency that the layout names: that of countries "
-      "124 (CAD) and 826 (GBP), USD for all others",
-      "Moneris e-commerce", "the configuration's currency_code and country_code", no_source, ""},
-     has_currency_of_other_country,
-     "",
+    {rule_named("currency-misnamed"), has_currency_of_other_country, "",
      "this layout names the currency by the merchant's country, and that is not the "
      "configuration's currency"},
-    {{"chip-value-malformed", warning, values,
-      "hexadecimal digits: 10 to 32 of an AID, 10 of the TVR, 4 of the TSI, 16 of a cryptogram, "
-      "pairs of all others",
-      "",
-      "rcpt_emv_aid, rcpt_emv_tvr, rcpt_emv_tsi, rcpt_emv_iad, rcpt_emv_ac, "
-      "rcpt_emv_card_decline, rcpt_emv_form_factor",
-      "EMV Book 3, annex A", november_2026}},
-    {{"value-cut", warning, values, "texts that fit the line that they stand on", "",
-      "rcpt_issuer_resp_code, rcpt_resp_code, rcpt_custom, line_items, moneris_rcpt_data, amount, "
-      "tax, surchargeamount, examount",
-      no_source, ""}},
-    {{"unknown-key", warning, values, "keys that the library reads", "", "any other key", no_source,
-      ""}},
 };
 
 // Amounts
@@ -153,17 +102,17 @@ bool look_at_amount(const subject &record, const char *key, std::string_view tex
     const amount_form form = form_of_amount(text);
     const auto place = [&](std::size_t at) { return offset == no_offset ? at : offset; };
     if (!form.is_readable)
-        findings.add(facts_of(rules, "amount-unreadable"), key, place(form.fault),
+        findings.add(rule_named("amount-unreadable"), key, place(form.fault),
                      {quoted(text), " is not an amount and would ",
                       record.is_ecommerce() ? "be printed as it stands" : "not be shown",
                       "; write digits with a point, such as 1234.50, without symbol or "
                       "separators"});
     else if (form.dropped != no_offset)
-        findings.add(facts_of(rules, "amount-decimals"), key, place(form.dropped),
+        findings.add(rule_named("amount-decimals"), key, place(form.dropped),
                      {quoted(text), " has more than two decimals, of which the rest is dropped; "
                                     "round it first"});
     else if (form.units > most_units)
-        findings.add(facts_of(rules, "amount-too-large"), key, offset,
+        findings.add(rule_named("amount-too-large"), key, offset,
                      {quoted(text), " is too large to be added up"});
     else
         return true;
@@ -174,7 +123,7 @@ void look_at_cut(const char *key, std::size_t offset, std::string_view value, st
                  report &findings)
 {
     if (value.size() > most)
-        findings.add(facts_of(rules, "value-cut"), key, offset,
+        findings.add(rule_named("value-cut"), key, offset,
                      {quoted(value), " is longer than its place on the receipt and would be cut"});
 }
 
@@ -190,7 +139,7 @@ void look_at_amounts(const subject &record, report &findings)
         const bool is_readable =
             look_at_amount(record, key.name(), record.text(key), no_offset, findings);
         if (is_readable && record.amount(key) < 0 && record_keys[place].name != "balance")
-            findings.add(facts_of(rules, "amount-negative"), key.name(), no_offset,
+            findings.add(rule_named("amount-negative"), key.name(), no_offset,
                          {quoted(record.text(key)),
                           " is below zero: it would be printed with its sign, and what is "
                           "subtracted would be added; give amounts without one"});
@@ -250,7 +199,7 @@ void look_at_times(const subject &record, report &findings)
         const std::string_view text = record.text("rcpt_host_ts");
         const std::size_t fault = find_host_time_fault(text);
         if (fault != no_offset)
-            findings.add(facts_of(rules, "host-time-unreadable"), "rcpt_host_ts", fault,
+            findings.add(rule_named("host-time-unreadable"), "rcpt_host_ts", fault,
                          {quoted(text), " is no date and time as mmddyyHHMMSS; the receipt would "
                                         "show zeros or a day that there is not"});
         return;
@@ -258,7 +207,7 @@ void look_at_times(const subject &record, report &findings)
     const std::string_view text = record.text("timestamp");
     const auto fault = std::ranges::find_if_not(text, is_digit);
     if (fault != text.end()) {
-        findings.add(facts_of(rules, "timestamp-unreadable"), "timestamp",
+        findings.add(rule_named("timestamp-unreadable"), "timestamp",
                      static_cast<std::size_t>(fault - text.begin()),
                      {quoted(text), " is not a number of seconds since 1970; the receipt would "
                                     "show another time"});
@@ -268,7 +217,7 @@ void look_at_times(const subject &record, report &findings)
     constexpr std::int64_t begin_of_2100 = 4102444800;
     const std::int64_t seconds = Qel_str_to_int64(record.get("timestamp"));
     if (!text.empty() && (seconds < begin_of_2000 || seconds >= begin_of_2100))
-        findings.add(facts_of(rules, "timestamp-implausible"), "timestamp", no_offset,
+        findings.add(rule_named("timestamp-implausible"), "timestamp", no_offset,
                      {quoted(text), " is a time before 2000 or after 2099; give seconds since "
                                     "1970, not milliseconds"});
 }
@@ -282,7 +231,7 @@ void look_at_numbers(const subject &record, report &findings)
         const auto fault = std::ranges::find_if_not(text, is_digit);
         const bool is_number = fault == text.end() && Qel_str_to_int64(record.get(key)) > 0;
         if (!text.empty() && !is_number)
-            findings.add(facts_of(rules, "number-unreadable"), key.name(), no_offset,
+            findings.add(rule_named("number-unreadable"), key.name(), no_offset,
                          {quoted(text), " is not a whole number above zero; some forms would not "
                                         "show it"});
     }
@@ -296,7 +245,7 @@ void look_at_flags(const subject &record, report &findings)
         if (record_keys[place].kind != key_kind::flag || !record.has(key))
             continue;
         if (!record.is_set(key) && !is_word(record.text(key), no_words))
-            findings.add(facts_of(rules, "flag-unclear"), key.name(), no_offset,
+            findings.add(rule_named("flag-unclear"), key.name(), no_offset,
                          {quoted(record.text(key)),
                           " is neither yes nor no and counts as no; write yes or no"});
     }
@@ -308,7 +257,7 @@ void look_at_results(const subject &record, report &findings)
                                                    "call", "timeout", "tout"};
     for (const known_key key : {known_key("orig_code"), known_key("code")}) {
         if (record.has(key) && !is_word(record.text(key), results))
-            findings.add(facts_of(rules, "result-unknown"), key.name(), no_offset,
+            findings.add(rule_named("result-unknown"), key.name(), no_offset,
                          {quoted(record.text(key)),
                           " is no result that the rules know; the "
                           "receipt would say \"",
@@ -332,7 +281,7 @@ void look_at_reasons(const subject &record, report &findings)
         {"u_errorcode", errors}, {"reversal_reason", reversals}, {"offline_decline", declines}};
     for (const auto &[key, words] : reasons) {
         if (record.has(key) && !is_word(record.text(key), words))
-            findings.add(facts_of(rules, "reason-unknown"), key.name(), no_offset,
+            findings.add(rule_named("reason-unknown"), key.name(), no_offset,
                          {quoted(record.text(key)),
                           " is none of the words that the rules know; "
                           "the receipt would say \"",
@@ -341,7 +290,7 @@ void look_at_reasons(const subject &record, report &findings)
     }
     static constexpr std::string_view entry_modes[] = {"c", "t", "r", "s", "f", "m"};
     if (record.has("rcpt_entry_mode") && !is_word(record.text("rcpt_entry_mode"), entry_modes))
-        findings.add(facts_of(rules, "entry-mode-unknown"), "rcpt_entry_mode", no_offset,
+        findings.add(rule_named("entry-mode-unknown"), "rcpt_entry_mode", no_offset,
                      {quoted(record.text("rcpt_entry_mode")),
                       " is no entry mode that the rules know; it is printed as it stands"});
 }
@@ -379,7 +328,7 @@ void look_at_chip_values(const subject &record, report &findings)
         const bool is_right = fault == text.end() && text.size() % 2 == 0 && text.size() >= least &&
                               text.size() <= most;
         if (!text.empty() && !is_right)
-            findings.add(facts_of(rules, "chip-value-malformed"), key.name(),
+            findings.add(rule_named("chip-value-malformed"), key.name(),
                          static_cast<std::size_t>(fault - text.begin()),
                          {quoted(text), " is not the hexadecimal text that a chip gives here"});
     }
@@ -408,10 +357,10 @@ void look_at_unknown_keys(const subject &record, report &findings)
         for (const record_key &known : record_keys)
             nearest.offer(known.name);
         if (nearest.found().empty())
-            findings.add(facts_of(rules, "unknown-key"), key, no_offset,
+            findings.add(rule_named("unknown-key"), key, no_offset,
                          {"nothing reads the key ", quoted(key)});
         else
-            findings.add(facts_of(rules, "unknown-key"), key, no_offset,
+            findings.add(rule_named("unknown-key"), key, no_offset,
                          {"nothing reads the key ", quoted(key), "; did you mean ",
                           quoted(nearest.found()), "?"});
     }
@@ -426,7 +375,7 @@ rule_group value_rules()
         look_at_results, look_at_reasons,      look_at_chip_values, look_at_codes,
         look_at_columns, look_at_unknown_keys,
     };
-    return {rules, passes};
+    return {conditions, passes};
 }
 
 } // namespace qel_rcpt::check

@@ -218,6 +218,9 @@ const rule_case rule_cases[] = {
     {"approval-declined", "issuer_decline:yes", "issuer_decline:no"},
     {"approval-declined", "u_errorcode:EMV_CARD_DENY", "u_errorcode:EMV_CARD_DENY,code:DENY"},
     {"chip-data-without-chip", "rcpt_entry_mode:S", "rcpt_entry_mode:T"},
+    {"chip-without-chip-data",
+     "code:DENY,rcpt_emv_aid:,rcpt_emv_tvr:,rcpt_emv_tsi:,rcpt_emv_actype:,rcpt_emv_ac:",
+     "code:DENY,rcpt_emv_aid:,rcpt_emv_tvr:,rcpt_emv_tsi:,rcpt_emv_actype:TC,rcpt_emv_ac:"},
     {"entry-mode-missing", "rcpt_entry_mode:", "rcpt_entry_mode:t"},
     {"signature-twice", "u_need_signature:yes,u_flowflags:SIGCAPTURED",
      "u_need_signature:no,u_flowflags:SIGCAPTURED"},
@@ -451,32 +454,55 @@ TEST_F(Check, SaysNothingThatMustNotBeSaid)
 
 // Card numbers
 
-// Numbers that schemes and processors publish for tests.
+// Numbers that schemes and processors publish for tests; of Mir one that is made up.
 constexpr const char *test_numbers[] = {
     "4111111111111111",    // Visa
     "4242424242424242",    //
     "4012888888881881",    //
     "4000056655665556",    //
-    "4222222222222",       // of 13 digits
+    "4007000000027",       // of 13 digits
+    "4222222222222",       //
     "5555555555554444",    // Mastercard
     "5105105105105100",    //
-    "2223003122003222",    //
     "5200828282828210",    //
+    "2223003122003222",    //
+    "2223000048400011",    //
     "378282246310005",     // American Express
     "371449635398431",     //
+    "370000000000002",     //
     "6011111111111117",    // Discover
     "6011000990139424",    //
+    "6011963280099774",    //
     "30569309025904",      // Diners Club
     "38520000023237",      //
-    "36227206271667",      //
+    "36259600000004",      //
+    "30123400000000",      //
     "3530111333300000",    // JCB
     "3566002020360505",    //
-    "6200000000000005",    // UnionPay
-    "6205500000000000004", // of 19 digits
+    "3088000000000017",    //
+    "6243030000000001",    // UnionPay
+    "6221261111117766",    //
+    "8171999927660000",    //
+    "8171999900000000021", // of 19 digits
+    "6205500000000000004", //
     "6759649826438453",    // Maestro
-    "5019717010103742",    // Dankort
-    "6771798021000008",    // Maestro
     "6304000000000000",    //
+    "6771798021000008",    //
+    "6799990100000000019", //
+    "5000000000000000005", //
+    "6703444444444449",    // Bancontact
+    "5019555544445555",    // Dankort
+    "5019717010103742",    //
+    "6331101999990016",    // Switch
+    "5610591081018250",    // Bankcard
+    "6362970000457013",    // Elo
+    "5078601870000127985", // Aura
+    "6062825624254001",    // Hipercard
+    "6082015309577308",    // RuPay
+    "6074825972083818",    //
+    "9792020000000001",    // Troy
+    "6501700194147183",    //
+    "2200000000000004",    // Mir
 };
 
 std::string grouped(std::string_view number, const std::string &separator)

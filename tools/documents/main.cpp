@@ -137,6 +137,23 @@ by scheme, country and acquirer, and change; the acquirer has the last word.** A
 is no certificate, and a finding may be one that your acquirer does not ask about: `--no-rule NAME` leaves
 it out. The rules without a source are this library's own: what it would leave out, cut or misread.
 
+What stands on general knowledge, and not on a document that is named:
+
+- **When a rule applies**, and whether it is an error or a warning: the documents mostly say what a receipt
+  of a purchase shows; that refunds and voids are asked for less is ours. They differ on the TVR, the TSI
+  and the cryptogram, which some processors require and some leave open.
+- **Which keys hold a secret**: the names under which records usually hold an expiry date, a verification
+  value, a PIN or a track.
+- **What a card number is**: 13 to 19 digits with blanks, hyphens or dashes between them, the check digit
+  of ISO/IEC 7812-1, and a range of an issuer. The register of issuers is not public; the ranges are those
+  of public lists and of the test numbers of processors, and are wider than what is issued. Left out are
+  airline cards (1…, 15 digits), transit cards (31…) and cards without a check digit, for too many other
+  numbers look like them.
+- **The first digits of an account**: six, as PCI SSC FAQ 1136 has it. PCI DSS 4.0.1 (3.4.1) speaks of the
+  BIN, which may have eight.
+- **Notices that were read second-hand**: Visa's of August 2025 as passed on by a processor
+  (Checkout.com), the requirements of the schemes as summed up by Adyen, EMV as quoted by others.
+
 The general forms are plain text, HTML, XML and JSON. A payment is a sale or an authorization.
 )";
 

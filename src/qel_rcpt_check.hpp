@@ -1,13 +1,15 @@
 // What the groups of rules of the check share: the record under check, the rule's row, and the
 // report that findings go to.
-#ifndef QEL_RCPT_CHECK_INT_HPP
-#define QEL_RCPT_CHECK_INT_HPP
+#ifndef QEL_RCPT_CHECK_HPP
+#define QEL_RCPT_CHECK_HPP
 
 #include "qel_rcpt_chars.hpp"
+#include "qel_rcpt_check_rules.hpp"
 #include "qel_rcpt_keys.hpp"
 #include "qel_rcpt_rules.hpp"
 
 #include <qel_rcpt_check.h>
+#include <qelstdlib_json.hpp>
 
 #include <array>
 #include <cstddef>
@@ -18,13 +20,6 @@
 
 namespace qel_rcpt::check
 {
-
-inline constexpr Qel_rcpt_severity_t note = QEL_RCPT_SEVERITY_NOTE;
-inline constexpr Qel_rcpt_severity_t warning = QEL_RCPT_SEVERITY_WARNING;
-inline constexpr Qel_rcpt_severity_t error = QEL_RCPT_SEVERITY_ERROR;
-
-inline constexpr const char *no_source = "";
-inline constexpr const char *november_2026 = "2026-11";
 
 // Called where the code is compiled, it is an error that names what is missing.
 inline void no_such_key() {}
@@ -170,34 +165,19 @@ class report
 
 inline constexpr std::size_t no_offset = QEL_RCPT_NO_OFFSET;
 
-// A row of a group's table. A rule that looks at the record as a whole says when the record breaks
-// it, and the key and the sentence of the finding; the others are reported by their group's passes.
-struct rule {
-    Qel_rcpt_rule_t facts;
-    bool (*is_broken)(const subject &) = nullptr;
-    const char *key = nullptr;
-    const char *sentence = nullptr;
+// A rule about the record as a whole: when the record breaks it, and the key and the sentence of
+// the finding. The other rules are reported by the passes.
+struct condition {
+    const Qel_rcpt_rule_t &rule;
+    bool (*is_broken)(const subject &);
+    const char *key;
+    const char *sentence;
 };
-
-// Called where the code is compiled, it is an error that names what is missing.
-inline void no_such_rule() {}
-
-// The facts of the rule with that name, found when the code is compiled.
-template <std::size_t Count>
-consteval const Qel_rcpt_rule_t &facts_of(const rule (&rules)[Count], std::string_view name)
-{
-    for (const rule &candidate : rules) {
-        if (name == candidate.facts.name)
-            return candidate.facts;
-    }
-    no_such_rule(); // ends the compilation
-    return rules[0].facts;
-}
 
 using pass = void (*)(const subject &, report &);
 
 struct rule_group {
-    std::span<const rule> rules;
+    std::span<const condition> conditions;
     std::span<const pass> passes;
 };
 
@@ -218,8 +198,6 @@ bool look_at_amount(const subject &record, const char *key, std::string_view tex
 // Reports a value of more bytes than fit.
 void look_at_cut(const char *key, std::size_t offset, std::string_view value, std::size_t most,
                  report &findings);
-
-const Qel_rcpt_rule_t &items_total_rule();
 
 // Whether a value under this name must stay out of a record.
 bool is_secret_name(std::string_view name);
@@ -253,6 +231,8 @@ class field_reader
     std::size_t fault_ = no_offset;
 };
 
+// Texts
+
 struct character {
     char32_t code = 0;
     std::size_t size = 1; // in bytes
@@ -282,6 +262,34 @@ class nearest_word
     std::string_view found_;
     std::size_t distance_; // less than this is near
 };
+
+// The documents inside a record
+
+inline constexpr qel::json_rules reading_rules = {512, true, false}; // as the forms read
+
+// Whether the whole text is the JSON object or array that it should be, by the bracket with which
+// it begins; of any other nothing is used, so what would be shown is lost.
+bool is_document(const subject &record, known_key key, char begin, const Qel_rcpt_rule_t &rule,
+                 const char *lost, report &findings);
+
+template <typename Members>
+void add_unknown_member(const char *key, std::string_view name, std::size_t offset,
+                        const Members &members, report &findings)
+{
+    nearest_word nearest(name);
+    for (const auto &member : members)
+        nearest.offer(member.name);
+    const Qel_rcpt_rule_t &rule = rule_named("member-unknown");
+    if (nearest.found().empty())
+        findings.add(rule, key, offset, {"nothing reads the member ", quoted(name)});
+    else
+        findings.add(rule, key, offset,
+                     {"nothing reads the member ", quoted(name), "; did you mean ",
+                      quoted(nearest.found()), "?"});
+}
+
+void look_at_line_items(const subject &record, report &findings);
+void look_at_receipt_data(const subject &record, report &findings);
 
 } // namespace qel_rcpt::check
 
