@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -90,9 +92,37 @@ char replacement(unsigned control)
     return is_space ? ' ' : '?';
 }
 
-// The text without control characters; absent when there are none.
-std::optional<std::string> stripped(std::string_view text, bool is_json)
+// Whether no byte of the text is or begins a control character. Eight are looked at together.
+bool is_printable_ascii(std::string_view text)
 {
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    const auto has_other = [](std::uint64_t bytes) { // sets the high bit of the first one
+        return ((bytes | (bytes - ones * ' ') | (bytes + ones)) & ones * 0x80U) != 0;
+    };
+    std::uint64_t bytes = 0;
+    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
+        std::memcpy(&bytes, text.data(), sizeof bytes);
+        if (has_other(bytes))
+            return false;
+    }
+    bytes = ones * ' ';
+    text.copy(reinterpret_cast<char *>(&bytes), sizeof bytes);
+    return !has_other(bytes);
+}
+
+bool is_json_key(const char *key)
+{
+    return std::ranges::any_of(
+        json_keys, [&](std::string_view known) { return Qel_str_caseeq(key, known.data()); });
+}
+
+// The value without control characters; absent when there are none.
+std::optional<std::string> stripped(const char *key, std::string_view text)
+{
+    const bool has_escapes = text.find('\\') != std::string_view::npos;
+    if (!has_escapes && is_printable_ascii(text))
+        return std::nullopt;
+    const bool is_json = has_escapes && is_json_key(key);
     std::optional<std::string> clean;
     std::size_t size = 0;
     for (std::size_t at = 0; at < text.size(); at += size) {
@@ -109,19 +139,13 @@ std::optional<std::string> stripped(std::string_view text, bool is_json)
     return clean;
 }
 
-bool is_json_key(const char *key)
-{
-    return std::ranges::any_of(
-        json_keys, [&](std::string_view known) { return Qel_str_caseeq(key, known.data()); });
-}
-
 } // namespace
 
 void Qel_rcpt_strip_control(Qel_hash_dict_t *kvs) noexcept
 {
     std::vector<std::pair<std::string, std::string>> changes; // the walk ends before them
     for (const auto &[key, value] : qel::pairs(kvs)) {
-        if (auto clean = stripped(qel::view(value), is_json_key(key)))
+        if (auto clean = stripped(key, qel::view(value)))
             changes.emplace_back(key, std::move(*clean));
     }
     for (const auto &[key, value] : changes)

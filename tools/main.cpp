@@ -48,7 +48,7 @@ std::string make_page(const tool::options &options)
     if (!layout.customer_copy && !Qel_rcpt_generate_merch_copy(config.industry))
         throw tool::input_error(name + ": this industry has no merchant copy");
     const tool::html_copy copy = tool::render_html_copy(file.record.get(), config, layout);
-    if (copy.blocks.empty()) {
+    if (copy.shown.blocks.empty()) {
         const std::vector<std::string_view> wanted(layout.blocks.begin(), layout.blocks.end());
         throw tool::input_error(name + ": the receipt has no " + tool::listed(wanted) + " block");
     }

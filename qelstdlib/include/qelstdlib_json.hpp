@@ -104,9 +104,9 @@ class json_scanner
     // Blanks and comments; false for a fault in a comment.
     bool skip_blanks()
     {
-        while (at_ != end_ && *at_ == ' ') // mostly there is one or none
+        if (at_ != end_ && *at_ == ' ') // mostly there is one or none
             ++at_;
-        return at_ == end_ || (*at_ > ' ' && *at_ != '/') || skip_more_blanks();
+        return (at_ != end_ && *at_ > ' ' && *at_ != '/') || skip_more_blanks();
     }
 
     // The text between the quote that comes next and the one that closes it.
@@ -224,16 +224,25 @@ class json_scanner
 
     [[gnu::noinline]] bool skip_more_blanks()
     {
-        while (at_ != end_) {
-            const bool is_blank = *at_ == ' ' || *at_ == '\n' || *at_ == '\t' || *at_ == '\r';
-            if (!is_blank && *at_ != '/')
-                return true;
-            if (is_blank)
+        for (;;) {
+            skip_spaces();
+            if (next() == '\n' || next() == '\t' || next() == '\r')
                 ++at_;
+            else if (next() != '/')
+                return true;
             else if (!skip_comment())
                 return false;
         }
-        return true;
+    }
+
+    // An indented line begins with many.
+    void skip_spaces()
+    {
+        constexpr std::string_view many = "        ";
+        while (view(at_, end_).substr(0, many.size()) == many)
+            at_ += many.size();
+        while (at_ != end_ && *at_ == ' ')
+            ++at_;
     }
 
     bool skip_comment()

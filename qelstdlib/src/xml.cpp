@@ -431,9 +431,18 @@ char *put(char *place, const kept_text &text)
     return place + text.view.size();
 }
 
-bool is_plain(const kept_text &text)
+// As put; absent when something in the text may have to be encoded.
+char *put_plain(char *place, const kept_text &text)
 {
-    return formats::is_plain_text(text.view.data(), text.view.size(), find_special);
+    for (std::size_t at = 0; at < text.view.size(); at += formats::stretch_len) {
+        formats::stretch bytes;
+        std::memcpy(&bytes, text.view.data() + at, sizeof bytes);
+        if (formats::has_any(find_special(bytes))) {
+            return nullptr;
+        }
+        std::memcpy(place + at, &bytes, sizeof bytes);
+    }
+    return place + text.view.size();
 }
 
 // Walks the tree along its links: one that was built may be deeper than the program's stack allows.
@@ -500,10 +509,9 @@ class writer
         end = put(end, attr.name);
         *end++ = '=';
         *end++ = '"';
-        if (is_plain(attr.value)) {
-            end = put(end, attr.value);
-            *end++ = '"';
-            out_.extend_to(end);
+        if (char *const value_end = put_plain(end, attr.value)) {
+            *value_end = '"';
+            out_.extend_to(value_end + 1);
             return;
         }
         out_.extend_to(end);
@@ -523,8 +531,8 @@ class writer
 
     void append_text(const kept_text &text)
     {
-        if (is_plain(text)) {
-            out_.extend_to(put(out_.reserve(room_for(text)), text));
+        if (const char *const end = put_plain(out_.reserve(room_for(text)), text)) {
+            out_.extend_to(end);
         } else {
             append_encoded(out_, text.view, place::content);
         }

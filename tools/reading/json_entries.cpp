@@ -91,7 +91,11 @@ bool is_out_of_range(std::string_view number)
 class entry_reader
 {
   public:
-    explicit entry_reader(std::string_view text) : text_(text) {}
+    explicit entry_reader(std::string_view text) : text_(text)
+    {
+        constexpr size_t usual_number = 64;
+        entries_.reserve(usual_number);
+    }
 
     std::vector<entry> take_entries() { return std::move(entries_); }
 
@@ -158,7 +162,12 @@ class entry_reader
 
     void add_entry(std::string_view value, entry_kind kind)
     {
-        entries_.push_back({section_, key_, std::string(value), kind, key_offset_});
+        entry &added = entries_.emplace_back();
+        added.where = section_;
+        added.key = key_;
+        added.value = value;
+        added.kind = kind;
+        added.offset = key_offset_;
     }
 
     // An object under "record" or "config" at the top is a section of an envelope.

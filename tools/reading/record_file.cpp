@@ -124,7 +124,7 @@ void check_record_member(const entry &member)
 // The library's texts end at a NUL.
 void check_nul(const entry &member)
 {
-    if ((member.key + member.value).find('\0') != std::string::npos)
+    if (member.key.find('\0') != member.key.npos || member.value.find('\0') != member.value.npos)
         throw text_error(member.offset, "NUL character in " + in_quotes(member.key));
 }
 
@@ -133,6 +133,7 @@ record_file make_record_file(const std::vector<entry> &entries, contents wanted)
     check_envelope(entries, wanted);
     record_file file;
     file.record.reset(Qel_hash_dict_create(entries.size(), 75, QEL_HASH_DICT_NONE));
+    file.members.reserve(entries.size());
     for (const entry &member : entries) {
         if (member.kind == entry_kind::opening)
             continue;
@@ -142,10 +143,11 @@ record_file make_record_file(const std::vector<entry> &entries, contents wanted)
             continue;
         }
         check_record_member(member);
-        if (Qel_hash_dict_get(file.record.get(), member.key.c_str(), nullptr))
+        const size_t num_keys = Qel_hash_dict_num_keys(file.record.get());
+        Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
+        if (Qel_hash_dict_num_keys(file.record.get()) == num_keys)
             file.repeated.push_back({member.key, member.offset});
         file.members.push_back({member.key, member.offset});
-        Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
     }
     return file;
 }

@@ -23,11 +23,11 @@ bool is_data(const receipt &shown)
     return shown.form->name == "json";
 }
 
-std::string replaced(const std::string &text, const std::string &from, const std::string &to)
+std::string replaced(const char *text, const std::string &from, const std::string &to)
 {
     if (from == to)
         return text;
-    return qel::text(Qel_strdup_replace_str(text.c_str(), from.c_str(), to.c_str())).get();
+    return qel::text(Qel_strdup_replace_str(text, from.c_str(), to.c_str())).get();
 }
 
 // The copy's blocks with a blank line between each two.
@@ -39,7 +39,7 @@ std::string copy_text(const receipt &shown, std::string_view prefix, const std::
             continue;
         if (!text.empty())
             text += eol + eol;
-        text += replaced(part.text, shown.line_break, eol);
+        text += replaced(part.text.data(), shown.line_break, eol);
     }
     return text;
 }
@@ -71,7 +71,7 @@ std::string joined_copies(const std::vector<receipt> &receipts, const std::strin
     return text;
 }
 
-std::string member(std::string_view name, const std::string &value)
+std::string member(std::string_view name, std::string_view value)
 {
     return std::string(1, '"').append(name).append("\": ").append(value);
 }
@@ -162,7 +162,7 @@ std::string xml_document(const std::vector<receipt> &receipts, const std::string
     }
     if (are_several)
         text += "</receipts>\n";
-    return replaced(text, "\n", eol);
+    return replaced(text.c_str(), "\n", eol);
 }
 
 std::string json_document(const std::vector<receipt> &receipts, const std::string &eol)
@@ -182,7 +182,7 @@ std::string json_document(const std::vector<receipt> &receipts, const std::strin
         objects.push_back(enclosed('{', members, '}'));
     }
     const std::string text = objects.size() == 1 ? objects.front() : enclosed('[', objects, ']');
-    return replaced(text + "\n", "\n", eol);
+    return replaced((text + "\n").c_str(), "\n", eol);
 }
 
 std::string as_json(const std::vector<receipt> &receipts)

@@ -89,7 +89,7 @@ html_copy render_html_copy(Qel_hash_dict_t *record, const Qel_rcpt_config_t &con
     layout.merchant_copy = !layout.customer_copy;
     const bool is_customer_copy = layout.customer_copy;
     const Qel_rcpt_lang_t lang = is_customer_copy ? config.cust_lang : config.merch_lang;
-    return {.blocks = render(record, config, layout).blocks,
+    return {.shown = render(record, config, layout),
             .lang = language_code(lang),
             .title = as_html(title_of(record, lang, is_customer_copy)),
             .signature = as_html(Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_SIGNATURE)),

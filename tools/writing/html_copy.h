@@ -13,7 +13,7 @@ namespace tool
 
 // All texts are HTML, fit for the content of an element and for an attribute.
 struct html_copy {
-    std::vector<block> blocks;
+    receipt shown;
     std::string_view lang;  // such as "en"
     std::string title;      // the merchant, what was done, and whose copy it is
     std::string signature;  // what the line to sign on is called

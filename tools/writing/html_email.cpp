@@ -321,8 +321,8 @@ std::string html_email(const html_copy &copy)
     page += "<body style=\"margin:0;padding:0;background-color:#ffffff\">\n";
     page.append(table).append("100%\"><tbody><tr>\n<td align=\"center\" style=\"padding:16px\">\n");
     page.append(table).append("380\" style=\"width:100%;max-width:380px\"><tbody>\n");
-    for (const block &part : copy.blocks) {
-        const bool is_first = &part == &copy.blocks.front();
+    for (const block &part : copy.shown.blocks) {
+        const bool is_first = &part == &copy.shown.blocks.front();
         page.append("<tr><td style=\"padding:14px 0");
         page.append(is_first ? "" : ";border-top:1px dashed #b4b8c1").append("\">\n");
         page.append(table).append("100%\"><tbody>\n");

@@ -61,8 +61,8 @@ std::string html_page(const html_copy &copy)
     page.append("<style>\n").append(receipt_style).append(page_style).append("</style>\n");
     page += "</head>\n<body>\n<main class=\"receipt";
     page += copy.is_approved ? "\">\n" : " rcpt_not_approved\">\n";
-    for (const block &part : copy.blocks)
-        page.append(for_all_people(part.text, copy)).append("\n");
+    for (const block &part : copy.shown.blocks)
+        page.append(for_all_people(std::string(part.text), copy)).append("\n");
     page += "</main>\n</body>\n</html>\n";
     return page;
 }

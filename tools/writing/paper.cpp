@@ -82,7 +82,7 @@ void paper_roll::add(const std::string &name, const receipt &shown, const Qel_ha
 {
     const qel::dict blocks(Qel_hash_dict_create(32, 75, QEL_HASH_DICT_KEYS_ORDERED));
     for (const block &one : shown.blocks)
-        Qel_hash_dict_insert(blocks.get(), one.key.c_str(), one.text.c_str());
+        Qel_hash_dict_insert(blocks.get(), one.key.data(), one.text.data());
     printer_.columns = static_cast<std::uint16_t>(shown.width);
     const bool has_customer_copy = add_copy(name, blocks.get(), record, true, quiet);
     if (!add_copy(name, blocks.get(), record, false, quiet) && !has_customer_copy)

@@ -45,13 +45,14 @@ receipt render(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, const l
     const printed_form &how = printed(*layout.form);
     if (is_for_printers(how) && !layout.raw)
         Qel_rcpt_strip_control(record);
-    const qel::dict blocks(how.generate(record, config, layout));
     const qel_rcpt::form &form = form_for(*layout.form, config);
-    receipt shown{{},
+    receipt shown{qel::dict(how.generate(record, config, layout)),
+                  {},
                   &form,
                   form.line_break.empty() ? layout.line_break : std::string(form.line_break),
                   form.width == 0 ? layout.width : form.width};
-    for (const auto [key, text] : qel::pairs(blocks.get())) {
+    shown.blocks.reserve(Qel_hash_dict_num_keys(shown.all.get()));
+    for (const auto [key, text] : qel::pairs(shown.all.get())) {
         if (is_shown(key, layout))
             shown.blocks.push_back({key, text});
     }

@@ -6,6 +6,7 @@
 #include <qel_rcpt_tables.hpp>
 #include <qelstdlib.hpp>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,14 +32,15 @@ inline bool is_form(const layout &layout, std::string_view name)
 // The blocks that the form may give to some merchant, in the order of the receipt.
 std::vector<std::string_view> blocks_of(const qel_rcpt::form &form);
 
-// A block under its full key, such as "cust_money".
+// A block under its full key, such as "cust_money". The texts are their receipt's, terminated.
 struct block {
-    std::string key;
-    std::string text;
+    std::string_view key;
+    std::string_view text;
 };
 
 // The blocks to show of one receipt, in its order.
 struct receipt {
+    std::shared_ptr<const Qel_hash_dict_t> all; // blocks, whose texts it holds
     std::vector<block> blocks;
     const qel_rcpt::form *form; // of the blocks
     std::string line_break;     // between the lines of a block

@@ -4,6 +4,7 @@
 #include <utf8.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -57,11 +58,15 @@ size_t end_of_plain(std::string_view text, size_t at)
     for (uint64_t word = 0; text.size() - at >= sizeof word; at += sizeof word) {
         std::memcpy(&word, text.data() + at, sizeof word);
         // Subtraction and addition carry into the high bit where a byte is too low or too high.
-        // They may do so for nothing in the byte above; then the bytes are looked at one by one.
-        const uint64_t special = word | (word - ones * ' ') | (word + ones) |
-                                 ((word ^ ones * '"') - ones) | ((word ^ ones * '\\') - ones);
-        if ((special & ones * 0x80U) != 0)
-            break;
+        // They may do so for nothing in the bytes above it, so only the lowest one counts.
+        const uint64_t special = (word | (word - ones * ' ') | (word + ones) |
+                                  ((word ^ ones * '"') - ones) | ((word ^ ones * '\\') - ones)) &
+                                 ones * 0x80U;
+        if (special == 0)
+            continue;
+        if (std::endian::native == std::endian::little)
+            return at + static_cast<size_t>(std::countr_zero(special)) / 8;
+        break;
     }
     const auto is_plain = [](char byte) {
         return static_cast<signed char>(byte) >= 0x20 && byte != del && byte != '"' && byte != '\\';
@@ -126,6 +131,11 @@ void append_json_text(std::string &json, std::string_view text)
         at = plain;
         if (at == text.size())
             break;
+        if (text[at] == '\n') { // what a receipt has most of
+            json += "\\n";
+            ++at;
+            continue;
+        }
         const qel::utf8_sequence character = qel::utf8_at(text.substr(at));
         const size_t size = std::max(character.size, size_t{1});
         if (!character.is_whole)
