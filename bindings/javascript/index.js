@@ -3,7 +3,7 @@
 import { documentOf } from './src/documents.js';
 import { call, decode, load as loadModule } from './src/module.js';
 import { optionsOf, prepare, settingsForPrinting } from './src/options.js';
-import { appendTexts, indexOfByte, refuseNul } from './src/record.js';
+import { appendTexts, indexOfByte, isWellFormed, refuseCharacters } from './src/record.js';
 
 export { optionsOf };
 
@@ -63,10 +63,12 @@ function run(operation, prepared, settings, record, read) {
   const { heads } = prepared;
   const texts = heads.slice();
   appendTexts(texts, record);
-  const used = settings.slice();
-  used[0] = texts.length;
-  const result = call(operation, used, texts, (bytes, module) => read(bytes, texts, module));
-  if (result === undefined) refuseNul(texts, heads.length);
+  const request = `${texts.join('\0')}\0`;
+  settings[0] = texts.length;
+  const result = isWellFormed(request)
+    ? call(operation, settings, request, (bytes, module) => read(bytes, texts, module))
+    : undefined;
+  if (result === undefined) refuseCharacters(texts, heads.length);
   return result;
 }
 
@@ -75,15 +77,16 @@ function textsOf(bytes) {
 }
 
 function readReceipt(bytes, layout) {
-  const [approved, ...texts] = textsOf(bytes);
-  const blocks = { cust: [], merch: [] };
-  for (let i = 0; i + 1 < texts.length; i += 2) {
-    const mark = texts[i].indexOf('_');
-    blocks[texts[i].slice(0, mark)].push({ name: texts[i].slice(mark + 1), text: texts[i + 1] });
+  const texts = textsOf(bytes);
+  const customer = [];
+  const merchant = [];
+  for (let i = 1; i + 1 < texts.length; i += 2) {
+    const isCustomer = texts[i].startsWith('cust_');
+    const name = texts[i].slice(isCustomer ? 'cust_'.length : 'merch_'.length);
+    (isCustomer ? customer : merchant).push({ name, text: texts[i + 1] });
   }
-  const copyOf = (name, parts) => (parts.length === 0 ? undefined : new Copy(name, parts, layout));
-  const customer = copyOf('customer', blocks.cust);
-  return new Receipt(approved === '1', customer, copyOf('merchant', blocks.merch), layout);
+  const copyOf = (name, blocks) => (blocks.length === 0 ? undefined : new Copy(name, blocks, layout));
+  return new Receipt(texts[0] === '1', copyOf('customer', customer), copyOf('merchant', merchant), layout);
 }
 
 function readFindings(bytes, record) {

@@ -74,8 +74,8 @@ class Instance {
     this.exports.request(written);
   }
 
-  call(operation, settings, texts, read) {
-    this.write(`${texts.join('\0')}\0`);
+  call(operation, settings, request, read) {
+    this.write(request);
     new Uint32Array(this.memory.buffer, this.settingsAt, settings.length).set(settings);
     const length = this.exports[operation]() >>> 0;
     if (length === BROKEN_REQUEST) return undefined;
@@ -92,12 +92,13 @@ function live() {
   return instance;
 }
 
-// Runs an operation of the module on the texts, of which the first of the settings is the number, and
-// gives what read makes of the bytes of its result; undefined when a text has a NUL.
-export function call(operation, settings, texts, read) {
+// Runs an operation of the module on the texts of a request, of which the first of the settings is the
+// number and each of which ends with a NUL, and gives what read makes of the bytes of its result;
+// undefined when there are more NULs than that.
+export function call(operation, settings, request, read) {
   const called = live();
   try {
-    const result = called.call(operation, settings, texts, read);
+    const result = called.call(operation, settings, request, read);
     if (called.memory.length > USUAL_MEMORY) instance = undefined;
     return result;
   } catch (fault) {

@@ -2,7 +2,6 @@
 
 const MOST_LEVELS = 512; // of JSON that the library reads
 const DOCUMENTS = new Set(['line_items', 'moneris_rcpt_data']); // the keys that hold JSON
-const LONE_SURROGATE = /\p{Surrogate}/u;
 
 export function quoted(text) {
   return `'${text}'`;
@@ -55,32 +54,37 @@ function scalar(value, key) {
   }
 }
 
-// JSON in which numbers and booleans are texts, as the library wants them.
-function json(value, key, level) {
-  if (value === null || value === undefined) return 'null';
+// What is to be JSON with texts for its numbers and booleans, as the library wants them. What holds
+// none is given as it is.
+function withTexts(value, key, level) {
+  if (typeof value === 'string' || value === null || value === undefined) return value;
   const text = scalar(value, key);
-  if (text !== undefined) {
-    if (LONE_SURROGATE.test(text)) refuse(key, 'holds half of a surrogate pair');
-    return JSON.stringify(text);
-  }
+  if (text !== undefined) return text;
   const isArray = Array.isArray(value);
   if (!isArray && !isPlainObject(value))
     refuse(key, `holds ${kindOf(value)}, expected texts, numbers, booleans, arrays and plain objects`);
   if (level > MOST_LEVELS) refuse(key, `is nested too deeply, expected at most ${MOST_LEVELS} levels`);
-  if (isArray) return `[${Array.from(value, (element) => json(element, key, level + 1)).join(',')}]`;
-  const members = Object.keys(value)
-    .filter((name) => value[name] !== undefined)
-    .map((name) => {
-      if (LONE_SURROGATE.test(name)) refuse(key, 'holds half of a surrogate pair');
-      return `${JSON.stringify(name)}:${json(value[name], key, level + 1)}`;
-    });
-  return `{${members.join(',')}}`;
+  let changed;
+  for (const name of Object.keys(value)) {
+    const made = withTexts(value[name], key, level + 1);
+    if (made === value[name]) continue;
+    changed ??= isArray ? value.slice() : { __proto__: null, ...value };
+    changed[name] = made;
+  }
+  return changed ?? value;
+}
+
+// Half of a surrogate pair is written as its escape.
+function json(value, key) {
+  const text = JSON.stringify(withTexts(value, key, 1));
+  if (/(?<!\\)(?:\\\\)*\\u[dD][89a-fA-F]/.test(text)) refuse(key, 'holds half of a surrogate pair');
+  return text;
 }
 
 function textOf(value, key) {
   const text = scalar(value, key);
   if (text !== undefined) return text;
-  if (DOCUMENTS.has(key)) return json(value, key, 1);
+  if (DOCUMENTS.has(key)) return json(value, key);
   return refuse(key, `is ${kindOf(value)}, expected a text, a number, true or false`);
 }
 
@@ -90,16 +94,20 @@ export function appendTexts(texts, record) {
   for (const key of Object.keys(record)) {
     const value = record[key];
     if (value === null || value === undefined) continue;
-    const text = typeof value === 'string' ? value : textOf(value, key);
-    if (LONE_SURROGATE.test(key) || LONE_SURROGATE.test(text)) refuse(key, 'holds half of a surrogate pair');
-    texts.push(key, text);
+    texts.push(key, typeof value === 'string' ? value : textOf(value, key));
   }
 }
 
-// Says which key has a NUL, where one has.
-export function refuseNul(texts, from) {
+// Whether the text is what UTF-8 can hold.
+export const isWellFormed =
+  typeof ''.isWellFormed === 'function' ? (text) => text.isWellFormed() : (text) => !/\p{Surrogate}/u.test(text);
+
+// Says which of the keys, from that place on, has what no record can hold.
+export function refuseCharacters(texts, from) {
   for (let i = from; i < texts.length; i += 2) {
-    if (`${texts[i]}${texts[i + 1]}`.includes('\0')) refuse(texts[i].replaceAll('\0', '\\0'), 'holds a NUL character');
+    const key = texts[i].replaceAll('\0', '\\0');
+    if (!isWellFormed(`${texts[i]}\0${texts[i + 1]}`)) refuse(key, 'holds half of a surrogate pair');
+    if (`${texts[i]}${texts[i + 1]}`.includes('\0')) refuse(key, 'holds a NUL character');
   }
 }
 
