@@ -1,7 +1,7 @@
 // Receipts of card transactions: what the package offers. README.md describes it.
 
 import { documentOf } from './src/documents.js';
-import { call, decode, load as loadModule } from './src/module.js';
+import { call, load as loadModule, textsOf } from './src/module.js';
 import { optionsOf, prepare, settingsForPrinting } from './src/options.js';
 import { appendTexts, indexOfByte, isWellFormed, refuseCharacters } from './src/record.js';
 
@@ -66,31 +66,27 @@ function run(operation, prepared, settings, record, read) {
   const request = `${texts.join('\0')}\0`;
   settings[0] = texts.length;
   const result = isWellFormed(request)
-    ? call(operation, settings, request, (bytes, module) => read(bytes, texts, module))
+    ? call(operation, { settings, zone: heads[0], request, read: (bytes, module) => read(bytes, module, texts) })
     : undefined;
   if (result === undefined) refuseCharacters(texts, heads.length);
   return result;
 }
 
-function textsOf(bytes) {
-  return decode(bytes).split('\0');
-}
-
-function readReceipt(bytes, layout) {
-  const texts = textsOf(bytes);
+function readReceipt(bytes, module, layout) {
+  const texts = textsOf(bytes, module);
+  const [approved, keys] = texts;
   const customer = [];
   const merchant = [];
-  for (let i = 1; i + 1 < texts.length; i += 2) {
-    const isCustomer = texts[i].startsWith('cust_');
-    const name = texts[i].slice(isCustomer ? 'cust_'.length : 'merch_'.length);
-    (isCustomer ? customer : merchant).push({ name, text: texts[i + 1] });
-  }
+  keys.split(',').forEach((key, index) => {
+    if (key.startsWith('cust_')) customer.push({ name: key.slice('cust_'.length), text: texts[index + 2] });
+    else if (key !== '') merchant.push({ name: key.slice('merch_'.length), text: texts[index + 2] });
+  });
   const copyOf = (name, blocks) => (blocks.length === 0 ? undefined : new Copy(name, blocks, layout));
-  return new Receipt(texts[0] === '1', copyOf('customer', customer), copyOf('merchant', merchant), layout);
+  return new Receipt(approved === '1', copyOf('customer', customer), copyOf('merchant', merchant), layout);
 }
 
-function readFindings(bytes, record) {
-  const texts = textsOf(bytes);
+function readFindings(bytes, module, record) {
+  const texts = textsOf(bytes, module);
   const findings = [];
   for (let i = 0; i + FINDING_TEXTS <= texts.length; i += FINDING_TEXTS) {
     const [severity, rule, key, offset, message, source, date] = texts.slice(i, i + FINDING_TEXTS);
@@ -134,22 +130,23 @@ export class Renderer {
 
   render(record) {
     const prepared = this.#prepared;
-    return run('render', prepared, prepared.settings, record, (bytes) => readReceipt(bytes, prepared));
+    return run('render', prepared, prepared.settings, record, (bytes, module) => readReceipt(bytes, module, prepared));
   }
 
   check(record) {
     const prepared = this.#prepared;
-    return run('check', prepared, prepared.settings, record, (bytes, texts) => {
+    return run('check', prepared, prepared.settings, record, (bytes, module, texts) => {
       const values = new Map();
       for (let i = prepared.heads.length; i < texts.length; i += 2) values.set(texts[i], texts[i + 1]);
-      return readFindings(bytes, values);
+      return readFindings(bytes, module, values);
     });
   }
 
   print(record) {
     const prepared = this.#prepared;
-    if (!prepared.isText) throw new TypeError(`form: '${prepared.form}' is for no printer, expected plain, moneris or moneris-ecomm`);
-    return run('print', prepared, settingsForPrinting(prepared), record, (bytes, texts, module) =>
+    if (!prepared.isText)
+      throw new TypeError(`form: '${prepared.form}' is for no printer, expected plain, moneris or moneris-ecomm`);
+    return run('print', prepared, settingsForPrinting(prepared), record, (bytes, module) =>
       readPrinted(bytes, module, prepared),
     );
   }

@@ -164,11 +164,22 @@ bool is_listed(std::string_view list, std::string_view name)
     return list.empty();
 }
 
-bool is_wanted(std::string_view key, const char *blocks)
+// The blocks of a receipt but for those that nobody asked for.
+qel::dict wanted_blocks(const transaction &made)
 {
-    const std::uint32_t copy = key.starts_with("cust_") ? customer_copy : merchant_copy;
-    return (settings_of_call.copies & copy) != 0 &&
-           is_listed(blocks, key.substr(key.find('_') + 1));
+    qel::dict all = generated(made);
+    const std::string_view names = made.text(head::blocks);
+    if (settings_of_call.copies == (customer_copy | merchant_copy) && names.empty())
+        return all;
+    qel::dict wanted(Qel_hash_dict_create(32, 75, QEL_HASH_DICT_KEYS_ORDERED));
+    for (const auto [key, text] : qel::pairs(all.get())) {
+        const std::string_view view(key);
+        const std::uint32_t copy = view.starts_with("cust_") ? customer_copy : merchant_copy;
+        if ((settings_of_call.copies & copy) != 0 &&
+            is_listed(names, view.substr(view.find('_') + 1)))
+            Qel_hash_dict_insert(wanted.get(), key, text);
+    }
+    return wanted;
 }
 
 void add_text(const char *text)
@@ -298,24 +309,38 @@ MODULE_EXPORT(result) const char *module_result()
     return result_of_call.data();
 }
 
+// Whether it is all ASCII, which is quicker to read as a whole.
+MODULE_EXPORT(result_is_ascii) std::uint32_t module_result_is_ascii()
+{
+    unsigned char bits = 0; // every byte counts, so that this can be done with vectors
+    for (const char byte : result_of_call)
+        bits |= static_cast<unsigned char>(byte);
+    return bits < 0x80 ? 1 : 0;
+}
+
+// The length of the text in it that begins at this byte.
+MODULE_EXPORT(text_length) std::uint32_t module_text_length(std::uint32_t at)
+{
+    return static_cast<std::uint32_t>(Qel_str_len(result_of_call.c_str() + at));
+}
+
 // To be called when the result was read.
 MODULE_EXPORT(release) void module_release()
 {
     release_if_large(result_of_call);
 }
 
-// "1" for what was approved or "0", then each block's key and text.
+// "1" for what was approved or "0", the blocks' keys with commas between them, then their texts.
 MODULE_EXPORT(render) std::uint32_t module_render()
 {
     return answer([](const transaction &made) {
-        const qel::dict blocks = generated(made);
+        const qel::dict blocks = wanted_blocks(made);
         add_text(is_approved(made) ? "1" : "0");
-        for (const auto [key, text] : qel::pairs(blocks.get())) {
-            if (!is_wanted(key, made.text(head::blocks)))
-                continue;
-            add_text(key);
+        for (const auto [key, text] : qel::pairs(blocks.get()))
+            result_of_call.append(key).push_back(',');
+        add_text("");
+        for (const auto [key, text] : qel::pairs(blocks.get()))
             add_text(text);
-        }
     });
 }
 
@@ -333,12 +358,7 @@ MODULE_EXPORT(check) std::uint32_t module_check()
 MODULE_EXPORT(print) std::uint32_t module_print()
 {
     return answer([](const transaction &made) {
-        const qel::dict all = generated(made);
-        const qel::dict blocks(Qel_hash_dict_create(32, 75, QEL_HASH_DICT_KEYS_ORDERED));
-        for (const auto [key, text] : qel::pairs(all.get())) {
-            if (is_wanted(key, made.text(head::blocks)))
-                Qel_hash_dict_insert(blocks.get(), key, text);
-        }
+        const qel::dict blocks = wanted_blocks(made);
         Qel_rcpt_printer_t printer = printer_of(made);
         for (const bool is_customer_copy : {true, false}) {
             Qel_rcpt_printed_t printed{};

@@ -8,6 +8,7 @@ const SUCCESS = 0; // of WASI's calls
 const NOT_SUPPORTED = 58;
 const REALTIME = 0; // of WASI's clocks
 const SHORT = 16 * 1024; // of a request, in UTF-16 units
+const PIECE = 1024; // of a text, in bytes
 const USUAL_MEMORY = 32 * 1024 * 1024;
 
 const encoder = new TextEncoder();
@@ -39,17 +40,19 @@ class Instance {
     const memory = () => this.exports.memory;
     const imports = {
       wasi_snapshot_preview1: system(memory, random),
-      qelstdlib: { time_offset: (name, time) => offsetOf(this.textAt(name), time) ?? UNKNOWN_ZONE },
+      // It asks for the zone of its request and no other.
+      qelstdlib: { time_offset: (name, time) => offsetOf(this.zone, time) ?? UNKNOWN_ZONE },
     };
     this.exports = new WebAssembly.Instance(module, imports).exports;
     this.exports._initialize();
-    this.settingsAt = this.exports.settings() >>> 0;
     this.take();
   }
 
   // Views of the memory, which are void as soon as it has grown.
   take() {
-    this.bytes = new Uint8Array(this.exports.memory.buffer);
+    const { buffer } = this.exports.memory;
+    this.bytes = new Uint8Array(buffer);
+    this.numbers = new Uint32Array(buffer, this.exports.settings() >>> 0);
   }
 
   get memory() {
@@ -74,9 +77,11 @@ class Instance {
     this.exports.request(written);
   }
 
-  call(operation, settings, request, read) {
+  call(operation, { settings, zone, request, read }) {
+    this.zone = zone;
     this.write(request);
-    new Uint32Array(this.memory.buffer, this.settingsAt, settings.length).set(settings);
+    if (this.bytes.length === 0) this.take();
+    this.numbers.set(settings);
     const length = this.exports[operation]() >>> 0;
     if (length === BROKEN_REQUEST) return undefined;
     const at = this.exports.result() >>> 0;
@@ -92,13 +97,16 @@ function live() {
   return instance;
 }
 
-// Runs an operation of the module on the texts of a request, of which the first of the settings is the
-// number and each of which ends with a NUL, and gives what read makes of the bytes of its result;
-// undefined when there are more NULs than that.
-export function call(operation, settings, request, read) {
+// Calls an operation of the module with
+//   settings  numbers, the first of which is how many texts there are in the request
+//   zone      the time zone, or ""
+//   request   the texts, each with a NUL at its end
+//   read      which is given the bytes of the result and the module, and makes the result of it
+// Undefined when the request has another number of NULs.
+export function call(operation, given) {
   const called = live();
   try {
-    const result = called.call(operation, settings, request, read);
+    const result = called.call(operation, given);
     if (called.memory.length > USUAL_MEMORY) instance = undefined;
     return result;
   } catch (fault) {
@@ -109,8 +117,31 @@ export function call(operation, settings, request, read) {
   }
 }
 
-export function decode(bytes) {
-  return decoder.decode(bytes);
+// Engines are slow behind the first character beyond ASCII, so a text is decoded in pieces, which end
+// where a character does.
+function decodeText(bytes) {
+  let text = '';
+  for (let at = 0, end = 0; at < bytes.length; at = end) {
+    end = Math.min(at + PIECE, bytes.length);
+    while (end < bytes.length && (bytes[end] & 0xc0) === 0x80) ++end;
+    text += decoder.decode(bytes.subarray(at, end));
+  }
+  return text;
+}
+
+// The texts of a result, each of which ends with a NUL.
+export function textsOf(bytes, { exports }) {
+  if (exports.result_is_ascii() === 1) {
+    const texts = decoder.decode(bytes).split('\0');
+    texts.pop();
+    return texts;
+  }
+  const texts = [];
+  for (let at = 0, end = 0; at < bytes.length; at = end + 1) {
+    end = at + exports.text_length(at);
+    texts.push(decodeText(bytes.subarray(at, end)));
+  }
+  return texts;
 }
 
 async function compile(source) {

@@ -2,8 +2,8 @@
 
 const DAY = 86400;
 const CYCLE = BigInt(146097 * DAY); // the calendar repeats after 400 years, weekdays too
-const LAST = 100_000_000_000n; // the platform's dates end some time behind it
-const FIRST = -8_640_000_000_000n; // where they begin
+const LAST = 100_000_000_000; // the platform's dates end some time behind it
+const FIRST = -8_640_000_000_000; // where they begin
 const MOST_DAYS = 4096;
 const MOST_ZONES = 1024;
 
@@ -59,7 +59,9 @@ export function isZone(name) {
 // The seconds by which clocks in the zone, for "" the platform's own, are ahead of UTC at a time in
 // seconds since 1970, a BigInt; undefined for a zone that the platform does not know.
 export function offsetOf(name, time) {
-  const near = time > LAST ? time % CYCLE : time < FIRST ? FIRST : time;
-  if (name === '') return Math.round(new Date(Number(near) * 1000).getTimezoneOffset() * -60);
-  return find(name)?.offset(Number(near));
+  let near = Number(time);
+  if (near > LAST) near = Number(time % CYCLE);
+  if (near < FIRST) near = FIRST;
+  if (name === '') return Math.round(new Date(near * 1000).getTimezoneOffset() * -60);
+  return find(name)?.offset(near);
 }
