@@ -175,14 +175,20 @@ class record
     ~record() = default;
 
     // A key that is there keeps its place and takes the new value.
-    record &set(std::string_view key, std::string_view value)
+    record &set(std::string_view key, std::string_view value) &
     {
         Qel_hash_dict_insert(native(), std::string(key).c_str(), std::string(value).c_str());
         return *this;
     }
+    record &&set(std::string_view key, std::string_view value) &&
+    {
+        return std::move(set(key, value));
+    }
 
-    // Borrowed until the value is replaced or erased.
-    std::optional<std::string_view> get(std::string_view key) const
+    // Borrowed until the value is replaced or erased, so that the record must have a name that
+    // lives longer.
+    std::optional<std::string_view> get(std::string_view key) const && = delete;
+    std::optional<std::string_view> get(std::string_view key) const &
     {
         const char *value = nullptr;
         if (!Qel_hash_dict_get(native(), std::string(key).c_str(), &value))
@@ -197,11 +203,12 @@ class record
     }
 
     // Takes the control characters out of every value, which a printer would obey.
-    record &strip_control() noexcept
+    record &strip_control() &noexcept
     {
         Qel_rcpt_strip_control(dict_.get());
         return *this;
     }
+    record &&strip_control() &&noexcept { return std::move(strip_control()); }
 
     std::size_t size() const noexcept { return Qel_hash_dict_num_keys(native()); }
 

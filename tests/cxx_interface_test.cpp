@@ -128,6 +128,16 @@ constexpr bool lends<Blocks, std::void_t<decltype(std::declval<Blocks>().begin()
 static_assert(lends<rcpt::blocks &> && lends<const rcpt::blocks &>);
 static_assert(!lends<rcpt::blocks> && !lends<const rcpt::blocks>);
 
+template <typename Record, typename = void>
+constexpr bool lends_value = false;
+template <typename Record>
+constexpr bool lends_value<Record, std::void_t<decltype(std::declval<Record>().get("amount"))>> =
+    true;
+
+static_assert(lends_value<rcpt::record &> && lends_value<const rcpt::record &>);
+static_assert(!lends_value<rcpt::record> && !lends_value<const rcpt::record>);
+static_assert(!lends_value<decltype(rcpt::record().set("a", "1").strip_control())>);
+
 // The C interface's bits too.
 constexpr Qel_rcpt_ind_t fuel_shop = QEL_RCPT_IND_RETAIL | QEL_RCPT_IND_AUTOFUEL;
 static_assert(fuel_shop == 33U);

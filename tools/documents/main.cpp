@@ -148,7 +148,9 @@ What stands on general knowledge, and not on a document that is named:
   of ISO/IEC 7812-1, and a range of an issuer. The register of issuers is not public; the ranges are those
   of public lists and of the test numbers of processors, and are wider than what is issued. Left out are
   airline cards (1…, 15 digits), transit cards (31…) and cards without a check digit, for too many other
-  numbers look like them.
+  numbers look like them. Of 1,000,000 texts of 13 to 19 digits by chance 17,588 are taken for card
+  numbers, and all of 47 test numbers are found in each of ten ways of writing them: `scripts/card-numbers`
+  counts both.
 - **The first digits of an account**: six, as PCI SSC FAQ 1136 has it. PCI DSS 4.0.1 (3.4.1) speaks of the
   BIN, which may have eight.
 - **Notices that were read second-hand**: Visa's of August 2025 as passed on by a processor
