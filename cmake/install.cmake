@@ -12,7 +12,7 @@ else()
   set(QELRCPT_IS_SHARED FALSE)
 endif()
 
-install(FILES share/receipt.css
+install(FILES share/receipt.css share/qelrcpt-api.json
   DESTINATION ${CMAKE_INSTALL_DATADIR}/qelrcpt COMPONENT qelrcpt_development)
 install(FILES man/libqelrcpt.3
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT qelrcpt_development)

@@ -108,7 +108,7 @@ QEL_API void Qel_rcpt_strip_control(Qel_hash_dict_t *kvs) QEL_NOEXCEPT;
  *           lists the keys.
  *   config  the merchant; absent: English, US dollars, country 840, local time zone, unknown
  *           industry.
- * and returns a new dictionary that the caller releases with Qel_hash_dict_destroy, never absent.
+ * and returns a new dictionary, released by Qel_hash_dict_destroy, never absent.
  * Its keys are "cust_" or "merch_" and the block's name, first the customer copy's blocks from top
  * to bottom, then the merchant copy's when there is one; a block with nothing to show has no entry.
  */

@@ -246,13 +246,13 @@ QEL_API bool Qel_rcpt_was_signature_electronic(const Qel_hash_dict_t *kvs) QEL_N
 QEL_API const char *Qel_rcpt_get_signature_electronic(const Qel_hash_dict_t *kvs,
                                                       Qel_rcpt_lang_t lang) QEL_NOEXCEPT;
 
-/* The request to retain the copy. */
+/* The request to retain the copy; never absent. */
 QEL_API const char *Qel_rcpt_get_notice(Qel_rcpt_lang_t lang) QEL_NOEXCEPT;
 
-/* The mark of a duplicate. */
+/* The mark of a duplicate; never absent. */
 QEL_API const char *Qel_rcpt_get_duplicate(Qel_rcpt_lang_t lang) QEL_NOEXCEPT;
 
-/* Whose copy it is. */
+/* Whose copy it is; never absent. */
 QEL_API const char *Qel_rcpt_get_whos_copy(bool is_custcopy, Qel_rcpt_lang_t lang) QEL_NOEXCEPT;
 
 /* True when rcpt_duplicate, u_rcpt_duplicate or u_duplicate is set. */
@@ -289,7 +289,8 @@ QEL_API void Qel_rcpt_generate_line_items(const char *items, void *info,
                                           void *ret) QEL_NOEXCEPT;
 
 /* A static word for the type: "item", "addon", "item_discount_percent", "item_discount_fixed",
- * "order_discount_percent", "order_discount_fixed", "order_discount_cash", "note", or "unknown". */
+ * "order_discount_percent", "order_discount_fixed", "order_discount_cash", "note", or "unknown";
+ * never absent. */
 QEL_API const char *Qel_rcpt_line_item_type_to_str(Qel_rcpt_line_item_type_t type) QEL_NOEXCEPT;
 
 /* Transaction types */

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""coprocess_test.py COMMAND LANGUAGE FOLDER [--bench COUNT], coprocess_test.py COMMAND --document
+"""coprocess_test.py COMMAND LANGUAGE FOLDER [--bench COUNT]; coprocess_test.py COMMAND --document
 
 The client for a language (examples/coprocess) beside the command that stays open: good and bad
 records, a command that dies, one that cannot be started. With --bench the time of a round trip
@@ -25,7 +25,10 @@ SECONDS = 60  # more than any answer takes
 LONGEST_CLIENT = 30  # lines of code
 OPTIONS = ["--batch", "--jobs", "1", "--quiet", "--copy", "customer"]
 
-SALE = {"record": {"amount": 5, "merch_name": "Zoë's 茶 £", "timestamp": 1}, "config": {"currency": "GBP"}}
+SALE = {
+    "record": {"amount": 5, "merch_name": "Zoë's 茶 £", "timestamp": 1},
+    "config": {"currency": "GBP"},
+}
 UNKNOWN_LANGUAGE = {"config": {"lang": "tlh"}, "record": {"amount": 5}}
 
 # Language: its client, what builds it and what runs it; the first word has to be installed.

@@ -98,6 +98,6 @@ fi
 # The command finds its libraries beside it, and the manual and the completion belong to it.
 "$prefix/bin/qelrcpt" --width 20 --block money "$source/examples/records/void.json" >"$work/command"
 grep -q '^TOTAL: ' "$work/command"
-for file in share/qelrcpt/receipt.css share/man/man1/qelrcpt.1 share/man/man3/libqelrcpt.3; do
+for file in share/qelrcpt/{receipt.css,qelrcpt-api.json} share/man/man{1/qelrcpt.1,3/libqelrcpt.3}; do
   [ -s "$prefix/$file" ] || { echo "$file is not installed"; exit 1; }
 done

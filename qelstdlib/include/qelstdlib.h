@@ -57,7 +57,7 @@ QEL_API size_t Qel_str_len(const char *str) QEL_NOEXCEPT;
  * broken text too. 0 for absent. */
 QEL_API size_t Qel_utf8_cnt(const char *str) QEL_NOEXCEPT;
 
-/* The text itself, or a static "" for absent. */
+/* The text itself, or a static "" for absent; never absent. */
 QEL_API const char *Qel_str_safe(const char *str) QEL_NOEXCEPT;
 
 /* True for '0' to '9' only. */
@@ -152,7 +152,7 @@ typedef enum Qel_str_justify QEL_ENUM_U32 {
     QEL_STR_JUSTIFY_LEFT_TRUNC_RIGHT = 3 /* from the left, cut on the right, filled on the right */
 } Qel_str_justify_t;
 
-/* New empty buffer, ended by Qel_buf_cancel or Qel_buf_finish_str. */
+/* New empty buffer, released by Qel_buf_cancel or Qel_buf_finish_str; never absent. */
 QEL_API Qel_buf_t *Qel_buf_create(void) QEL_NOEXCEPT;
 
 /* Appends the text; absent adds nothing. */
@@ -169,7 +169,7 @@ QEL_API void Qel_buf_add_fill(Qel_buf_t *buf, uint8_t byte, size_t count) QEL_NO
 QEL_API void Qel_buf_add_str_just(Qel_buf_t *buf, const char *str, Qel_str_justify_t justify,
                                   uint8_t fill, size_t width) QEL_NOEXCEPT;
 
-/* The contents so far, borrowed until the buffer changes or ends; "" for absent. */
+/* The contents so far, borrowed until the buffer changes or ends; "" for absent, never absent. */
 QEL_API const char *Qel_buf_peek(const Qel_buf_t *buf) QEL_NOEXCEPT;
 
 /* Ends the buffer and drops its contents; absent is ignored. */
@@ -187,7 +187,8 @@ typedef enum Qel_list_str_flags QEL_ENUM_U32 {
     QEL_LIST_STR_NONE = 1 /* insertion order */
 } Qel_list_str_flags_t;
 
-/* New empty list, released by Qel_list_str_destroy. Every list keeps insertion order. */
+/* New empty list, released by Qel_list_str_destroy; never absent. Every list keeps insertion
+ * order. */
 QEL_API Qel_list_str_t *Qel_list_str_create(uint32_t flags) QEL_NOEXCEPT;
 
 /* Appends a copy of the text; absent is stored as "". */
@@ -200,8 +201,8 @@ QEL_API size_t Qel_list_str_len(const Qel_list_str_t *list) QEL_NOEXCEPT;
  * absent past the end. */
 QEL_API const char *Qel_list_str_at(const Qel_list_str_t *list, size_t idx) QEL_NOEXCEPT;
 
-/* New text: the entries in order with the separator (absent: none) between each two. "" for an
- * empty or absent list. */
+/* New text, never absent: the entries in order with the separator (absent: none) between each two.
+ * "" for an empty or absent list. */
 QEL_API char *Qel_list_str_join_str(const Qel_list_str_t *list, const char *separator) QEL_NOEXCEPT;
 
 /* Releases the list and its entries; absent is ignored. */
@@ -221,10 +222,10 @@ typedef enum Qel_hash_dict_flags QEL_ENUM_U32 {
     QEL_HASH_DICT_KEYS_SORTASC = 16
 } Qel_hash_dict_flags_t;
 
-/* New empty dictionary, released by Qel_hash_dict_destroy. init_size is the number of keys to make
- * room for, fill_pct the percentage of slots in use above which the table grows; both are hints,
- * any value is taken. flags: an OR of Qel_hash_dict_flags_t. A key is found in constant time,
- * whoever chose the keys: their hash is SipHash-1-3 with a salt of the process. */
+/* New empty dictionary, released by Qel_hash_dict_destroy; never absent. init_size is the number of
+ * keys to make room for, fill_pct the percentage of slots in use above which the table grows; both
+ * are hints, any value is taken. flags: an OR of Qel_hash_dict_flags_t. A key is found in constant
+ * time, whoever chose the keys: their hash is SipHash-1-3 with a salt of the process. */
 QEL_API Qel_hash_dict_t *Qel_hash_dict_create(size_t init_size, size_t fill_pct,
                                               uint32_t flags) QEL_NOEXCEPT;
 
@@ -255,11 +256,11 @@ QEL_API size_t Qel_hash_dict_num_keys(const Qel_hash_dict_t *dict) QEL_NOEXCEPT;
 
 /* Moves every pair of src, in its order, into *dest, whose rules for comparison and order apply,
  * and releases src; of equal keys the later value wins. An absent src changes nothing; an absent
- * *dest takes src over. */
+ * *dest takes src over; without a dest, src stays the caller's. */
 QEL_API void Qel_hash_dict_merge(Qel_hash_dict_t **dest, Qel_hash_dict_t *src) QEL_NOEXCEPT;
 
-/* Starts a walk, stores it in *walk (absent for an absent dict) and returns the number of pairs.
- * The caller ends it with Qel_hash_dict_enumerate_free; the dictionary must not change meanwhile.
+/* Starts a walk, which is released by Qel_hash_dict_enumerate_free, stores it in *walk (absent for
+ * an absent dict) and returns the number of pairs. The dictionary must not change meanwhile.
  * Without an order flag the walk follows insertion order too. */
 QEL_API size_t Qel_hash_dict_enumerate(const Qel_hash_dict_t *dict,
                                        Qel_hash_dict_enum_t **walk) QEL_NOEXCEPT;
@@ -273,7 +274,7 @@ QEL_API bool Qel_hash_dict_enumerate_next(const Qel_hash_dict_t *dict, Qel_hash_
 QEL_API void Qel_hash_dict_enumerate_free(Qel_hash_dict_enum_t *walk) QEL_NOEXCEPT;
 
 /* Parses the first len bytes of text, such as key:value,"key":"a ""quoted"" value", into a new
- * dictionary with the given flags.
+ * dictionary with the given flags, released by Qel_hash_dict_destroy.
  *
  * pair_sep stands between pairs; the first unquoted kv_sep splits a pair and later ones belong to
  * the value. A quote opens quoted text only as the first byte of a key or value; inside, separators
@@ -294,8 +295,8 @@ QEL_API void Qel_hash_dict_destroy(Qel_hash_dict_t *dict) QEL_NOEXCEPT;
 
 typedef struct Qel_hash_u64str Qel_hash_u64str_t;
 
-/* New empty table, released by Qel_hash_u64str_destroy. Sizes as for Qel_hash_dict_create; flags
- * must be 0. */
+/* New empty table, released by Qel_hash_u64str_destroy; never absent. Sizes as for
+ * Qel_hash_dict_create; flags must be 0. */
 QEL_API Qel_hash_u64str_t *Qel_hash_u64str_create(size_t init_size, size_t fill_pct,
                                                   uint32_t flags) QEL_NOEXCEPT;
 
@@ -365,7 +366,7 @@ QEL_API void Qel_time_tolocal(Qel_time_t t, Qel_time_localtm_t *localtm,
 
 /* New text by the format: %m %d %H %M %S and %y with at least two digits (%y prints year2), %Y with
  * at least four, %% and literal bytes. An all-zero record prints zeros. "" when anything is
- * absent. */
+ * absent; never absent. */
 QEL_API char *Qel_time_to_str(const char *fmt, const Qel_time_localtm_t *localtm) QEL_NOEXCEPT;
 
 #ifdef __cplusplus

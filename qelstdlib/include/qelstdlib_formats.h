@@ -61,8 +61,8 @@ typedef enum Qel_json_error QEL_ENUM_U32 {
     QEL_JSON_ERROR_DEPTH = 4     /* more than 512 levels */
 } Qel_json_error_t;
 
-/* Parses the first len bytes of text into a new tree and returns its root, which the caller
- * destroys; absent when the text is absent, empty or not valid JSON.
+/* Parses the first len bytes of text into a new tree and returns its root, released by
+ * Qel_json_node_destroy; absent when the text is absent, empty or not valid JSON.
  *
  * Comments of both kinds and a leading byte-order mark are accepted. A repeated member name
  * replaces the earlier value in its place. Numbers keep their text, whatever their size. With
@@ -76,7 +76,9 @@ QEL_API Qel_json_node_t *Qel_json_read(const char *text, size_t len, uint32_t fl
                                        size_t *processed, Qel_json_error_t *error,
                                        size_t *error_line, size_t *error_pos) QEL_NOEXCEPT;
 
-/* New empty node of the type: an object, an array, an empty string, the number 0, false or null. */
+/* New empty node of the type, released by Qel_json_node_destroy: an object, an array, an empty
+ * string, the number 0, false or null. Absent for QEL_JSON_TYPE_UNKNOWN and what is no
+ * type. */
 QEL_API Qel_json_node_t *Qel_json_node_create(Qel_json_type_t type) QEL_NOEXCEPT;
 
 /* The node's type; QEL_JSON_TYPE_UNKNOWN for absent. */
@@ -110,7 +112,7 @@ QEL_API size_t Qel_json_array_len(const Qel_json_node_t *node) QEL_NOEXCEPT;
 /* The element at idx, counted from 0, borrowed; absent past the end. */
 QEL_API Qel_json_node_t *Qel_json_array_at(const Qel_json_node_t *node, size_t idx) QEL_NOEXCEPT;
 
-/* Appends val and takes ownership of it; false as for Qel_json_object_insert. */
+/* Appends an element and takes ownership of val; false as for Qel_json_object_insert. */
 QEL_API bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) QEL_NOEXCEPT;
 
 /* Detaches the node from its parent: it outlives the rest of the tree and the caller destroys it.
@@ -146,13 +148,14 @@ typedef enum Qel_xml_writer_flags QEL_ENUM_U32 {
     QEL_XML_WRITER_SELFCLOSE_SPACE = 128
 } Qel_xml_writer_flags_t;
 
-/* New document node; written, it is its children only, without a declaration. */
+/* New document node, released by Qel_xml_node_destroy; never absent. Written, it is its children
+ * only, without a declaration. */
 QEL_API Qel_xml_node_t *Qel_xml_create_doc(void) QEL_NOEXCEPT;
 
-/* New element, the last child of parent, borrowed from its tree; without a parent it is a root that
- * the caller destroys. A name that is no valid XML name is written as one: characters that may not
- * stand there as '_', a '_' in front of a name that may not begin as it does, '_' for an empty one.
- */
+/* New element, never absent: the last child of parent, borrowed from its tree; without a parent, a
+ * root released by Qel_xml_node_destroy. A name that is no valid XML name is written as one:
+ * characters that may not stand there as '_', a '_' in front of a name that may not begin as it
+ * does, '_' for an empty one. */
 QEL_API Qel_xml_node_t *Qel_xml_create_element(const char *name,
                                                Qel_xml_node_t *parent) QEL_NOEXCEPT;
 
