@@ -7,6 +7,10 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   if(NOT EXISTS ${folder}/DEBIAN/postinst)
     continue()
   endif()
+  file(STRINGS ${folder}/DEBIAN/postinst ldconfig REGEX ldconfig)
+  if(NOT ldconfig)
+    continue() # one of our own
+  endif()
   file(REMOVE ${folder}/DEBIAN/postinst ${folder}/DEBIAN/postrm)
   file(WRITE ${folder}/DEBIAN/triggers "activate-noawait ldconfig\n")
   execute_process(COMMAND dpkg-deb --root-owner-group --build ${folder} ${package}

@@ -54,4 +54,16 @@ qelrcpt_package(qelrcpt_command qelrcpt utils "libqelrcpt1 ${same}, libqelstdlib
   "receipts of card transactions (command)"
   "Renders the record of a card transaction, read from a file, as receipts.")
 
+if(QELRCPT_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL qelrcpt_python)
+  qelrcpt_package(qelrcpt_python python3-qelrcpt python
+    "libqelrcpt1 ${same}, libqelstdlib2 ${same}, python3 (>= 3.9)"
+    "receipts of card transactions (Python)"
+    "Renders the record of a card transaction as receipts from Python, checks
+records and makes the bytes for receipt printers.")
+  set(CPACK_DEBIAN_QELRCPT_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/bindings/python/debian/postinst
+    ${PROJECT_SOURCE_DIR}/bindings/python/debian/prerm)
+endif()
+
 include(CPack)

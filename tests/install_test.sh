@@ -90,9 +90,12 @@ END
   exit 0
 fi
 
-if command -v python3 >/dev/null; then
-  python3 "$source/examples/receipt.py" "$lib/libqelrcpt.so.1" >"$work/python"
-  expect python "$(printf '%-26s%s' 'GESAMT:' '€18,40')" 'Total: €18,40'
+# The Python package too, where it is built.
+packages=$prefix/lib/python3/dist-packages
+if [ -e "$packages" ]; then
+  PYTHONPATH=$packages /usr/bin/env python3 -B "$source/examples/receipt.py" >"$work/python"
+  expect python "$(printf '%-26s%s' 'GESAMT:' '€18,40')" 'Total: €18,40' \
+    "$(printf '%-15s%s' 'ZEIT:' '14/03/26 16:41:07')"
 fi
 
 # The command finds its libraries beside it, and the manual and the completion belong to it.

@@ -16,7 +16,7 @@ HERE = Path(__file__).resolve().parent
 BROUGHT = HERE / "libqelrcpt"
 SOURCE = BROUGHT if BROUGHT.exists() else HERE.parents[1]
 PARTS = ["CMakeLists.txt", "cmake", "include", "qelstdlib", "src", "bindings/python/CMakeLists.txt",
-         "bindings/python/native", "bindings/python/src"]  # fmt: skip
+         "bindings/python/native"]  # fmt: skip
 
 
 def version() -> str:
@@ -34,12 +34,12 @@ class CMakeBuild(build_ext):
         generator = ["-G", "Ninja"] if shutil.which("ninja") else []
         self._run("cmake", "-S", str(SOURCE), "-B", str(build), *generator,
                   "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF", "-DQELRCPT_PYTHON=ON",
-                  "-DQELRCPT_TOOLS=OFF", "-DQELRCPT_TESTS=OFF", "-DQELRCPT_PYTHON_DIR=.",
+                  "-DQELRCPT_TOOLS=OFF", "-DQELRCPT_TESTS=OFF", "-DQELRCPT_PYTHON_WHEEL=ON",
                   f"-DPython3_EXECUTABLE={sys.executable}",
                   *os.environ.get("CMAKE_ARGS", "").split())  # fmt: skip
         self._run("cmake", "--build", str(build), "--target", "qelrcpt_python", "--parallel")
         self._run("cmake", "--install", str(build), "--prefix", str(target), "--strip",
-                  "--component", "qelrcpt_python_native")  # fmt: skip
+                  "--component", "qelrcpt_python")  # fmt: skip
 
     def _run(self, *command: str) -> None:
         self.announce(" ".join(command), level=2)
