@@ -51,7 +51,7 @@ def _scalar_text(key: str, value: object, is_amount: bool = True) -> Optional[st
         raise _wrong_kind(key, value) from None
     if abs(number) >= _LARGEST:
         raise ValueError(f"{key!r} has too many digits, expected at most {_MOST_DIGITS}")
-    return str(number)
+    return int.__repr__(number)  # str() of an IntEnum is its name before Python 3.11
 
 
 def _decimal_text(key: str, number: Decimal, is_amount: bool) -> str:
