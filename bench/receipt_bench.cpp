@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -89,6 +90,19 @@ class table_reporter : public benchmark::ConsoleReporter
             for (const sample &sample : samples)
                 print_row(form, sample);
         }
+        for (const sample &sample : samples)
+            print_beside(sample);
+    }
+
+    void print_beside(const sample &sample) const
+    {
+        for (const auto &[what, name] : {std::pair("check", "Checking the record"),
+                                         std::pair("print", "One copy for a printer")}) {
+            const auto found = times_.find(std::string(what) + "/" + sample.name);
+            if (found != times_.end())
+                std::printf("%s, %s: %.0f ns, %.0f allocations\n", name, sample.name,
+                            found->second.ns, found->second.allocations);
+        }
     }
 
     void print_row(const form &form, const sample &sample) const
@@ -144,6 +158,20 @@ void register_form(const form &form, const sample &sample)
     });
     benchmark::RegisterBenchmark((name + "/receipt").c_str(), [&form, in](benchmark::State &state) {
         measure(state, [&] { generate(form, *in); });
+    });
+}
+
+// What goes with a receipt.
+void register_beside(const sample &sample)
+{
+    const auto in = std::make_shared<input>(read(sample));
+    const std::string name = std::string("/") + sample.name;
+    benchmark::RegisterBenchmark(("check" + name).c_str(), [in](benchmark::State &state) {
+        measure(state, [&] { check(*in); });
+    });
+    benchmark::RegisterBenchmark(("print" + name).c_str(), [in](benchmark::State &state) {
+        const qel::dict plain = finished_blocks(forms[0], *in);
+        measure(state, [&] { print(plain.get(), *in); });
     });
 }
 
@@ -215,6 +243,8 @@ int main(int argc, char **argv)
         for (const sample &sample : samples)
             register_form(form, sample);
     }
+    for (const sample &sample : samples)
+        register_beside(sample);
     for (const form &form : forms) {
         const bool is_general = !std::string_view(form.name).starts_with("moneris");
         for (const growth &growth : growths) {

@@ -1,5 +1,5 @@
-// One receipt of each form and sample, and its floor, for scripts/instructions to count under
-// Callgrind: the counts of each go to a dump of their own.
+// One receipt of each form and sample, its floor, and what goes with it, for scripts/instructions
+// to count under Callgrind: the counts of each go to a dump of their own.
 #include "workload.h"
 
 #include <unistd.h>
@@ -66,8 +66,16 @@ int main(int argc, char **argv)
         }
     }
     for (const sample &sample : samples) {
-        if (wanted(1, "reading") && wanted(2, sample.name))
+        if (!wanted(2, sample.name))
+            continue;
+        if (wanted(1, "reading"))
             count_reading(sample);
+        const input in = read(sample);
+        const qel::dict plain = finished_blocks(forms[0], in);
+        if (wanted(1, "checking"))
+            count("checking", sample, "record", [&] { check(in); });
+        if (wanted(1, "printing"))
+            count("printing", sample, "copy", [&] { print(plain.get(), in); });
     }
     Qel_rcpt_deinit();
 }

@@ -6,6 +6,8 @@
 #include "reading/record_file.h"
 
 #include <qel_rcpt.h>
+#include <qel_rcpt_check.h>
+#include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
 
 #include <string>
@@ -83,6 +85,18 @@ inline void generate(const form &form, const input &input)
 inline qel::dict finished_blocks(const form &form, const input &input)
 {
     return qel::dict(form.generate(input.file.record.get(), &input.config));
+}
+
+// The check of a record, and the bytes of its plain text, the customer's copy, for a printer.
+inline void check(const input &input)
+{
+    Qel_rcpt_check(input.file.record.get(), &input.config, QEL_RCPT_FORM_GENERAL, nullptr, nullptr);
+}
+
+inline void print(const Qel_hash_dict_t *blocks, const input &input)
+{
+    const Qel_rcpt_printer_t printer{};
+    qel::text(Qel_rcpt_print(blocks, input.file.record.get(), true, &printer, nullptr));
 }
 
 // What the interface alone costs: a block dictionary created, filled with the same finished blocks

@@ -42,6 +42,24 @@ inline std::size_t width_of(std::string_view text)
     return width;
 }
 
+// Whether the text is nothing but ASCII from the blank to the tilde.
+inline bool is_visible_ascii(std::string_view text)
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    const auto has_other = [](std::uint64_t bytes) { // each sets a high bit, which may carry on
+        return ((bytes | (bytes - ones * ' ') | (bytes + ones)) & ones * 0x80U) != 0;
+    };
+    std::uint64_t bytes = 0;
+    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
+        std::memcpy(&bytes, text.data(), sizeof bytes);
+        if (has_other(bytes))
+            return false;
+    }
+    bytes = ones * ' ';
+    text.copy(reinterpret_cast<char *>(&bytes), sizeof bytes);
+    return !has_other(bytes);
+}
+
 constexpr std::string_view trim_front(std::string_view text)
 {
     while (!text.empty() && is_space(text.front()))

@@ -102,6 +102,21 @@ bool is_control(char32_t code)
 
 // The record
 
+namespace
+{
+
+// The sum behind what an operation of the core writes, in hundredths.
+std::int64_t hundredths_of(char *(*format)(const Qel_hash_dict_t *, const Qel_rcpt_attrs_t *),
+                           const Qel_hash_dict_t *kvs)
+{
+    Qel_rcpt_attrs_t bare{};
+    bare.currency_sym = "";
+    bare.currency_dec = '.';
+    return Qel_atofi100(qel::text(format(kvs, &bare)).get());
+}
+
+} // namespace
+
 subject::subject(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config, Qel_rcpt_form_t form)
     : kvs_(kvs), form_(form)
 {
@@ -133,6 +148,8 @@ subject::subject(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config, Qe
                    kind == Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, QEL_RCPT_MSG_AUTHORIZATION) ||
                    Qel_str_caseeq(action_, "preauthcomplete"));
     outcome_ = find_outcome();
+    subtotal_ = hundredths_of(Qel_rcpt_format_subtotal, kvs);
+    order_subtotal_ = hundredths_of(Qel_rcpt_format_order_subtotal, kvs);
 }
 
 // A dictionary that forgives the case of keys finds a key however it is written.
@@ -206,31 +223,6 @@ const char *subject::title(Qel_rcpt_lang_t lang) const
         return get_title(kvs_, lang);
     const qel::dict custom = parse_custom_fields(kvs_);
     return get_title_moneris(kvs_, lang, qel_rcpt::get(custom.get(), "correction_type"));
-}
-
-namespace
-{
-
-// The sum behind what an operation of the core writes, in hundredths.
-std::int64_t hundredths_of(char *(*format)(const Qel_hash_dict_t *, const Qel_rcpt_attrs_t *),
-                           const Qel_hash_dict_t *kvs)
-{
-    Qel_rcpt_attrs_t bare{};
-    bare.currency_sym = "";
-    bare.currency_dec = '.';
-    return Qel_atofi100(qel::text(format(kvs, &bare)).get());
-}
-
-} // namespace
-
-std::int64_t subject::subtotal() const
-{
-    return hundredths_of(Qel_rcpt_format_subtotal, kvs_);
-}
-
-std::int64_t subject::order_subtotal() const
-{
-    return hundredths_of(Qel_rcpt_format_order_subtotal, kvs_);
 }
 
 // The report

@@ -105,8 +105,8 @@ class subject
     // The transaction's title in a language; absent without an action.
     [[nodiscard]] const char *title(Qel_rcpt_lang_t lang) const;
     // The subtotal as the receipt computes it, in hundredths.
-    [[nodiscard]] std::int64_t subtotal() const;
-    [[nodiscard]] std::int64_t order_subtotal() const;
+    [[nodiscard]] std::int64_t subtotal() const { return subtotal_; }
+    [[nodiscard]] std::int64_t order_subtotal() const { return order_subtotal_; }
 
   private:
     [[nodiscard]] std::size_t place_of(const char *key, const char *value) const;
@@ -121,6 +121,8 @@ class subject
     const char *action_ = nullptr;
     bool is_payment_ = false;
     outcome outcome_ = outcome::open;
+    std::int64_t subtotal_ = 0;
+    std::int64_t order_subtotal_ = 0;
 };
 
 inline constexpr std::uint32_t country_us = 840; // ISO 3166-1

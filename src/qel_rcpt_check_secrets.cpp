@@ -149,6 +149,11 @@ bool is_secret_name(std::string_view name)
 namespace
 {
 
+bool is_visible(char chr)
+{
+    return chr >= ' ' && chr <= '~';
+}
+
 // Reports the first control character and the first byte that belongs to no character.
 void look_at_characters(const char *key, std::string_view value, report &findings)
 {
@@ -156,13 +161,15 @@ void look_at_characters(const char *key, std::string_view value, report &finding
     bool was_broken = false;
     character chr;
     for (std::size_t at = 0; at < value.size() && !(was_control && was_broken); at += chr.size) {
+        chr.size = 1;
+        if (is_visible(value[at]) || value[at] == '\n' || value[at] == '\r' || value[at] == '\t')
+            continue;
         chr = first_character(value.substr(at));
-        const bool is_break = chr.code == '\t' || chr.code == '\n' || chr.code == '\r';
         if (chr.is_broken && !was_broken) {
             was_broken = true;
             findings.add(rule_named("broken-utf8"), key, at,
                          "the text is not UTF-8; convert it from the character set that it is in");
-        } else if (!chr.is_broken && !is_break && is_control(chr.code) && !was_control) {
+        } else if (!chr.is_broken && is_control(chr.code) && !was_control) {
             was_control = true;
             findings.add(rule_named("control-character"), key, at,
                          "a control character, or one that turns the direction of writing, would "
@@ -171,34 +178,27 @@ void look_at_characters(const char *key, std::string_view value, report &finding
     }
 }
 
-// What a text has that calls for a closer look.
-struct text_marks {
-    bool is_plain = true;   // visible ASCII
-    std::size_t digits = 0; // the most in a row, with nothing between them but blanks and hyphens
-};
-
-text_marks marks_of(std::string_view value)
+// Whether so many digits stand in a row, with nothing between them but blanks and hyphens.
+bool has_digits(std::string_view value, std::size_t count)
 {
-    text_marks marks;
-    std::size_t digits = 0;
-    for (const char chr : value) {
-        const bool is_visible = chr >= ' ' && chr <= '~';
-        marks.is_plain = marks.is_plain && is_visible;
-        if (is_digit(chr))
-            marks.digits = std::max(marks.digits, ++digits);
-        else if (is_visible && chr != ' ' && chr != '-')
-            digits = 0;
+    const auto is_gap = [](char chr) { return chr == ' ' || chr == '-' || !is_visible(chr); };
+    const auto *at = value.begin();
+    while ((at = std::find_if(at, value.end(), is_digit)) != value.end()) {
+        std::size_t digits = 0;
+        for (; at != value.end() && (is_digit(*at) || is_gap(*at)); ++at)
+            digits += is_digit(*at) ? 1 : 0;
+        if (digits >= count)
+            return true;
     }
-    return marks;
+    return false;
 }
 
 void look_at_text(const char *key, std::string_view value, bool is_hex, report &findings)
 {
     constexpr std::size_t fewest_digits = 12;
-    const text_marks marks = marks_of(value);
-    if (!marks.is_plain)
+    if (!is_visible_ascii(value))
         look_at_characters(key, value, findings);
-    if (marks.digits < fewest_digits)
+    if (value.size() < fewest_digits || !has_digits(value, fewest_digits))
         return;
     if (const std::size_t at = find_track(value); at != no_offset)
         return findings.add(track_data, key, at,

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -92,24 +90,6 @@ char replacement(unsigned control)
     return is_space ? ' ' : '?';
 }
 
-// Whether no byte of the text is or begins a control character. Eight are looked at together.
-bool is_printable_ascii(std::string_view text)
-{
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    const auto has_other = [](std::uint64_t bytes) { // sets the high bit of the first one
-        return ((bytes | (bytes - ones * ' ') | (bytes + ones)) & ones * 0x80U) != 0;
-    };
-    std::uint64_t bytes = 0;
-    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
-        std::memcpy(&bytes, text.data(), sizeof bytes);
-        if (has_other(bytes))
-            return false;
-    }
-    bytes = ones * ' ';
-    text.copy(reinterpret_cast<char *>(&bytes), sizeof bytes);
-    return !has_other(bytes);
-}
-
 bool is_json_key(const char *key)
 {
     return std::ranges::any_of(
@@ -120,7 +100,7 @@ bool is_json_key(const char *key)
 std::optional<std::string> stripped(const char *key, std::string_view text)
 {
     const bool has_escapes = text.find('\\') != std::string_view::npos;
-    if (!has_escapes && is_printable_ascii(text))
+    if (!has_escapes && qel_rcpt::is_visible_ascii(text))
         return std::nullopt;
     const bool is_json = has_escapes && is_json_key(key);
     std::optional<std::string> clean;

@@ -4,12 +4,10 @@
 #ifndef QEL_RCPT_KEYS_HPP
 #define QEL_RCPT_KEYS_HPP
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <numeric>
 #include <string_view>
 
 namespace qel_rcpt
@@ -299,34 +297,44 @@ inline constexpr record_key record_keys[] = {
      "exactly `recurring`, in this case: no billing address", "", "recurring"},
 };
 
-constexpr std::string_view record_key_name(std::uint8_t place)
+// Where a key is looked for in the index: the slot that it names or one of those behind it.
+constexpr std::size_t record_key_slot(std::string_view key)
 {
-    return record_keys[place].name;
+    const auto code = [&](std::size_t at) { return static_cast<unsigned char>(key[at]); };
+    return key.empty() ? 0 : key.size() * 7 + code(key.size() / 2) * 29 + code(key.size() - 1) * 5;
 }
 
-// The order for a binary search: by length first, which is compared faster than letters.
-constexpr bool is_before(std::string_view a, std::string_view b)
-{
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-}
-
-// The places of the keys in the table in that order.
-inline constexpr auto record_key_order = [] {
-    std::array<std::uint8_t, std::size(record_keys)> places{};
-    std::iota(places.begin(), places.end(), std::uint8_t{0});
-    std::ranges::sort(places, is_before, record_key_name);
-    return places;
+// The places of the keys in the table, each in the first of its slots that was free; elsewhere the
+// table's size.
+inline constexpr auto record_key_index = [] {
+    std::array<std::uint8_t, 256> index{};
+    index.fill(static_cast<std::uint8_t>(std::size(record_keys)));
+    for (std::uint8_t place = 0; place < std::size(record_keys); ++place) {
+        std::size_t slot = record_key_slot(record_keys[place].name);
+        while (index[slot % index.size()] < std::size(record_keys))
+            ++slot;
+        index[slot % index.size()] = place;
+    }
+    return index;
 }();
-static_assert(std::ranges::adjacent_find(record_key_order, {}, record_key_name) ==
-              record_key_order.end());
 
 // The place of a key in the table; the table's size for any other text.
 constexpr std::size_t find_record_key(std::string_view key)
 {
-    const auto found = std::ranges::lower_bound(record_key_order, key, is_before, record_key_name);
-    const bool is_known = found != record_key_order.end() && record_key_name(*found) == key;
-    return is_known ? *found : std::size(record_keys);
+    for (std::size_t slot = record_key_slot(key);; ++slot) {
+        const std::size_t place = record_key_index[slot % record_key_index.size()];
+        if (place == std::size(record_keys) || record_keys[place].name == key)
+            return place;
+    }
 }
+
+static_assert([] { // each stands there once
+    for (std::size_t place = 0; place < std::size(record_keys); ++place) {
+        if (find_record_key(record_keys[place].name) != place)
+            return false;
+    }
+    return true;
+}());
 
 constexpr bool is_record_key(std::string_view key)
 {
