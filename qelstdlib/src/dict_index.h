@@ -2,25 +2,16 @@
 #ifndef QELSTDLIB_DICT_INDEX_H
 #define QELSTDLIB_DICT_INDEX_H
 
+#include "dict_entry.h"
 #include "key_hash.h"
 #include "qelstdlib_int.h"
 
 #include <bit>
-#include <list>
 #include <utility>
 #include <vector>
 
 namespace qel
 {
-
-struct dict_entry {
-    dict_entry(std::string_view its_key, std::string_view its_val) : key(its_key), val(its_val) {}
-
-    std::string key;
-    std::string val;
-    std::size_t hash = 0;
-    std::list<dict_entry>::iterator place{}; // its own
-};
 
 inline unsigned char lower_byte(char chr)
 {
@@ -126,7 +117,8 @@ class dict_index
     [[nodiscard]] dict_entry *find(std::string_view key, std::size_t hash) const
     {
         std::size_t at = first_slot(hash);
-        while (slots_[at] != nullptr && !(slots_[at]->hash == hash && equal_(slots_[at]->key, key)))
+        while (slots_[at] != nullptr &&
+               !(slots_[at]->hash == hash && equal_(slots_[at]->key(), key)))
             at = next_slot(at);
         return slots_[at];
     }

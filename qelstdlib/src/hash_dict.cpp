@@ -2,7 +2,6 @@
 #include "qelstdlib_int.h"
 
 #include <array>
-#include <list>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -32,61 +31,67 @@ struct Qel_hash_dict {
     void store(std::string_view key, std::string_view val)
     {
         if (dict_entry *const found = find(key)) {
-            found->val.assign(val);
+            found->set_val(val);
             return;
         }
-        entries.emplace_back(key, val);
-        add_last_to_index();
+        append(dict_entry::create(key, val));
     }
 
-    // Takes the first entry of another dictionary's list, without copying it.
-    void take_first(std::list<dict_entry> &source)
+    // Takes an entry of another dictionary, without copying it where the key is a new one.
+    void take(std::unique_ptr<dict_entry> entry)
     {
-        const auto first = source.begin();
-        if (dict_entry *const found = find(first->key)) {
-            found->val = std::move(first->val);
-            source.erase(first);
-            return;
-        }
-        entries.splice(entries.end(), source, first);
-        add_last_to_index();
+        if (dict_entry *const found = find(entry->key()))
+            found->set_val(entry->val());
+        else
+            append(std::move(entry));
     }
 
-    void remove(const dict_entry &removed)
+    void remove(dict_entry &removed)
     {
         index.remove(removed);
-        entries.erase(removed.place);
+        entries.take(removed);
+    }
+
+    // In insertion order or sorted.
+    [[nodiscard]] std::vector<dict_entry *> in_order() const
+    {
+        std::vector<dict_entry *> all;
+        all.reserve(entries.size());
+        for (dict_entry *each = entries.first(); each != nullptr; each = each->next)
+            all.push_back(each);
+        if (sorted)
+            std::ranges::sort(all, qel::dict_less{ignore_case}, &dict_entry::key);
+        return all;
     }
 
     bool ignore_case;
     bool sorted;
-    std::list<dict_entry> entries;
+    qel::dict_entries entries;
     qel::dict_hash hash;
     qel::dict_index index;
 
   private:
-    void add_last_to_index()
+    void append(std::unique_ptr<dict_entry> entry)
     {
-        dict_entry &last = entries.back();
-        last.place = std::prev(entries.end());
+        dict_entry &added = entries.append(std::move(entry));
         if (hash.expect(entries.size()))
             return index_anew();
-        last.hash = hash(last.key);
-        index.add(last);
+        added.hash = hash(added.key());
+        index.add(added);
     }
 
     void index_anew()
     {
         index.clear();
-        for (dict_entry &each : entries) {
-            each.hash = hash(each.key);
-            index.add(each);
+        for (dict_entry *each = entries.first(); each != nullptr; each = each->next) {
+            each->hash = hash(each->key());
+            index.add(*each);
         }
     }
 };
 
 struct Qel_hash_dict_enum {
-    std::vector<const dict_entry *> pairs;
+    std::vector<dict_entry *> pairs;
     std::size_t next = 0;
 };
 
@@ -118,7 +123,7 @@ const char *Qel_hash_dict_get_direct(const Qel_hash_dict_t *dict, const char *ke
     if (dict == nullptr || key == nullptr)
         return nullptr;
     const dict_entry *const found = dict->find(key);
-    return found == nullptr ? nullptr : found->val.c_str();
+    return found == nullptr ? nullptr : found->val();
 }
 
 const char *Qel_hash_dict_get_direct_default(const Qel_hash_dict_t *dict, const char *key,
@@ -132,7 +137,7 @@ bool Qel_hash_dict_remove(Qel_hash_dict_t *dict, const char *key) noexcept
 {
     if (dict == nullptr || key == nullptr)
         return false;
-    const dict_entry *const found = dict->find(key);
+    dict_entry *const found = dict->find(key);
     if (found == nullptr)
         return false;
     dict->remove(*found);
@@ -154,13 +159,8 @@ void Qel_hash_dict_merge(Qel_hash_dict_t **dest, Qel_hash_dict_t *src) noexcept
     }
 
     const std::unique_ptr<Qel_hash_dict> source(src);
-    if (source->sorted)
-        source->entries.sort(
-            [less = qel::dict_less{source->ignore_case}](const dict_entry &a, const dict_entry &b) {
-                return less(a.key, b.key);
-            });
-    while (!source->entries.empty())
-        (*dest)->take_first(source->entries);
+    for (dict_entry *const each : source->in_order())
+        (*dest)->take(source->entries.take(*each));
 }
 
 size_t Qel_hash_dict_enumerate(const Qel_hash_dict_t *dict, Qel_hash_dict_enum_t **walk) noexcept
@@ -172,11 +172,7 @@ size_t Qel_hash_dict_enumerate(const Qel_hash_dict_t *dict, Qel_hash_dict_enum_t
         return 0;
 
     auto started = std::make_unique<Qel_hash_dict_enum>();
-    started->pairs.reserve(dict->entries.size());
-    for (const dict_entry &pair : dict->entries)
-        started->pairs.push_back(&pair);
-    if (dict->sorted)
-        std::ranges::sort(started->pairs, qel::dict_less{dict->ignore_case}, &dict_entry::key);
+    started->pairs = dict->in_order();
     *walk = started.release();
     return (*walk)->pairs.size();
 }
@@ -190,9 +186,9 @@ bool Qel_hash_dict_enumerate_next(const Qel_hash_dict_t * /*the walk knows it*/,
 
     const dict_entry &pair = *walk->pairs[walk->next++];
     if (key != nullptr)
-        *key = pair.key.c_str();
+        *key = pair.key().data();
     if (val != nullptr)
-        *val = pair.val.c_str();
+        *val = pair.val();
     return true;
 }
 
