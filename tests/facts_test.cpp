@@ -51,8 +51,19 @@ void expect_in(const std::string &file, std::initializer_list<std::string> texts
         EXPECT_TRUE(text.empty() || holds(document, text)) << file << " lacks " << text;
 }
 
+std::size_t count_of(const std::string &document, std::string_view text)
+{
+    std::size_t count = 0;
+    for (size_t at = document.find(text); at != std::string::npos; at = document.find(text, at + 1))
+        ++count;
+    return count;
+}
+
 TEST(Facts, Languages)
 {
+    EXPECT_EQ(count_of(contents("include/qel_rcpt.h"), "    QEL_RCPT_LANG_"),
+              std::size(qel_rcpt::languages))
+        << "src/qel_rcpt_tables.hpp has a row for each enumerator";
     for (const qel_rcpt::language &language : qel_rcpt::languages) {
         const std::string code = language.code;
         std::string enumerator = "QEL_RCPT_LANG_" + code;
@@ -111,6 +122,27 @@ TEST(Facts, Forms)
         if (const size_t hyphen = escaped.find('-'); hyphen != std::string::npos)
             escaped.insert(hyphen, "\\");
         expect_in("man/qelrcpt.1", {escaped});
+    }
+}
+
+// The words of the packages for other languages, which their options are said with.
+TEST(Facts, Bindings)
+{
+    const std::string words = "bindings/javascript/src/words.js";
+    for (const qel_rcpt::language &language : qel_rcpt::languages)
+        expect_in(words, {std::string(language.code) + ": " + std::to_string(language.id)});
+    for (const qel_rcpt::currency &currency : qel_rcpt::currencies)
+        expect_in(words, {std::string(currency.name) + ": " + std::to_string(currency.code)});
+    for (const qel_rcpt::country &country : qel_rcpt::countries) {
+        for (const char *name : {country.alpha2, country.alpha3})
+            expect_in(words, {std::string(name) + ": " + std::to_string(country.code)});
+    }
+    for (const qel_rcpt::form &form : qel_rcpt::forms) {
+        const std::string name(form.name);
+        const bool is_word = name.find('-') == std::string::npos;
+        expect_in(words, {is_word ? name + ": {" : "'" + name + "': {"});
+        for (const std::string_view block : form.blocks)
+            expect_in(words, {"'" + std::string(block) + "'"});
     }
 }
 
