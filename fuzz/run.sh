@@ -19,9 +19,9 @@ export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:malloc_context_size=8
 export UBSAN_OPTIONS=print_stacktrace=1
 export TZ=UTC
 if [ "$seconds" = merge ]; then
-  exec "$target" -merge=1 -timeout=10 -rss_limit_mb=2048 -max_len=8192 "$3" "$found"
+  exec "$target" -merge=1 -timeout=60 -rss_limit_mb=2048 -max_len=8192 "$3" "$found"
 fi
 # Weighing inputs by their entropy costs a third of the time here, with thousands of branches each.
-exec "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=8192 \
+exec "$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -max_len=8192 \
   -entropic=0 -dict="$here/record.dict" -artifact_prefix="$found-" -print_final_stats=1 \
   "$found" "$here/corpus/$samples"
