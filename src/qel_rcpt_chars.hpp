@@ -2,6 +2,8 @@
 #ifndef QEL_RCPT_CHARS_HPP
 #define QEL_RCPT_CHARS_HPP
 
+#include <qelstdlib.hpp>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -26,20 +28,10 @@ constexpr bool is_continuation(char chr)
     return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80U;
 }
 
-// In characters, as Qel_utf8_cnt counts. Eight bytes are looked at together.
+// In characters.
 inline std::size_t width_of(std::string_view text)
 {
-    constexpr std::uint64_t ones = 0x0101010101010101U;
-    std::size_t width = text.size();
-    for (; text.size() >= sizeof ones; text.remove_prefix(sizeof ones)) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text.data(), sizeof bytes);
-        const std::uint64_t continuations = (bytes >> 7U) & (~bytes >> 6U) & ones; // 1 for each
-        width -= continuations * ones >> 56U;                                      // their sum
-    }
-    for (const char byte : text)
-        width -= is_continuation(byte) ? 1 : 0;
-    return width;
+    return qel::utf8_cnt(text);
 }
 
 // Whether the text is nothing but ASCII from the blank to the tilde.

@@ -53,8 +53,9 @@ enum differs : unsigned {
     by_nothing = 0,
     by_language = 1,
     by_balance = 2, // which only the customer is shown
-    by_copy = 4,    // in any case
-    merch_only = 8, // the customer has no such block
+    by_symbol = 4,  // the side of amounts with the currency's symbol; by_language covers it
+    by_copy = 8,    // in any case
+    merch_only = 16 // the customer has no such block
 };
 
 // One step of a generator: builds a block of a copy. State is the generator's state record, with
@@ -78,12 +79,12 @@ consteval bool makes_blocks_of(std::string_view form, const block_builder<State>
     return std::ranges::equal(builders, form_named(form).blocks, {}, &block_builder<State>::name);
 }
 
-// Whether the merchant's block is the customer's. Amounts are alike where the symbol stands on the
-// same side.
+// Whether the merchant's block is the customer's.
 inline bool are_alike(unsigned copies, const Qel_hash_dict_t *kvs, const Qel_rcpt_attrs_t &cust,
                       const Qel_rcpt_attrs_t &merch)
 {
-    return (copies & (by_copy | merch_only)) == 0 && cust.csym_right == merch.csym_right &&
+    return (copies & (by_copy | merch_only)) == 0 &&
+           ((copies & by_symbol) == 0 || cust.csym_right == merch.csym_right) &&
            ((copies & by_language) == 0 || cust.lang == merch.lang) &&
            ((copies & by_balance) == 0 ||
             Qel_str_isempty(Qel_hash_dict_get_direct(kvs, "balance")));

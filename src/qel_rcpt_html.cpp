@@ -318,7 +318,7 @@ void generate_block_notes(Qel_rcpt_html_t &info, const block_slot &slot)
 constexpr qel_rcpt::block_builder<Qel_rcpt_html_t> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
-    {"items", generate_block_line_items, qel_rcpt::by_nothing},
+    {"items", generate_block_line_items, qel_rcpt::by_symbol},
     {"order_money", generate_block_order_money},
     {"money", generate_block_money, qel_rcpt::by_language | qel_rcpt::by_balance},
     {"disposition", generate_block_disposition},

@@ -131,9 +131,9 @@ void generate_block_notes(Qel_rcpt_json_t &info, const block_slot &slot)
 constexpr qel_rcpt::block_builder<Qel_rcpt_json_t> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
-    {"items", generate_block_line_items, qel_rcpt::by_nothing},
-    {"order_money", generate_block_order_money, qel_rcpt::by_nothing},
-    {"money", generate_block_money, qel_rcpt::by_balance},
+    {"items", generate_block_line_items, qel_rcpt::by_symbol},
+    {"order_money", generate_block_order_money, qel_rcpt::by_symbol},
+    {"money", generate_block_money, qel_rcpt::by_symbol | qel_rcpt::by_balance},
     {"disposition", generate_block_disposition},
     {"signature", generate_block_signature, qel_rcpt::merch_only},
     {"emv", generate_block_emv, qel_rcpt::by_nothing},

@@ -7,6 +7,8 @@
 #include "qelstdlib_formats.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -53,6 +55,22 @@ inline std::string_view view(const char *str) noexcept
 inline std::string_view view(const text &str) noexcept
 {
     return view(str.get());
+}
+
+// As Qel_utf8_cnt: the bytes that go on with no character, eight at a time.
+inline std::size_t utf8_cnt(std::string_view str) noexcept
+{
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    std::size_t count = str.size();
+    for (; str.size() >= sizeof ones; str.remove_prefix(sizeof ones)) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, str.data(), sizeof bytes);
+        const std::uint64_t continuations = (bytes >> 7U) & (~bytes >> 6U) & ones; // 1 for each
+        count -= continuations * ones >> 56U;                                      // their sum
+    }
+    for (const char byte : str)
+        count -= (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U ? 1 : 0;
+    return count;
 }
 
 // The pairs of a dictionary in its order, for a range-based for:

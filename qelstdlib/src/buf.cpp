@@ -17,6 +17,8 @@ struct text_start {
 
 text_start first_chars(std::string_view str, std::size_t max_chars)
 {
+    if (str.size() <= max_chars)
+        return {str.size(), qel::utf8_cnt(str)};
     std::size_t chars = 0;
     std::size_t bytes = 0;
     for (; bytes < str.size(); ++bytes) {
@@ -33,7 +35,10 @@ text_start first_chars(std::string_view str, std::size_t max_chars)
 
 Qel_buf_t *Qel_buf_create(void) noexcept
 {
-    return std::make_unique<Qel_buf>().release();
+    constexpr std::size_t usual_len = 100; // of a line
+    auto buf = std::make_unique<Qel_buf>();
+    buf->text.reserve(usual_len);
+    return buf.release();
 }
 
 void Qel_buf_add_str(Qel_buf_t *buf, const char *str) noexcept

@@ -42,8 +42,7 @@ size_t Qel_str_len(const char *str) noexcept
 
 size_t Qel_utf8_cnt(const char *str) noexcept
 {
-    const std::string_view text = view(str);
-    return text.size() - static_cast<size_t>(std::ranges::count_if(text, qel::is_continuation));
+    return qel::utf8_cnt(view(str));
 }
 
 const char *Qel_str_safe(const char *str) noexcept
