@@ -3,6 +3,7 @@
 #include "qel_rcpt_rows.hpp"
 #include "qel_rcpt_rules.hpp"
 
+#include <algorithm>
 #include <array>
 #include <initializer_list>
 #include <iterator>
@@ -11,6 +12,7 @@
 
 using qel_rcpt::block_slot;
 using qel_rcpt::get;
+using qel_rcpt::html_names;
 using qel_rcpt::row;
 
 namespace
@@ -78,23 +80,22 @@ Qel_xml_node_t *add_span(Qel_xml_node_t *parent, const char *id, const char *cla
 }
 
 // A value that stands alone; nothing without one.
-void add_val(const html_block &block, const char *id, std::string_view classes, const char *value)
+void add_val(const html_block &block, const html_names &names, const char *value)
 {
     if (!Qel_str_isempty(value))
-        add_element(block.element, "div", value, id, joined_name({"rcpt_val ", classes}).c_str());
+        add_element(block.element, "div", value, names.id, names.classes.data());
 }
 
 // A value with its label, which may be absent; nothing without a value. The lane has no id.
-void add_group(const html_block &block, std::string_view id, std::string_view classes,
-               const char *label, const char *value)
+void add_group(const html_block &block, const html_names &names, const char *label,
+               const char *value)
 {
     if (Qel_str_isempty(value))
         return;
-    Qel_xml_node_t *group =
-        add_element(block.element, "div", nullptr, joined_name({id, "_group"}).c_str(),
-                    joined_name({"rcpt_group ", classes}).c_str());
-    add_span(group, joined_name({id, "_label"}).c_str(), "rcpt_group_label", label);
-    add_span(group, id.empty() ? nullptr : id.data(), "rcpt_group_val", value);
+    Qel_xml_node_t *group = add_element(block.element, "div", nullptr, names.group_id.data(),
+                                        names.group_classes.data());
+    add_span(group, names.label_id.data(), "rcpt_group_label", label);
+    add_span(group, Qel_str_isempty(names.id) ? nullptr : names.id, "rcpt_group_val", value);
 }
 
 // What HTML writes in another way than XML: it has no name for the apostrophe, and a reference to a
@@ -134,7 +135,7 @@ void for_each_value(const html_block &block, const block_slot &slot, std::span<c
 
 void add_group(const html_block &block, const row &row, const char *text)
 {
-    add_group(block, row.html.id, row.html.classes, block.message(row.label.full), text);
+    add_group(block, row.html, block.message(row.label.full), text);
 }
 
 // Values without a label stand alone.
@@ -142,7 +143,7 @@ void add_rows(const html_block &block, const block_slot &slot, std::span<const r
 {
     for_each_value(block, slot, rows, [&](const row &row, const char *text) {
         if (row.label.full == QEL_RCPT_MSG_NONE)
-            add_val(block, row.html.id, row.html.classes, text);
+            add_val(block, row.html, text);
         else
             add_group(block, row, text);
     });
@@ -159,10 +160,20 @@ void add_groups(const html_block &block, const block_slot &slot, std::span<const
 
 void generate_block_merchinfo(Qel_rcpt_html_t &info, const block_slot &slot)
 {
+    static constexpr auto names = [] {
+        std::array<html_names, std::size(qel_rcpt::merchant_fields)> of_fields;
+        std::ranges::transform(qel_rcpt::merchant_fields, of_fields.begin(),
+                               [](const qel_rcpt::merchant_field &field) {
+                                   return html_names(field.key, field.html_class);
+                               });
+        return of_fields;
+    }();
     const html_block block = create_block(info, "merch_info", "merch info");
-    for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
-        add_val(block, field.key, field.html_class,
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const qel_rcpt::merchant_field &field = qel_rcpt::merchant_fields[i];
+        add_val(block, names[i],
                 qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, field.missing));
+    }
     add_block(block, slot);
 }
 
@@ -172,7 +183,7 @@ void add_custom_fields(const html_block &block)
     for (const auto [name, value] : qel::pairs(fields.get())) {
         std::array<char, 64> id{};
         Qel_snprintf(id.data(), id.size(), "custom_%s", qel_rcpt::clean_field_name(name).get());
-        add_group(block, id.data(), "custom", name, value);
+        add_group(block, {id.data(), "custom"}, name, value);
     }
 }
 
@@ -277,9 +288,9 @@ void generate_block_disposition(Qel_rcpt_html_t &info, const block_slot &slot)
     const html_block block = create_block(info, "disposition");
     for_each_value(block, slot, qel_rcpt::disposition_rows, [&](const row &row, const char *text) {
         if (row.is("auth_mode"))
-            add_group(block, row.html.id, row.html.classes, "Mode", text); // in any language
+            add_group(block, row.html, "Mode", text); // in any language
         else
-            add_val(block, row.html.id, row.html.classes, text);
+            add_val(block, row.html, text);
     });
     add_block(block, slot);
 }
@@ -302,7 +313,8 @@ void generate_block_notice(Qel_rcpt_html_t &info, const block_slot &slot)
 {
     const html_block block = create_block(info, "notice");
     const auto [label, price] = qel_rcpt::get_alternative_price(info.kvs);
-    add_group(block, "alt_price", "alt_price", block.message(label),
+    static constexpr html_names names("alt_price", "alt_price");
+    add_group(block, names, block.message(label),
               qel::text(Qel_rcpt_format_money(price, &info.attrs)).get());
     add_groups(block, slot, qel_rcpt::notice_rows);
     add_block(block, slot);

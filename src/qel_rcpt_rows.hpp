@@ -7,6 +7,8 @@
 
 #include <qelstdlib.hpp>
 
+#include <algorithm>
+#include <array>
 #include <span>
 #include <string_view>
 #include <variant>
@@ -59,12 +61,38 @@ struct row_labels {
     Qel_rcpt_msg_t brief;
 };
 
+// The ids and classes of a value in HTML, alone or in a group with its label. Those of a row are
+// put together when the code is compiled.
+struct html_names {
+    using text = std::array<char, 72>;
+
+    constexpr html_names() = default;
+    // An id of at most 63 bytes.
+    constexpr html_names(const char *of_value, std::string_view more_classes)
+        : id(of_value), group_id(joined(id, "_group")), label_id(joined(id, "_label")),
+          group_classes(joined("rcpt_group ", more_classes)),
+          classes(joined("rcpt_val ", more_classes))
+    {
+    }
+
+    const char *id = "";
+    text group_id{};
+    text label_id{};
+    text group_classes{};
+    text classes{}; // of a value alone
+
+  private:
+    static constexpr text joined(std::string_view begin, std::string_view end)
+    {
+        text whole{};
+        std::ranges::copy(end, std::ranges::copy(begin, whole.begin()).out);
+        return whole;
+    }
+};
+
 struct row {
     const char *name; // of the XML element and the JSON member
-    struct {
-        const char *id;
-        const char *classes;
-    } html;
+    html_names html;
     row_labels label;
     value_source value;
     form_set shown = in_all;
