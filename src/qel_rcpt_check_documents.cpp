@@ -61,7 +61,7 @@ bool is_document(const subject &record, known_key key, char begin, const Qel_rcp
     if (fault.problem != qel::json_problem::none) {
         findings.add(rule, key.name(), std::min(fault.at, text.size()),
                      {"this cannot be read as JSON, so ", lost, " would be shown; ",
-                      words_of(fault.problem)});
+                      fault.at < text.size() ? words_of(fault.problem) : "it ends too early"});
         return false;
     }
     const std::size_t first = text.find_first_of("{[\"0123456789tfn-");
@@ -191,13 +191,13 @@ class data_handler
                           "this entry is no JSON object and would stay empty");
         else
             findings_.add(rule_named("member-not-text"), key, at,
-                          {"the value is ", wanted_kind(), " elsewhere, so it would not be shown"});
+                          {wanted_kind(), " should stand here; what does would not be shown"});
     }
 
     [[nodiscard]] const char *wanted_kind() const
     {
         if (depth_ > 1 || section_->members.empty())
-            return "a JSON string";
+            return "a text in double quotes";
         return section_->is_array ? "a JSON array" : "a JSON object";
     }
 

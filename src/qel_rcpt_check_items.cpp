@@ -228,8 +228,10 @@ class items_handler
         }
         items_[level_ - 1].type = item_type::unknown;
         nearest_word nearest(text);
-        for (const item_type_name &known : item_types)
-            nearest.offer(known.name);
+        for (const item_type_name &known : item_types) {
+            if (!is_cash)
+                nearest.offer(known.name);
+        }
         findings_.add(rule_named("item-type-unknown"), key, at,
                       {quoted(text),
                        " is no type of an entry here, so it would be shown as an "

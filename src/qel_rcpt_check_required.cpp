@@ -51,13 +51,23 @@ bool lacks_amount(const subject &record)
     return !record.has("amount") && (record.is_payment() || record.action() == nullptr);
 }
 
+bool is_purchase(const subject &record)
+{
+    return record.is_payment() && record.is_approved();
+}
+
 bool lacks_items(const subject &record)
 {
-    return record.is_payment() && record.is_approved() &&
-           !record.has(record.is_ecommerce() ? known_key("moneris_rcpt_data")
-                                             : known_key("line_items")) &&
-           !record.is_in_store();
+    return is_purchase(record) && record.is_general() && !record.has("line_items");
 }
+
+bool lacks_receipt_data(const subject &record)
+{
+    return is_purchase(record) && record.is_ecommerce() && !record.has("moneris_rcpt_data");
+}
+
+constexpr const char *undescribed =
+    "the receipt does not say what was bought; some schemes ask for it";
 
 bool lacks_result(const subject &record)
 {
@@ -251,8 +261,8 @@ constexpr condition conditions[] = {
      "the receipt does not say what was done; give action, such as sale"},
     {rule_named("amount-missing"), lacks_amount, "amount",
      "the receipt shows no amount; give amount"},
-    {rule_named("description-missing"), lacks_items, "line_items",
-     "the receipt does not say what was bought; some schemes ask for it"},
+    {rule_named("description-missing"), lacks_items, "line_items", undescribed},
+    {rule_named("description-missing"), lacks_receipt_data, "moneris_rcpt_data", undescribed},
     {rule_named("account-missing"), lacks_account, "account",
      "the receipt does not show the masked account number; give account"},
     {rule_named("result-missing"), lacks_result, "code",

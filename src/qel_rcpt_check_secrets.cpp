@@ -16,23 +16,26 @@ bool is_name_on_benefit(const subject &record)
            !Qel_str_eq(record.get("cardholdername"), "/");
 }
 
-bool is_interac_called_debit(const subject &record)
+bool is_interac_titled_debit(const subject &record)
 {
-    if (!record.is_interac())
-        return false;
     const Qel_rcpt_lang_t langs[] = {record.config().cust_lang, record.config().merch_lang};
-    const bool is_titled = std::ranges::any_of(langs, [&](Qel_rcpt_lang_t lang) {
-        return Qel_str_casestr(record.title(lang), "debit") != nullptr;
-    });
-    return is_titled || record.holds("rcpt_emv_name", "debit");
+    return record.is_interac() && std::ranges::any_of(langs, [&](Qel_rcpt_lang_t lang) {
+               return Qel_str_casestr(record.title(lang), "debit") != nullptr;
+           });
+}
+
+bool is_interac_named_debit(const subject &record)
+{
+    return record.is_interac() && record.holds("rcpt_emv_name", "debit");
 }
 
 constexpr condition conditions[] = {
     {rule_named("benefit-name"), is_name_on_benefit, "cardholdername",
      "a receipt of SNAP or EBT shows no customer's name; leave cardholdername out"},
-    {rule_named("interac-debit"), is_interac_called_debit, "u_cardclass",
-     "the receipt of an Interac card says DEBIT; leave u_cardclass and card_cardclass out in the "
-     "general forms, and debit out of rcpt_emv_name"},
+    {rule_named("interac-debit"), is_interac_titled_debit, "u_cardclass",
+     "the title of this Interac receipt says DEBIT; leave u_cardclass and card_cardclass out"},
+    {rule_named("interac-debit"), is_interac_named_debit, "rcpt_emv_name",
+     "the application's name on this Interac receipt says DEBIT; leave that word out"},
 };
 
 // Track data

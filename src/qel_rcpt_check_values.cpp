@@ -35,9 +35,22 @@ bool has_unknown_title(const subject &record)
     return action != nullptr && record.title(QEL_RCPT_LANG_EN) == action;
 }
 
+bool has_untitled_action(const subject &record)
+{
+    return has_unknown_title(record) && !record.has("action_trans");
+}
+
+bool has_untitled_action_trans(const subject &record)
+{
+    return has_unknown_title(record) && record.has("action_trans");
+}
+
+constexpr const char *untitled =
+    "no title is known for this action, so its own text is printed as one";
+
 constexpr condition conditions[] = {
-    {rule_named("action-unknown"), has_unknown_title, "action",
-     "no title is known for this action, so its own text is printed as one"},
+    {rule_named("action-unknown"), has_untitled_action_trans, "action_trans", untitled},
+    {rule_named("action-unknown"), has_untitled_action, "action", untitled},
     {rule_named("currency-unknown"), has_foreign_currency, "",
      "the configuration's currency is none that is written with a dollar, euro or pound sign and "
      "two decimals; the receipt would show dollars"},

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <random>
@@ -365,6 +366,23 @@ TEST_F(Check, FindsWhatBreaksARuleAndNothingElseOfIt)
                                find(fine, c.rule) == nullptr;
         EXPECT_TRUE(is_silent) << rules_in(fine);
     }
+}
+
+// What is said of each of the broken records, by heart: tests/check_messages.txt, read line by
+// line.
+TEST_F(Check, SaysWhatIsWrongAndWhatToDo)
+{
+    std::ifstream file(QELRCPT_CHECK_MESSAGES);
+    ASSERT_TRUE(file);
+    std::string wanted;
+    for (const rule_case &c : rule_cases) {
+        const auto findings = findings_of(sale_with(c.broken), c.where);
+        const finding *found = find(findings, c.rule);
+        ASSERT_NE(found, nullptr) << c.rule;
+        std::getline(file, wanted);
+        EXPECT_EQ(c.rule + (" [" + found->key) + "] " + found->message, wanted);
+    }
+    EXPECT_FALSE(std::getline(file, wanted)) << wanted;
 }
 
 TEST_F(Check, HasACaseForEachRuleAndNoRuleTwice)
