@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The receipts of a sale with the package qelrcpt: bindings/python tells how to install it."""
 
+import dataclasses
 import json
 from datetime import datetime, timezone
 from decimal import Decimal
@@ -27,22 +28,23 @@ SALE = {
     ],
 }
 
-SHOP = {
-    "language": "de",
-    "country": 276,
-    "currency": "EUR",
-    "time_zone": ZoneInfo("Europe/Berlin"),
-}
+SHOP = qelrcpt.Renderer(
+    width=32,
+    language="de",
+    country=276,
+    currency="EUR",
+    time_zone=ZoneInfo("Europe/Berlin"),
+)
 
 
 def main() -> None:
-    for finding in qelrcpt.check(SALE, **SHOP):
+    for finding in SHOP.check(SALE):
         if finding.severity == "error":
             raise SystemExit(str(finding))
 
-    print(qelrcpt.render(SALE, width=32, **SHOP).customer)
+    print(SHOP.render(SALE).customer)
 
-    data = qelrcpt.render(SALE, "json", **SHOP).customer
+    data = dataclasses.replace(SHOP, form="json").render(SALE).customer
     print("\nTotal:", json.loads(data["money"])["totalamount"])
 
 

@@ -27,7 +27,7 @@ for name in $names; do
     fault "docs/blocks.md does not have $name"
 done
 
-for document in "$source"/*.md "$source"/docs/*.md "$source"/examples/*.md; do
+for document in "$source"/*.md "$source"/docs/*.md "$source"/examples/*.md "$source"/bindings/*/*.md; do
   for link in $(grep -oE '\]\([^)#:]+(#[^)]*)?\)' "$document" | sed -E 's/^\]\(([^)#]*).*/\1/'); do
     [ -e "$(dirname "$document")/$link" ] || fault "$document: $link does not exist"
   done

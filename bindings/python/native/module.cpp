@@ -87,7 +87,7 @@ void load_zone(settings &made, const char *name)
     throw python_error{};
 }
 
-PyObject *make_settings(PyObject * /*module*/, PyObject *arguments) noexcept
+PyObject *make_settings(PyObject * /*module*/, PyObject *arguments)
 {
     return guarded([arguments] {
         auto made = std::make_unique<settings>();
@@ -142,7 +142,7 @@ qel::dict render_record(qel::dict record, const settings &how)
     return blocks;
 }
 
-PyObject *render(PyObject * /*module*/, PyObject *arguments) noexcept
+PyObject *render(PyObject * /*module*/, PyObject *arguments)
 {
     return guarded([arguments] {
         PyObject *record = nullptr;
@@ -225,7 +225,7 @@ object to_tuple(const finding &found, place_counter &places)
                                key.get(), offset.get(), message.get(), found.source, found.date));
 }
 
-PyObject *check(PyObject * /*module*/, PyObject *arguments) noexcept
+PyObject *check(PyObject * /*module*/, PyObject *arguments)
 {
     return guarded([arguments] {
         PyObject *record = nullptr;
@@ -250,7 +250,7 @@ PyObject *check(PyObject * /*module*/, PyObject *arguments) noexcept
 
 // Printing
 
-PyObject *print_copy(PyObject * /*module*/, PyObject *arguments) noexcept
+PyObject *print_copy(PyObject * /*module*/, PyObject *arguments)
 {
     return guarded([arguments] {
         PyObject *copy = nullptr;
@@ -350,7 +350,7 @@ void add(PyObject *module, const char *name, const object &value)
     expect(PyObject_SetAttrString(module, name, value.get()));
 }
 
-int fill_module(PyObject *module) noexcept
+int fill_module(PyObject *module)
 {
     using namespace qel_rcpt;
     const object filled(guarded([module] {
@@ -380,6 +380,7 @@ PyModuleDef definition = {
 
 } // namespace binding
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name that Python looks for
 PyMODINIT_FUNC PyInit__native(void)
 {
     return PyModuleDef_Init(&binding::definition);

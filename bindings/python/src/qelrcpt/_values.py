@@ -15,6 +15,7 @@ Record = Mapping[str, object]
 
 _EPOCH = datetime(1970, 1, 1, tzinfo=timezone.utc)
 _HOST_YEARS = range(1969, 2069)  # what two digits of a year can say
+_encode = json.JSONEncoder(ensure_ascii=False).encode
 _DEEPEST = 100  # levels of a document
 _MOST_DIGITS = 400
 _LARGEST = 1 << 1024
@@ -87,7 +88,7 @@ def _document_text(key: str, value: object) -> Optional[str]:
     if key == "rcpt_custom" and isinstance(value, AnyMapping):
         return _custom_text(value)
     if (key == "line_items" and not is_object) or (key == "moneris_rcpt_data" and is_object):
-        return json.dumps(_json_value(key, value, 1), ensure_ascii=False)
+        return _encode(_json_value(key, value, 1))
     expected = {
         "line_items": _DOCUMENT.format("list of dicts"),
         "moneris_rcpt_data": _DOCUMENT.format("dict"),
