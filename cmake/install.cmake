@@ -19,7 +19,8 @@ install(FILES man/libqelrcpt.3
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
 install(DIRECTORY docs examples
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development
+  PATTERN node_modules EXCLUDE PATTERN dist EXCLUDE)
 if(QELRCPT_TOOLS)
   # zsh looks for what packages bring apart from what was installed by hand.
   if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")

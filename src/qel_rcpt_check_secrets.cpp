@@ -185,7 +185,7 @@ void look_at_characters(const char *key, std::string_view value, report &finding
 bool has_digits(std::string_view value, std::size_t count)
 {
     const auto is_gap = [](char chr) { return chr == ' ' || chr == '-' || !is_visible(chr); };
-    const auto *at = value.begin();
+    std::string_view::const_iterator at = value.begin();
     while ((at = std::find_if(at, value.end(), is_digit)) != value.end()) {
         std::size_t digits = 0;
         for (; at != value.end() && (is_digit(*at) || is_gap(*at)); ++at)

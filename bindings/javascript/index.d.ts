@@ -95,7 +95,7 @@ export interface PrinterOptions {
 export interface Options {
   /** `plain` unless given. */
   readonly form?: Form | null;
-  /** Columns of a plain receipt, 10 to 10000: 40 unless given, when printing those of the paper. */
+  /** Columns of a plain receipt, 10 to 10000: 40 unless given, when printing `printer.paper`. */
   readonly width?: number | null;
   /** Between the lines of a plain receipt, and in every `text`: `lf` unless given. */
   readonly lineBreak?: 'lf' | 'crlf' | null;
@@ -181,8 +181,16 @@ export interface Printed {
   readonly merchant: PrintedCopy | undefined;
 }
 
-/** Bytes, an address, an answer of `fetch`, or what was compiled before. */
-export type ModuleSource = ArrayBuffer | ArrayBufferView | URL | string | Response | WebAssembly.Module;
+/** An answer of `fetch`. */
+export interface Answer {
+  readonly ok: boolean;
+  readonly status: number;
+  readonly url: string;
+  arrayBuffer(): Promise<ArrayBuffer>;
+}
+
+/** Bytes, an address (a text or a `URL`), an answer of `fetch`, or a `WebAssembly.Module`. */
+export type ModuleSource = ArrayBuffer | ArrayBufferView | string | { readonly href: string } | Answer | object;
 
 /**
  * Loads the library; everything else wants it to have ended. It is loaded once: later calls give the

@@ -78,16 +78,30 @@ class Instance {
   }
 
   call(operation, { settings, zone, request, read }) {
-    this.zone = zone;
-    this.write(request);
-    if (this.bytes.length === 0) this.take();
-    this.numbers.set(settings);
-    const length = this.exports[operation]() >>> 0;
+    const length = this.answer(operation, settings, zone, request);
     if (length === BROKEN_REQUEST) return undefined;
-    const at = this.exports.result() >>> 0;
-    const result = read(this.memory.subarray(at, at + length), this);
-    this.exports.release();
-    return result;
+    try {
+      const at = this.exports.result() >>> 0;
+      return read(this.memory.subarray(at, at + length), this);
+    } finally {
+      this.exports.release();
+    }
+  }
+
+  // Whatever ends it early leaves the module in the middle of something, never to be called again.
+  answer(operation, settings, zone, request) {
+    try {
+      this.zone = zone;
+      this.write(request);
+      if (this.bytes.length === 0) this.take();
+      this.numbers.set(settings);
+      return this.exports[operation]() >>> 0;
+    } catch (fault) {
+      instance = undefined;
+      if (fault instanceof WebAssembly.RuntimeError)
+        throw new RangeError('the receipt needs more memory than there is', { cause: fault });
+      throw fault;
+    }
   }
 }
 
@@ -106,14 +120,9 @@ function live() {
 export function call(operation, given) {
   const called = live();
   try {
-    const result = called.call(operation, given);
+    return called.call(operation, given);
+  } finally {
     if (called.memory.length > USUAL_MEMORY) instance = undefined;
-    return result;
-  } catch (fault) {
-    instance = undefined; // nobody knows what it was in the middle of
-    if (fault instanceof WebAssembly.RuntimeError)
-      throw new RangeError('the receipt needs more memory than there is', { cause: fault });
-    throw fault;
   }
 }
 

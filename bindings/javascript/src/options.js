@@ -1,6 +1,6 @@
 // From the options of a call to the numbers and texts that the module takes.
 
-import { isPlainObject, kindOf, quoted } from './record.js';
+import { isPlainObject, isWellFormed, kindOf, quoted } from './record.js';
 import {
   CODE_PAGES,
   COPIES,
@@ -17,7 +17,6 @@ import {
 import { isZone } from './zones.js';
 
 const USUAL_WIDTH = 40;
-const USUAL_PAPER = 48;
 
 // The numbers of a call in the order of the module's.
 const SETTINGS = [
@@ -66,6 +65,15 @@ function wordOf(words) {
   };
 }
 
+// The words are in lower case, the value may be in any.
+function caselessWordOf(words) {
+  return (value, name) => {
+    const word = typeof value === 'string' ? value.toLowerCase() : undefined;
+    if (word !== undefined && Object.hasOwn(words, word)) return words[word];
+    return refuse(name, value, listed(Object.keys(words)));
+  };
+}
+
 function numberOf(least, most) {
   return (value, name) => {
     if (Number.isInteger(value) && value >= least && value <= most) return value;
@@ -75,10 +83,6 @@ function numberOf(least, most) {
 
 function flagOf(value, name) {
   return typeof value === 'boolean' ? value : refuse(name, value, 'true or false');
-}
-
-function languageOf(value, name) {
-  return wordOf(LANGUAGES)(typeof value === 'string' ? value.toLowerCase() : value, name);
 }
 
 // An ISO code: a word in any case of its letters, or a number, which may be a text.
@@ -98,8 +102,7 @@ function codeOf(words) {
 function industryOf(value, name) {
   const names = typeof value === 'string' ? value.split(',').map((part) => part.trim()) : value;
   if (!Array.isArray(names)) return refuse(name, value, listed(Object.keys(INDUSTRIES)));
-  const bit = (part) => wordOf(INDUSTRIES)(typeof part === 'string' ? part.toLowerCase() : part, name);
-  return names.reduce((bits, part) => bits | bit(part), 0);
+  return names.reduce((bits, part) => bits | caselessWordOf(INDUSTRIES)(part, name), 0);
 }
 
 function zoneOf(value, name) {
@@ -113,7 +116,7 @@ function formOf(value, name) {
 }
 
 function textOf(value, name) {
-  const isText = typeof value === 'string' && value !== '' && !value.includes('\0');
+  const isText = typeof value === 'string' && value !== '' && !value.includes('\0') && isWellFormed(value);
   return isText ? value : refuse(name, value, 'a text that is not empty');
 }
 
@@ -171,9 +174,9 @@ const OPTIONS = {
   copy: wordOf(COPIES),
   blocks: namesOf,
   raw: flagOf,
-  language: languageOf,
-  customerLanguage: languageOf,
-  merchantLanguage: languageOf,
+  language: caselessWordOf(LANGUAGES),
+  customerLanguage: caselessWordOf(LANGUAGES),
+  merchantLanguage: caselessWordOf(LANGUAGES),
   country: codeOf(COUNTRIES),
   currency: codeOf(CURRENCIES),
   industry: industryOf,
@@ -197,11 +200,9 @@ export function prepare(given = {}) {
   const industry = taken.industry ?? INDUSTRIES.unknown;
   const isEcommerce = (industry & INDUSTRIES.ecomm) !== 0;
   const shown = (isEcommerce && FORMS[form].ecommerce) || form;
-  const paper = printer.paper ?? USUAL_PAPER;
-  const widths = {
-    receipt: FORMS[shown].width ?? taken.width ?? USUAL_WIDTH,
-    paper: FORMS[shown].width ?? taken.width ?? paper,
-  };
+  const widthOf = (usual) => FORMS[shown].width ?? taken.width ?? usual;
+  const width = widthOf(USUAL_WIDTH);
+  const paperWidth = widthOf(printer.paper ?? USUAL_WIDTH);
   const logo = printer.logo ?? 0;
   const numbers = {
     form: Object.keys(FORMS).indexOf(form),
@@ -210,13 +211,13 @@ export function prepare(given = {}) {
     country: taken.country ?? COUNTRIES.US,
     currency: taken.currency ?? CURRENCIES.USD,
     industry,
-    width: widths.receipt,
+    width,
     lineBreak: lineBreak === '\r\n' ? 1 : 0,
     raw: taken.raw ? 1 : 0,
     copies: taken.copy ?? COPIES.both,
     printerLanguage: printer.language ?? PRINTER_LANGUAGES.escpos,
-    paper,
-    columns: widths.paper,
+    paper: printer.paper ?? 0,
+    columns: paperWidth,
     codePage: printer.codePage ?? 0,
     hasCodePageNumber: printer.codePageNumber === undefined ? 0 : 1,
     codePageNumber: printer.codePageNumber ?? 0,
@@ -234,14 +235,14 @@ export function prepare(given = {}) {
     heads: [taken.timeZone ?? '', blocks.join(','), typeof logo === 'string' ? logo : '', printer.qr ?? ''],
     form: shown,
     isText: FORMS[form].isText === true,
-    width: widths.receipt,
-    paperWidth: widths.paper,
+    width,
+    paperWidth,
     lineBreak,
     blockLineBreak: FORMS[shown].lineBreak ?? lineBreak,
   };
 }
 
-// The numbers for printing: a plain receipt is as wide as the paper unless a width is asked for.
+// The numbers for printing: a plain receipt is as wide as the paper that is named, unless a width is.
 export function settingsForPrinting({ settings, paperWidth }) {
   const printing = settings.slice();
   printing[SETTINGS.indexOf('width')] = paperWidth;

@@ -3,8 +3,9 @@
 const MOST_LEVELS = 512; // of JSON that the library reads
 const DOCUMENTS = new Set(['line_items', 'moneris_rcpt_data']); // the keys that hold JSON
 
+// With escapes for control characters and the like.
 export function quoted(text) {
-  return `'${text}'`;
+  return `'${JSON.stringify(text).slice(1, -1).replaceAll('\\"', '"')}'`;
 }
 
 function refuse(key, what) {
@@ -105,9 +106,8 @@ export const isWellFormed =
 // Says which of the keys, from that place on, has what no record can hold.
 export function refuseCharacters(texts, from) {
   for (let i = from; i < texts.length; i += 2) {
-    const key = texts[i].replaceAll('\0', '\\0');
-    if (!isWellFormed(`${texts[i]}\0${texts[i + 1]}`)) refuse(key, 'holds half of a surrogate pair');
-    if (`${texts[i]}${texts[i + 1]}`.includes('\0')) refuse(key, 'holds a NUL character');
+    if (!isWellFormed(`${texts[i]}\0${texts[i + 1]}`)) refuse(texts[i], 'holds half of a surrogate pair');
+    if (`${texts[i]}${texts[i + 1]}`.includes('\0')) refuse(texts[i], 'holds a NUL character');
   }
 }
 
