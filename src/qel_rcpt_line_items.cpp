@@ -2,6 +2,7 @@
 #include "qel_rcpt_rules.hpp"
 
 #include <span>
+#include <vector>
 
 using qel_rcpt::get;
 
@@ -87,13 +88,16 @@ void Qel_rcpt_generate_line_items(const char *items, void *info, const Qel_rcpt_
         return;
 
     // Discounts on the whole order come after what they are taken from.
-    for (const bool discounts : {false, true}) {
-        for (std::size_t i = 0; i < Qel_json_array_len(root.get()); ++i) {
-            const Qel_json_node_t *item = Qel_json_array_at(root.get(), i);
-            if (is_order_discount(item) == discounts)
-                generate_line_items_item(info, attrs, item, false, cb, ret);
-        }
+    std::vector<const Qel_json_node_t *> discounts;
+    for (std::size_t i = 0; i < Qel_json_array_len(root.get()); ++i) {
+        const Qel_json_node_t *item = Qel_json_array_at(root.get(), i);
+        if (is_order_discount(item))
+            discounts.push_back(item);
+        else
+            generate_line_items_item(info, attrs, item, false, cb, ret);
     }
+    for (const Qel_json_node_t *discount : discounts)
+        generate_line_items_item(info, attrs, discount, false, cb, ret);
 }
 
 const char *Qel_rcpt_line_item_type_to_str(Qel_rcpt_line_item_type_t type) noexcept

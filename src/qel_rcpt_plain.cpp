@@ -115,7 +115,7 @@ void line_item_add_line(plain_block &block, const char *name, const char *qty, c
         block.left_right(name, right);
         return;
     }
-    item_text quantity{};
+    item_text quantity;
     block.left_right({name, format_item_text(quantity, "(%s)", qty), {}, qel::view(right)});
 }
 
@@ -127,8 +127,8 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
         block.left(name);
     if (type >= std::size(line_item_forms))
         return;
-    item_text name_text{};
-    item_text price_text{};
+    item_text name_text;
+    item_text price_text;
     line_item_add_line(block, format_item_text(name_text, line_item_forms[type].name, name), qty,
                        format_item_text(price_text, line_item_forms[type].price, price));
 }

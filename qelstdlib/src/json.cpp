@@ -15,7 +15,9 @@ std::size_t hash_of(std::string_view name)
 
 Qel_json_node *Qel_json_node::create_root(Qel_json_type_t type, std::string_view text)
 {
-    const std::size_t room_for_members = type == QEL_JSON_TYPE_OBJECT ? 1024 : 64;
+    // So much that an object with its room is no more than what allocators have at hand, 1,032
+    // bytes.
+    const std::size_t room_for_members = type == QEL_JSON_TYPE_OBJECT ? 720 : 64;
     formats::tree_memory *const memory = formats::tree_memory::create(
         sizeof(Qel_json_node) + sizeof(json_children) + text.size() + room_for_members);
     Qel_json_node *const root = create(*memory, type, memory->keep(text));
@@ -260,11 +262,15 @@ bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
     if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || str == nullptr) {
         return false;
     }
-    formats::tree_memory &memory = *node->memory;
-    Qel_json_node *const value =
-        memory.has_waste() ? Qel_json_node::create_root(QEL_JSON_TYPE_STRING, str)
-                           : Qel_json_node::create(memory, QEL_JSON_TYPE_STRING, memory.keep(str));
-    value->name = value->memory->keep(name);
+    Qel_json_node *value = nullptr;
+    if (node->memory->has_waste()) {
+        value = Qel_json_node::create_root(QEL_JSON_TYPE_STRING, str);
+        value->name = value->memory->keep(name);
+    } else {
+        const auto [text, kept_name] = node->memory->keep(str, name);
+        value = Qel_json_node::create(*node->memory, QEL_JSON_TYPE_STRING, text);
+        value->name = kept_name;
+    }
     node->set_member(*value);
     return true;
 }

@@ -83,7 +83,7 @@ formats::stretch find_special(formats::stretch bytes)
 }
 
 // Most texts are plain throughout: the text is put between its quotes first, and looked at there.
-void append_quoted(qel::text_builder &out, std::string_view text)
+[[gnu::always_inline]] inline void append_quoted(qel::text_builder &out, std::string_view text)
 {
     char *const copy = out.reserve(text.size() + 2 + formats::stretch_len) + 1;
     text.copy(copy, text.size());

@@ -11,6 +11,7 @@
 #include <new>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace formats
@@ -65,12 +66,17 @@ class alignas(std::max_align_t) tree_memory
     // A copy of the text with a NUL after it.
     char *copy(std::string_view text)
     {
-        auto *const kept = static_cast<char *>(allocate(text.size() + 1));
-        text.copy(kept, text.size());
-        kept[text.size()] = '\0';
-        return kept;
+        return put(static_cast<char *>(allocate(text.size() + 1)), text);
     }
     std::string_view keep(std::string_view text) { return {copy(text), text.size()}; }
+
+    // Two texts in one piece.
+    std::pair<std::string_view, std::string_view> keep(std::string_view one, std::string_view other)
+    {
+        char *const kept = static_cast<char *>(allocate(one.size() + other.size() + 2));
+        char *const behind = put(kept, one) + one.size() + 1;
+        return {{kept, one.size()}, {put(behind, other), other.size()}};
+    }
 
     // Whether something in it may have a share of another memory below it.
     [[nodiscard]] bool has_guests() const { return has_guests_; }
@@ -93,6 +99,14 @@ class alignas(std::max_align_t) tree_memory
     explicit tree_memory(std::size_t room)
         : free_(reinterpret_cast<std::byte *>(this + 1)), left_(room)
     {
+    }
+
+    // Gives the place of the copy.
+    static char *put(char *place, std::string_view text)
+    {
+        text.copy(place, text.size());
+        place[text.size()] = '\0';
+        return place;
     }
 
     static std::size_t rounded(std::size_t size) { return (size + unit - 1) / unit * unit; }

@@ -28,7 +28,7 @@ namespace
 {
 
 constexpr int progress_interval = 250; // milliseconds
-constexpr size_t items_per_job = 4;
+constexpr size_t items_per_job = 2;
 constexpr size_t most_bytes_at_once = line_reader::longest_line + size_t{4} * 1024 * 1024;
 
 using ring = work_ring<line_piece, rendered>;
