@@ -17,8 +17,8 @@ from qelrcpt._values import text_of
 SAMPLE = Path(__file__).resolve().parents[3] / "examples" / "records" / "chip-credit-sale.json"
 
 
-def microseconds(run: Callable[[], object], count: int = 1000) -> float:
-    return min(timeit.repeat(run, number=count, repeat=30)) / count * 1e6
+def microseconds(run: Callable[[], object], count: int = 200) -> float:
+    return min(timeit.repeat(run, number=count, repeat=100)) / count * 1e6
 
 
 def main() -> None:

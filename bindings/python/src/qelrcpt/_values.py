@@ -19,6 +19,8 @@ _encode = json.JSONEncoder(ensure_ascii=False).encode
 _DEEPEST = 100  # levels of a document
 _MOST_DIGITS = 400
 _LARGEST = 1 << 1024
+_SCALARS = (str, int, float, Decimal, type(None))
+_CONTAINERS = (list, tuple, AnyMapping)
 _PERCENT_TYPES = ("discount_percent", "cashdiscount")
 _EXPECTED = "expected a str, int, float, Decimal, bool or None"
 _DOCUMENT = "expected a {} or its JSON text"
@@ -26,9 +28,11 @@ _DOCUMENT = "expected a {} or its JSON text"
 
 def text_of(key: str, value: object) -> Optional[str]:
     """The text of a record's value; None for one that is not there."""
+    if isinstance(value, _SCALARS):  # before the mappings, for which the test takes longer
+        return _scalar_text(key, value)
     if isinstance(value, datetime):
         return _time_text(key, value)
-    if isinstance(value, (AnyMapping, list, tuple)):
+    if isinstance(value, _CONTAINERS):
         return _document_text(key, value)
     return _scalar_text(key, value)
 
@@ -111,7 +115,7 @@ def _custom_text(fields: Mapping[object, object]) -> str:
 def _json_value(path: str, value: object, depth: int) -> object:
     if depth > _DEEPEST:
         raise ValueError(f"{path[:60]!r} is nested too deeply, expected at most {_DEEPEST} levels")
-    if isinstance(value, AnyMapping):
+    if isinstance(value, (dict, AnyMapping)):
         return _json_object(path, value, depth)
     if isinstance(value, (list, tuple)):
         return [
@@ -126,10 +130,10 @@ def _json_object(path: str, value: Mapping[object, object], depth: int) -> Dict[
     for name, member in value.items():
         if not isinstance(name, str):
             raise _wrong_kind(path, name, "expected names that are str")
-        here = f"{path}.{name}"
         if member is None:
             continue
-        if isinstance(member, (AnyMapping, list, tuple)):
+        here = f"{path}.{name}"
+        if not isinstance(member, _SCALARS) and isinstance(member, _CONTAINERS):
             members[name] = _json_value(here, member, depth + 1)
         else:
             is_amount = name != "qty" and not (is_percent and name == "price")
