@@ -141,7 +141,7 @@ class items_handler
     {
         if (ignored_ > 0)
             return;
-        if (in_list_ || member() == item_member::modifiers)
+        if (in_list_ || level_ == 0 || member() == item_member::modifiers)
             return add_wrong_kind(at);
         item &current = items_[level_ - 1];
         switch (member()) {

@@ -31,7 +31,7 @@ constexpr bool is_sanitized = false;
 #endif
 
 // Sanitizers make every frame larger.
-constexpr std::size_t stack_size = (is_sanitized ? 1024 : 256) * 1024;
+constexpr std::size_t stack_size = (is_sanitized ? 1024 : 128) * 1024;
 
 void on_small_stack(const std::function<void()> &call)
 {
