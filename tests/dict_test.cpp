@@ -93,6 +93,32 @@ TEST(Dict, LendsTextsThatLast)
     EXPECT_EQ(Qel_hash_dict_num_keys(dict.get()), 5000U);
 }
 
+// The keys have the same length and the same ends, and come to more than are hashed quickly; some
+// are longer than those.
+TEST(Dict, TellsKeysApartWhateverTheirNumberAndLength)
+{
+    const auto key_of = [](int number, std::size_t len) {
+        const std::string middle = std::to_string(10000 + number);
+        return "beginnin" + middle + std::string(len, '-') + "theirend";
+    };
+    for (const std::uint32_t flags : {QEL_HASH_DICT_NONE, QEL_HASH_DICT_CASECMP}) {
+        for (const std::size_t len : {0U, 11U, 12U, 100U}) {
+            SCOPED_TRACE(len);
+            const qel::dict dict(Qel_hash_dict_create(0, 75, flags));
+            for (int i = 0; i < 300; ++i) {
+                Qel_hash_dict_insert(dict.get(), key_of(i, len).c_str(), "first");
+                Qel_hash_dict_insert(dict.get(), key_of(i, len).c_str(), std::to_string(i).c_str());
+                EXPECT_TRUE(Qel_hash_dict_remove(dict.get(), key_of(i / 2, len).c_str()) ||
+                            i % 2 == 1);
+                EXPECT_EQ(Qel_hash_dict_num_keys(dict.get()), (i + 1U) / 2U);
+            }
+            for (int i = 0; i < 300; ++i)
+                EXPECT_STREQ(Qel_hash_dict_get_direct(dict.get(), key_of(i, len).c_str()),
+                             i < 150 ? absent : std::to_string(i).c_str());
+        }
+    }
+}
+
 TEST(Dict, Merge)
 {
     qel::dict dict = make_dict(QEL_HASH_DICT_CASECMP, {{"One", "1"}, {"Two", "2"}});

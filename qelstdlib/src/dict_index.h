@@ -28,7 +28,8 @@ class dict_hash
 
     std::size_t operator()(std::string_view key) const
     {
-        return is_quick_ ? static_cast<std::size_t>(quick(key)) : unforeseeable(key);
+        const bool is_quick = is_quick_ && key.size() <= longest_quick;
+        return is_quick ? static_cast<std::size_t>(quick(key)) : unforeseeable(key);
     }
 
     // Whether hashes are others from now on, because there are so many keys.
@@ -38,8 +39,10 @@ class dict_hash
     }
 
   private:
-    // Among so few keys a look-up stays cheap even where all of them share a hash.
+    // Among so few keys, and so short ones, a look-up stays cheap even where all of them share a
+    // hash.
     static constexpr std::size_t few_keys = 128;
+    static constexpr std::size_t longest_quick = 32;
 
     // Of the first and the last eight bytes, in any case, and the length.
     static std::uint64_t quick(std::string_view key)
