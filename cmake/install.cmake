@@ -32,6 +32,8 @@ if(QELRCPT_TOOLS)
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT qelrcpt_command)
   install(FILES man/qelrcpt-record.5
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT qelrcpt_command)
+  install(FILES share/playground.html
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/qelrcpt COMPONENT qelrcpt_command)
   install(DIRECTORY examples/records
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/qelrcpt/examples COMPONENT qelrcpt_command)
   install(FILES completion/qelrcpt

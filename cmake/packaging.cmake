@@ -52,7 +52,8 @@ qelrcpt_package(qelrcpt_development libqelrcpt-dev libdevel
 package qelrcpt, the style sheet for HTML receipts, documents and examples.")
 qelrcpt_package(qelrcpt_command qelrcpt utils "libqelrcpt1 ${same}, libqelstdlib2 ${same}"
   "receipts of card transactions (command)"
-  "Renders the record of a card transaction, read from a file, as receipts.")
+  "Renders the record of a card transaction, read from a file, as receipts. Brings
+a page to try records in a browser, without a network.")
 
 if(QELRCPT_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL qelrcpt_python)

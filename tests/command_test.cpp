@@ -43,6 +43,12 @@ TEST_F(Command, TellsWhatIsWrongWithTheCommandLine)
         {{"--email", "--form=html", "--page"}, {"--page", "no --email"}},
         {{"--email", "--form=html", "--output=json"}, {"--email", "no JSON"}},
         {{"--email", "--form=html", "--batch"}, {"--email", "no --batch"}},
+        {{"--playground", "--page", "--form=html"}, {"--page", "no --playground"}},
+        {{"--playground", "--output=escpos"}, {"--output", "no --playground"}},
+        {{"--playground", "--batch"}, {"--batch", "no --playground"}},
+        {{"--playground", "--strict"}, {"--strict", "no --playground"}},
+        {{"--playground", "--width=81"}, {"--width", "at most 80"}},
+        {{"--playground", "-", "-"}, {"--playground", "one FILE"}},
         {{"--width=32", "--form=html"}, {"--width", "--form plain"}},
         {{"--form=moneris", "--width=40"}, {"--width", "--form plain"}},
         {{"--line-break=lf", "--form=xml", "--output=json"}, {"--line-break", "--form plain"}},
@@ -135,6 +141,49 @@ TEST_F(Command, MakesAPageOfOneCopyInItsLanguage)
         EXPECT_EQ(none.out, "");
         EXPECT_TRUE(has(none.err, complaint)) << none.err;
     }
+}
+
+// What the page opens with, and that it is nowhere else and all else is the page as it is built.
+TEST_F(Command, PutsTheRecordIntoThePage)
+{
+    const std::string opening = R"(<script type="application/json" id="given">)";
+    const auto given = [&](const arguments &args, const std::string &record) {
+        arguments all = {"--quiet", "--playground"};
+        all.insert(all.end(), args.begin(), args.end());
+        const std::string page = run(all, record).out;
+        const size_t begin = page.find(opening) + opening.size();
+        const size_t end = page.find("</script>", begin);
+        const std::string built = read_file(QELRCPT_PAGE);
+        EXPECT_EQ(page.substr(0, begin) + "null" + page.substr(end), built);
+        return nlohmann::json::parse(page.substr(begin, end - begin));
+    };
+
+    const std::string hostile =
+        "{\"config\": {\"lang\": \"fr\", \"industry\": \"retail,mail\"},\n \"record\": "
+        "{\"merch_name\": \"</script><!--<script>\\u2028\"}}\n";
+    const auto as_it_is = given({}, hostile);
+    EXPECT_EQ(as_it_is["text"], hostile);
+    EXPECT_EQ(as_it_is["config"],
+              nlohmann::json::parse(R"({"customerLanguage": "fr", "merchantLanguage": "fr",
+                  "country": "840", "currency": "840", "industry": "retail,mail"})"));
+    EXPECT_EQ(as_it_is["layout"],
+              nlohmann::json::parse(R"({"forms": ["plain"], "copies": "both", "width": 40})"));
+
+    const std::string shop = write("shop.json", R"({"config": {"country": 124, "currency": "EUR",
+        "timezone": "Asia/Tokyo"}, "record": {"merch_phone": "1 < 2", "auth": "0"}})");
+    const auto completed =
+        given({"--merchant", shop, "--set", "custref=\"7\"", "--merchant-lang=it", "--form=html",
+               "--copy=merchant", "--country=GB"},
+              R"({"auth": "1", "line_items": [{"name": "a", "qty": 2}], "notes": "{no document"})");
+    const auto record = nlohmann::json::parse(completed["text"].get<std::string>());
+    EXPECT_EQ(record, nlohmann::json::parse(R"({"auth": "1", "notes": "{no document",
+        "line_items": [{"name": "a", "qty": "2"}], "merch_phone": "1 < 2", "custref": "\"7\""})"));
+    EXPECT_EQ(completed["config"],
+              nlohmann::json::parse(R"({"customerLanguage": "en", "merchantLanguage": "it",
+                  "country": "826", "currency": "978", "industry": "unknown",
+                  "timeZone": "Asia/Tokyo"})"));
+    EXPECT_EQ(completed["layout"],
+              nlohmann::json::parse(R"({"forms": ["html"], "copies": "merchant", "width": 40})"));
 }
 
 TEST_F(Command, WritesTheBlocksAsJson)

@@ -3,6 +3,7 @@
 #include "messages.h"
 #include "reading/record_keys.h"
 #include "writing/forms.h"
+#include "writing/playground.h"
 
 #include <CLI/CLI.hpp>
 
@@ -37,6 +38,7 @@ constexpr const char *conclusion =
     "  qelrcpt --output escpos sale.json > /dev/usb/lp0   onto a receipt printer\n"
     "  qelrcpt --form html --page -o sale.html sale.json\n"
     "  qelrcpt --form html --email -o mail.html sale.json\n"
+    "  qelrcpt --playground -o try.html sale.json     a page to try the record in a browser\n"
     "  printf 'action=sale\\namount=12.34\\n' | qelrcpt --line-break crlf -o receipt.txt\n"
     "  qelrcpt --batch archive.jsonl > receipts.jsonl\n"
     "  qelrcpt --check sale.json                      what is wrong with the record\n\n"
@@ -146,7 +148,7 @@ CLI::Option *add_option(CLI::App &app, const option_row &row, options &taken)
 // Output that is JSON or for paper whatever the form says nothing of it.
 void take_form_from_output_file(options &taken)
 {
-    if (taken.is_form_given || taken.batch ||
+    if (taken.is_form_given || taken.batch || taken.playground ||
         taken.format.value_or(output_format::text) != output_format::text)
         return;
     if (const qel_rcpt::form *form = form_of_file(taken.output_file))
@@ -223,6 +225,23 @@ void check_check(const options &given, const option_row &row)
         throw usage_error(long_name(row) + ": expected no --check with it");
 }
 
+// The page has what it opens with, and all else is chosen there.
+void check_playground(const options &given, const option_row &row)
+{
+    constexpr std::string_view others[] = {"--line-break", "--block",  "--output",
+                                           "--page",       "--email",  "--raw",
+                                           "--check",      "--strict", "--batch"};
+    if (!given.playground)
+        return;
+    if (std::ranges::find(others, row.name) != std::end(others))
+        throw usage_error(long_name(row) + ": expected no --playground with it");
+    if (row.name == "--width" && given.layout.width > widest_on_page)
+        throw usage_error("--width: expected at most " + std::to_string(widest_on_page) +
+                          " with --playground");
+    if (given.files.size() > 1)
+        throw usage_error("--playground: expected one FILE");
+}
+
 } // namespace
 
 options parse_options(int argc, char **argv)
@@ -250,8 +269,10 @@ options parse_options(int argc, char **argv)
     for (const auto &[row, option] : added) {
         if (option->count() > 0 && !row->where.is_met(taken))
             throw usage_error(long_name(*row) + ": expected " + std::string(row->where.expected));
-        if (option->count() > 0)
+        if (option->count() > 0) {
             check_check(taken, *row);
+            check_playground(taken, *row);
+        }
     }
     check_blocks(taken.layout);
     check_page(taken);

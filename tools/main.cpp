@@ -13,6 +13,7 @@
 #include "writing/html_page.h"
 #include "writing/output.h"
 #include "writing/paper.h"
+#include "writing/playground.h"
 #include "writing/render.h"
 
 #include <unistd.h>
@@ -71,11 +72,22 @@ std::string make_paper(const tool::options &options)
     return options.format == tool::output_format::png ? roll.as_png() : roll.bytes();
 }
 
+// The page shows what is wrong with the record; a card number is a warning here as everywhere.
+std::string make_playground(const tool::options &options)
+{
+    tool::record_file file = tool::read_record_file(options.files.front());
+    const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
+    tool::warn_of_record(file, config, options);
+    return tool::playground(file, options.merchant, options.added, options.layout);
+}
+
 // Everything is rendered before anything is written, so that there is never half an output.
 std::string make_output(const tool::options &options)
 {
     if (options.page || options.email)
         return make_page(options);
+    if (options.playground)
+        return make_playground(options);
     if (options.format && tool::is_paper(*options.format))
         return make_paper(options);
     std::vector<tool::receipt> receipts;

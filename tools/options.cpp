@@ -364,6 +364,10 @@ std::vector<option_row> make_rows()
             {output, "--email", "",
              "as --page, for programs that read mail: a table, and styles in its elements alone",
              turn_on<&options::email>, html_only},
+            {output, "--playground", "",
+             "a page to try the record in a browser, where it can be changed; --form, --width and "
+             "--copy are what it opens with",
+             turn_on<&options::playground>},
             {output, "--raw", "",
              "let control characters of the record through, which printers and terminals obey",
              [](options &taken, const std::string & /*given*/) { taken.layout.raw = true; },

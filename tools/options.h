@@ -43,6 +43,7 @@ struct options {
     paper_options paper;
     bool page = false;       // one copy as an HTML page
     bool email = false;      // one copy as the HTML of a message
+    bool playground = false; // the page to try receipts, with the record in it
     std::string output_file; // empty: standard output
     bool quiet = false;
     bool check = false;                      // findings instead of receipts

@@ -124,7 +124,11 @@ constexpr merchant_setting settings[] = {
      [](merchant &m, const std::string &value) { m.industry = to_industry(value); },
      industry_names},
     {"timezone", "ZONE", "such as America/Toronto (default: this system's)",
-     [](merchant &m, const std::string &value) { m.timezone = to_timezone(value); }, nullptr},
+     [](merchant &m, const std::string &value) {
+         m.timezone = to_timezone(value);
+         m.timezone_name = value;
+     },
+     nullptr},
 };
 
 using source = const merchant *;
@@ -184,6 +188,26 @@ Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file,
             config.merch_timezone = said->timezone.get();
     }
     return config;
+}
+
+const std::string &timezone_name(const merchant &options, const merchant &file,
+                                 const merchant &defaults)
+{
+    for (const source said : {&options, &file}) {
+        if (said->timezone)
+            return said->timezone_name;
+    }
+    return defaults.timezone_name;
+}
+
+std::string industry_words(Qel_rcpt_ind_t bits)
+{
+    std::string words;
+    for (const auto &[name, bit] : qel_rcpt::industries) {
+        if ((bits & bit) != 0)
+            words.append(words.empty() ? "" : ",").append(name);
+    }
+    return words.empty() ? "unknown" : words;
 }
 
 } // namespace tool

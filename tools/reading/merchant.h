@@ -22,6 +22,7 @@ struct merchant {
     std::optional<uint32_t> currency;
     std::optional<Qel_rcpt_ind_t> industry;
     qel::time_tz timezone;
+    std::string timezone_name; // as it was given; empty without a zone
 };
 
 // A setting's name, also its option's name with '-' in place of '_', and its meaning for --help.
@@ -42,6 +43,13 @@ const merchant_setting *find_merchant_setting(std::string_view name);
 // before the defaults. The time zone is borrowed from one of the three.
 Qel_rcpt_config_t merchant_config(const merchant &options, const merchant &file,
                                   const merchant &defaults = {});
+
+// The name of the zone that merchant_config takes; empty when none of the three has one.
+const std::string &timezone_name(const merchant &options, const merchant &file,
+                                 const merchant &defaults);
+
+// Names as a setting has them, separated by commas.
+std::string industry_words(Qel_rcpt_ind_t industry);
 
 } // namespace tool
 

@@ -1,0 +1,142 @@
+#include "writing/playground.h"
+
+#include "writing/safe_text.h"
+
+#include <qel_rcpt_tables.hpp>
+#include <qelstdlib_json.hpp>
+
+#include <string_view>
+
+// share/playground.html becomes part of the command as it is.
+asm(".pushsection .rodata\n"
+    ".global qelrcpt_playground_begin, qelrcpt_playground_end\n"
+    ".hidden qelrcpt_playground_begin, qelrcpt_playground_end\n"
+    "qelrcpt_playground_begin:\n"
+    ".incbin \"" QELRCPT_PLAYGROUND "\"\n"
+    "qelrcpt_playground_end:\n"
+    ".popsection\n");
+
+extern "C" {
+extern const char qelrcpt_playground_begin[];
+extern const char qelrcpt_playground_end[];
+}
+
+namespace tool
+{
+
+namespace
+{
+
+// Where the page has what it opens with: JSON in an element of its own.
+constexpr std::string_view opening = R"(<script type="application/json" id="given">)";
+constexpr std::string_view nothing = "null";
+
+void append_member(std::string &json, std::string_view name, const std::string &value)
+{
+    json.append(json.ends_with('{') ? "" : ", ");
+    append_json_text(json, name);
+    json.append(": ").append(value);
+}
+
+std::string json_text(std::string_view text)
+{
+    std::string json;
+    append_json_text(json, text);
+    return json;
+}
+
+struct no_events {
+    void begin_object(size_t /*offset*/) {}
+    void end_object(size_t /*offset*/) {}
+    void begin_array(size_t /*offset*/) {}
+    void end_array(size_t /*offset*/) {}
+    void name(std::string_view /*name*/, size_t /*offset*/) {}
+    void string(std::string_view /*text*/, size_t /*offset*/) {}
+    void scalar(qel::json_scalar, std::string_view, size_t /*offset*/) {}
+};
+
+bool is_document(std::string_view value)
+{
+    if (!value.starts_with('{') && !value.starts_with('['))
+        return false;
+    no_events reader;
+    return qel::json_reader(value, reader).read().problem == qel::json_problem::none;
+}
+
+// A key a line; documents as such.
+std::string record_json(const Qel_hash_dict_t *record)
+{
+    std::string json = "{";
+    for (const auto [key, value] : qel::pairs(record)) {
+        json.append(json.ends_with('{') ? "\n  " : ",\n  ").append(json_text(key)).append(": ");
+        json += is_document(value) ? value : json_text(value);
+    }
+    return json + "\n}\n";
+}
+
+const char *language_code(Qel_rcpt_lang_t lang)
+{
+    const auto *known = std::ranges::find(qel_rcpt::languages, lang, &qel_rcpt::language::id);
+    return (known == std::end(qel_rcpt::languages) ? qel_rcpt::languages : known)->code;
+}
+
+// Under the names of the page's settings.
+std::string config_json(const Qel_rcpt_config_t &config, const std::string &timezone)
+{
+    std::string json = "{";
+    append_member(json, "customerLanguage", json_text(language_code(config.cust_lang)));
+    append_member(json, "merchantLanguage", json_text(language_code(config.merch_lang)));
+    append_member(json, "country", json_text(std::to_string(config.country_code)));
+    append_member(json, "currency", json_text(std::to_string(config.currency_code)));
+    append_member(json, "industry", json_text(industry_words(config.industry)));
+    if (!timezone.empty())
+        append_member(json, "timeZone", json_text(timezone));
+    return json + "}";
+}
+
+std::string layout_json(const layout &layout)
+{
+    const bool are_both = layout.customer_copy && layout.merchant_copy;
+    const char *const one = layout.customer_copy ? "customer" : "merchant";
+    std::string json = "{";
+    append_member(json, "forms", std::string(R"([")").append(layout.form->name).append(R"("])"));
+    append_member(json, "copies", json_text(are_both ? "both" : one));
+    append_member(json, "width", std::to_string(layout.width));
+    return json + "}";
+}
+
+// Nothing in it ends the element that it stands in, or is taken for a comment.
+std::string for_element(const std::string &json)
+{
+    std::string text;
+    for (const char byte : json) {
+        if (byte == '<')
+            text += "\\u003c";
+        else
+            text += byte;
+    }
+    return text;
+}
+
+} // namespace
+
+std::string playground(record_file &file, const merchant &options, const additions &added,
+                       const layout &layout)
+{
+    const bool is_completed = added.under.record || !added.over.empty();
+    const Qel_rcpt_config_t config = complete(file, options, added);
+    const std::string &timezone = timezone_name(options, file.merchant, added.under.merchant);
+
+    std::string json = "{";
+    append_member(json, "text",
+                  json_text(is_completed ? record_json(file.record.get()) : file.text));
+    append_member(json, "config", config_json(config, timezone));
+    append_member(json, "layout", layout_json(layout));
+    json += "}";
+
+    std::string page(qelrcpt_playground_begin, qelrcpt_playground_end);
+    const size_t at = page.find(opening) + opening.size();
+    return page.replace(at, nothing.size(), for_element(json));
+}
+
+} // namespace tool
