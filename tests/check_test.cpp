@@ -167,6 +167,8 @@ const rule_case rule_cases[] = {
      R"(line_items:"[{""name"":""a"",""notes"":""1""}]")", 13},
     {"member-unknown", R"(moneris_rcpt_data:"{""Items"":[]}")",
      R"(moneris_rcpt_data:"{""items"":[]}")", 1, canada_ecommerce},
+    {"member-unknown", R"(moneris_rcpt_data:"{""Fees"":[{""val"":""1""}]}")",
+     R"(moneris_rcpt_data:"{""fees"":[{""val"":""1""}]}")", 1, canada_ecommerce},
     {"member-unknown", R"(moneris_rcpt_data:"{""customer"":{""bill_adr1"":""x""}}")",
      R"(moneris_rcpt_data:"{""customer"":{""bill_addr1"":""x""}}")", 13, canada_ecommerce},
     {"member-not-text", R"(line_items:"[{""name"":""a"",""price"":1.50}]")",
@@ -274,6 +276,7 @@ const rule_case rule_cases[] = {
     {"time-missing", "timestamp:", "timestamp:,rcpt_host_ts:031426094107"},
     {"action-missing", "action:", "action:,action_trans:sale"},
     {"amount-missing", "amount:", "amount:,action:balanceinq"},
+    {"amount-missing", "amount:,action:preauthcomplete", "amount:,action:void"},
     {"description-missing", "line_items:", "line_items:,code:DENY"},
     {"description-missing", "", "moneris_rcpt_data:{}", whole, canada_ecommerce},
     {"account-missing", "account:", "account:,cardtype:cash"},
@@ -398,6 +401,36 @@ TEST_F(Check, HasACaseForEachRuleAndNoRuleTwice)
     EXPECT_GE(names.size(), 80U);
 }
 
+// The columns of the e-commerce layout: 34 and 35 for the addresses, 8, 27, 5, 14 and 8 for items.
+TEST_F(Check, KnowsTheColumnsOfReceiptData)
+{
+    struct column {
+        std::string begin;
+        std::string end;
+        std::size_t width;
+    };
+    std::vector<column> columns = {
+        {R"({"items":[{"sku":")", "\"}]}", 8},      {R"({"items":[{"descr":")", "\"}]}", 27},
+        {R"({"items":[{"qty":")", "\"}]}", 5},      {R"({"items":[{"amount":")", "\"}]}", 14},
+        {R"({"items":[{"subtotal":")", "\"}]}", 8}, {R"({"fees":[{"name":")", "\"}]}", 14},
+        {R"({"fees":[{"val":")", "\"}]}", 8},
+    };
+    for (const std::string field :
+         {"name", "addr1", "addr2", "addr3", "city", "state", "zip", "country"}) {
+        columns.push_back({R"({"customer":{"bill_)" + field + R"(":")", "\"}}", 34});
+        columns.push_back({R"({"customer":{"ship_)" + field + R"(":")", "\"}}", 35});
+    }
+    for (const auto &[begin, end, width] : columns) {
+        for (const bool is_cut : {false, true}) {
+            test::record sale{clean_sale};
+            const std::string data = begin + std::string(width + (is_cut ? 1 : 0), '1') + end;
+            Qel_hash_dict_insert(sale, "moneris_rcpt_data", data.c_str());
+            EXPECT_EQ(rules_in(findings_of(sale, canada_ecommerce)), is_cut ? "value-cut" : "")
+                << data;
+        }
+    }
+}
+
 TEST_F(Check, AsksForCurrenciesAsTheyAreWritten)
 {
     const auto rules = [](std::uint32_t country, std::uint32_t currency, Qel_rcpt_form_t form) {
@@ -437,6 +470,8 @@ TEST_F(Check, NamesTheKeyThatWasProbablyMeant)
         {"AMOUNT", "did you mean 'amount'?"},
         {"rcpt_emv_adi", "did you mean 'rcpt_emv_aid'?"},
         {"qqqqqqqq", "nothing reads the key 'qqqqqqqq'"},
+        {"QQQQQQQQQQQQQQQQQQQQQQQQQQQQQQQQ", // of 32
+         "nothing reads the key 'QQQQQQQQQQQQQQQQQQQQQQQQQQQQQQQQ'"},
     };
     for (const auto &[key, said] : cases) {
         test::record sale{clean_sale};
