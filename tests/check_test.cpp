@@ -210,6 +210,7 @@ const rule_case rule_cases[] = {
     {"tip-twice", "examount:1,u_tip:1", "examount:0.00,u_tip:1"},
     {"cash-back-twice", "cashbackamount:1,u_cashback:1", "u_cashback:1"},
     {"items-total", "tax:1.99", "tax:2"},
+    {"items-total", "amount:92233720368547758.07,fee:-5.00", "tax:2"}, // with the tax too large
     {"items-total", R"(line_items:"[{""name"":""a"",""qty"":""2"",""price"":""5""}]")",
      R"(line_items:"[{""name"":""a"",""qty"":""2"",""price"":""10""}]")"},
     {"items-total",
