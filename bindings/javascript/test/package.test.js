@@ -34,6 +34,18 @@ test('installs into an empty project without a network, and renders there', { sk
   assert.equal(run('node', ['main.js']), `SUBTOTAL:                 $12.34\nTOTAL:                    $12.34\n\n`);
 });
 
+// The first program of a document.
+function program(path) {
+  return /```js\n(import [^]*?)```/.exec(readFileSync(new URL(path, root), 'utf8'))[1];
+}
+
+test('the documents have programs that run', { skip }, () => {
+  writeFileSync(join(project, 'readme.js'), program('README.md'));
+  assert.equal(run('node', ['readme.js']), 'SUBTOTAL:                         $12.34\nTOTAL:                            $12.34\n');
+  writeFileSync(join(project, 'package-readme.js'), program('bindings/javascript/README.md'));
+  assert.match(run('node', ['package-readme.js']), /^ +TILLERBIRD BAKERY\n[^]*\nHEURE: +14\/03\/26 11:41:07\n[^]*\nTOTAL: +12\.34\$\n[^]*APPROUVE\n/);
+});
+
 test('brings what it needs and no more', { skip }, () => {
   const about = JSON.parse(readFileSync(join(installed, 'package.json'), 'utf8'));
   assert.deepEqual(about.dependencies ?? {}, {});
