@@ -72,14 +72,30 @@ function run(operation, prepared, settings, record, read) {
   return result;
 }
 
+// The blocks of receipts, by their keys with commas between them, of which there are few.
+const known = new Map();
+const MOST_KNOWN = 256;
+
+function namesOf(keys) {
+  let names = known.get(keys);
+  if (names === undefined) {
+    names = keys
+      .split(',')
+      .filter((key) => key !== '')
+      .map((key) => ({ isCustomer: key.startsWith('cust_'), name: key.slice(key.indexOf('_') + 1) }));
+    if (known.size >= MOST_KNOWN) known.clear();
+    known.set(keys, names);
+  }
+  return names;
+}
+
 function readReceipt(bytes, module, layout) {
   const texts = textsOf(bytes, module);
   const [approved, keys] = texts;
   const customer = [];
   const merchant = [];
-  keys.split(',').forEach((key, index) => {
-    if (key.startsWith('cust_')) customer.push({ name: key.slice('cust_'.length), text: texts[index + 2] });
-    else if (key !== '') merchant.push({ name: key.slice('merch_'.length), text: texts[index + 2] });
+  namesOf(keys).forEach(({ isCustomer, name }, index) => {
+    (isCustomer ? customer : merchant).push({ name, text: texts[index + 2] });
   });
   const copyOf = (name, blocks) => (blocks.length === 0 ? undefined : new Copy(name, blocks, layout));
   return new Receipt(approved === '1', copyOf('customer', customer), copyOf('merchant', merchant), layout);
