@@ -300,7 +300,9 @@ inline constexpr record_key record_keys[] = {
 // Where a key is looked for in the index: the slot that it names or one of those behind it.
 constexpr std::size_t record_key_slot(std::string_view key)
 {
-    const auto code = [&](std::size_t at) { return static_cast<unsigned char>(key[at]); };
+    const auto code = [&](std::size_t at) -> std::size_t {
+        return static_cast<unsigned char>(key[at]);
+    };
     return key.empty() ? 0 : key.size() * 7 + code(key.size() / 2) * 29 + code(key.size() - 1) * 5;
 }
 
@@ -309,11 +311,11 @@ constexpr std::size_t record_key_slot(std::string_view key)
 inline constexpr auto record_key_index = [] {
     std::array<std::uint8_t, 256> index{};
     index.fill(static_cast<std::uint8_t>(std::size(record_keys)));
-    for (std::uint8_t place = 0; place < std::size(record_keys); ++place) {
+    for (std::size_t place = 0; place < std::size(record_keys); ++place) {
         std::size_t slot = record_key_slot(record_keys[place].name);
         while (index[slot % index.size()] < std::size(record_keys))
             ++slot;
-        index[slot % index.size()] = place;
+        index[slot % index.size()] = static_cast<std::uint8_t>(place);
     }
     return index;
 }();
