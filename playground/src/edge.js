@@ -8,7 +8,8 @@ const KEYS = { ArrowLeft: -1, ArrowDown: -1, ArrowRight: 1, ArrowUp: 1, PageDown
 const USUAL = 40;
 
 // What is no number counts as the usual width.
-export const within = (columns) => Math.min(MOST, Math.max(LEAST, Math.round(Number(columns)) || USUAL));
+export const within = (columns) =>
+  Number.isFinite(Number(columns)) ? Math.min(MOST, Math.max(LEAST, Math.round(columns))) : USUAL;
 
 export class Width {
   constructor(slider, output, changed) {
