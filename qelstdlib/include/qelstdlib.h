@@ -225,7 +225,9 @@ typedef enum Qel_hash_dict_flags QEL_ENUM_U32 {
 /* New empty dictionary, released by Qel_hash_dict_destroy; never absent. init_size is the number of
  * keys to make room for, fill_pct the percentage of slots in use above which the table grows; both
  * are hints, any value is taken. flags: an OR of Qel_hash_dict_flags_t. A key is found in constant
- * time, whoever chose the keys: their hash is SipHash-1-3 with a salt of the process. */
+ * time, whoever chose the keys: their hash is SipHash-1-3 with a salt of the process, but for those
+ * of at most 32 bytes in a dictionary of at most 128, which are so few and short that it does not
+ * matter how many of them share a hash. */
 QEL_API Qel_hash_dict_t *Qel_hash_dict_create(size_t init_size, size_t fill_pct,
                                               uint32_t flags) QEL_NOEXCEPT;
 
