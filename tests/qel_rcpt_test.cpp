@@ -1,6 +1,9 @@
 // The receipt core: attributes, messages, money, line items, transaction types.
 #include "core_tests.hpp"
 
+#include <fstream>
+#include <sstream>
+
 namespace
 {
 
@@ -66,6 +69,22 @@ TEST(Messages, NumbersWithAndWithoutText)
             EXPECT_EQ(taken(Qel_rcpt_msg_to_string_colon(lang, Qel_rcpt_msg_t{msg})), "") << msg;
         }
     }
+}
+
+// messages.txt has the wording that was agreed on: the number and the text in each language.
+TEST(Messages, AreWorded)
+{
+    std::ifstream file(QELRCPT_MESSAGES);
+    std::size_t lines = 0;
+    for (std::string line; std::getline(file, line); ++lines) {
+        std::istringstream cells(line);
+        std::string cell;
+        std::getline(cells, cell, '|');
+        const Qel_rcpt_msg_t msg{static_cast<std::uint32_t>(std::stoul(cell))};
+        for (std::uint32_t lang = QEL_RCPT_LANG_EN; std::getline(cells, cell, '|'); ++lang)
+            EXPECT_EQ(borrowed(Qel_rcpt_msg_to_string(Qel_rcpt_lang_t{lang}, msg)), cell) << line;
+    }
+    EXPECT_EQ(lines, 101U);
 }
 
 TEST(Messages, Texts)
