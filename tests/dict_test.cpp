@@ -97,7 +97,7 @@ TEST(Dict, LendsTextsThatLast)
 // are longer than those.
 TEST(Dict, TellsKeysApartWhateverTheirNumberAndLength)
 {
-    const auto key_of = [](int number, std::size_t len) {
+    const auto key_of = [](unsigned number, std::size_t len) {
         const std::string middle = std::to_string(10000 + number);
         return "beginnin" + middle + std::string(len, '-') + "theirend";
     };
@@ -105,14 +105,14 @@ TEST(Dict, TellsKeysApartWhateverTheirNumberAndLength)
         for (const std::size_t len : {0U, 11U, 12U, 100U}) {
             SCOPED_TRACE(len);
             const qel::dict dict(Qel_hash_dict_create(0, 75, flags));
-            for (int i = 0; i < 300; ++i) {
+            for (unsigned i = 0; i < 300; ++i) {
                 Qel_hash_dict_insert(dict.get(), key_of(i, len).c_str(), "first");
                 Qel_hash_dict_insert(dict.get(), key_of(i, len).c_str(), std::to_string(i).c_str());
                 EXPECT_TRUE(Qel_hash_dict_remove(dict.get(), key_of(i / 2, len).c_str()) ||
                             i % 2 == 1);
                 EXPECT_EQ(Qel_hash_dict_num_keys(dict.get()), (i + 1U) / 2U);
             }
-            for (int i = 0; i < 300; ++i)
+            for (unsigned i = 0; i < 300; ++i)
                 EXPECT_STREQ(Qel_hash_dict_get_direct(dict.get(), key_of(i, len).c_str()),
                              i < 150 ? absent : std::to_string(i).c_str());
         }

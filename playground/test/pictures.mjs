@@ -14,7 +14,7 @@ const SCENES = {
 
 mkdirSync(folder, { recursive: true });
 const browser = await launch();
-const first = await openPage(browser, file, { width: 1440, height: 860 });
+const first = await openPage(browser, file, { width: 1680, height: 940 });
 for (const step of SCENES.beside) await step(first);
 await press('#forms [value="json"]')(first);
 await first.screenshot({ path: path.join(folder, 'playground.png') });
