@@ -2,10 +2,10 @@
 
 #include "checking/findings.h"
 #include "messages.h"
+#include "option_values.h"
 #include "writing/forms.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <stdexcept>
 #include <utility>
@@ -21,35 +21,6 @@ constexpr size_t most_width = 10000;
 constexpr size_t most_jobs = 256;
 constexpr size_t most_lines = std::min<uint64_t>(1'000'000'000'000'000, PTRDIFF_MAX);
 constexpr size_t most_byte = 255;
-
-using word_list = std::vector<std::string_view>;
-
-template <typename T>
-using choice = std::pair<std::string_view, T>;
-
-template <typename T, size_t N>
-word_list words_of(const choice<T> (&choices)[N])
-{
-    word_list words;
-    for (const auto &[word, value] : choices)
-        words.push_back(word);
-    return words;
-}
-
-[[noreturn]] void reject(const std::string &given, const word_list &words)
-{
-    throw std::invalid_argument(in_quotes(given) + " is unknown, expected " + listed(words));
-}
-
-template <typename T, size_t N>
-T choose(const choice<T> (&choices)[N], const std::string &given)
-{
-    for (const auto &[word, value] : choices) {
-        if (word == given)
-            return value;
-    }
-    reject(given, words_of(choices));
-}
 
 constexpr choice<const char *> line_breaks[] = {{"lf", "\n"}, {"crlf", "\r\n"}};
 
@@ -85,26 +56,6 @@ word_list form_names(const options & /*given*/)
 word_list block_names(const options &given)
 {
     return blocks_of(*given.layout.form);
-}
-
-// A number of what is named, within its bounds.
-size_t to_number(const std::string &given, std::string_view what, size_t least, size_t most)
-{
-    size_t number = 0;
-    const char *const end = given.data() + given.size();
-    const auto [stop, error] = std::from_chars(given.data(), end, number);
-    if (error != std::errc() || stop != end || number < least || number > most)
-        throw std::invalid_argument(in_quotes(given) + " is not a " + std::string(what) +
-                                    ", expected a number from " + std::to_string(least) + " to " +
-                                    std::to_string(most));
-    return number;
-}
-
-const std::string &file_name(const std::string &given)
-{
-    if (given.empty())
-        throw std::invalid_argument("the name is empty, expected the name of a file");
-    return given;
 }
 
 void set_form(options &taken, const std::string &given)
