@@ -1,16 +1,11 @@
 #include "qel_rcpt_int.h"
 
-#include "hostile_text.hpp"
 #include "test_record.hpp"
 
 #include <qelstdlib.hpp>
 
-#include <algorithm>
 #include <cstddef>
-#include <iterator>
-#include <map>
 #include <ostream>
-#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -247,8 +242,6 @@ TEST_F(HtmlReceipt, ShowsTheReference)
         "merch_reference",
         {{"", {lane, time}},
          {"laneid:7", {"|x_id|Lane|7", time}},
-         {"laneid:-3", {lane, time}},
-         {"laneid:front", {lane, time}},
          {"action:sale,action_trans:return", {"action|action|Refund", lane, time}},
          {"action:Sale,action_trans:,card_cardclass:Debit",
           {"action|action|Debit Card Sale", lane, time}},
@@ -259,8 +252,6 @@ TEST_F(HtmlReceipt, ShowsTheReference)
            "cardholdername|cardholdername|Customer|/", time}},
          {"ordernum:A1,ptrannum:12", {lane, time, "ordernum|x_id|Order Number|A1"}},
          {"ordernum:,ptrannum:12", {lane, time, "ordernum|x_id|Order Number|12"}},
-         {"ptrannum:0", {lane, time}},
-         {"ptrannum:x12", {lane, time}},
          {"custref:p,ttid:t,rcpt_issuer_resp_code:05,rcpt_resp_code:051,auth:a,batch:b,stan:s",
           {lane, time, "custref|x_id|PO Number|p", "ttid|x_id|TTID|t",
            "resp_code|code|Response Code|05/051", "auth|auth|Auth|a", "batch|batch|Batch|b",
@@ -328,8 +319,6 @@ TEST_F(HtmlReceipt, ShowsOrderMoney)
            "order_tip|amount order tip|Tip|$6.00", "order_tax|amount order tax|Tax|$4.00", total}},
          {"order_total:50.00,order_tip:-1.00,order_tax:0.00,order_discount:-5",
           {heading, "order_subtotal|amount order subtotal|Subtotal|$51.00", total}},
-         {"order_total:-5", {heading, "order_subtotal|amount order subtotal|Subtotal|$-5.00"}},
-         {"order_total:0.00,order_tip:2", {}},
          {"amount:20", {}}});
 }
 
@@ -349,16 +338,11 @@ TEST_F(HtmlReceipt, ShowsMoney)
            "supplemental_fee|amount fee|Supplemental Fee|$4.00", "tax|amount tax|Tax|$5.00",
            "cashbackamount|amount cashback|Cash back|$6.00",
            "totalamount|amount total|Total|$75.00", "balance|amount balance|Balance|$9.00"}},
-         // neither zero nor negative amounts, nor such as are no numbers
-         {"amount:10,tax:0.00,fee:-1.00,cashbackamount:2x,examount:,u_tip:5,balance:0",
-          {"subtotal|amount subtotal|Subtotal|$9.00", "totalamount|amount total|Total|$15.00"}},
          {"amount:10,authamount:6,examount:3,u_tip:0",
           {"subtotal|amount subtotal|Subtotal|$7.00", "tip|amount tip|Tip|$3.00",
            "totalamount|amount total|Total|$10.00",
            "authamount|amount authorized|Authorized Amount|$6.00",
            "amountdue|amount due|Amount Due|$4.00"}},
-         {"amount:0",
-          {"subtotal|amount subtotal|Subtotal|$0.00", "totalamount|amount total|Total|$0.00"}},
          {"amount:8,cardtype:Cash,discountamount:3,order_cash_discount:1",
           {"subtotal|amount subtotal|Subtotal|$11.00",
            "discountamount|amount discount|Discount|- $2.00",
@@ -448,100 +432,6 @@ TEST_F(HtmlReceipt, CutsTheIdsOfCustomFields)
         ASSERT_GE(tree.size(), 3U);
         EXPECT_EQ(elements(tree.end() - 3, tree.end()),
                   child("custom_" + kept + "|custom|" + name + "|v"));
-    }
-}
-
-std::string in_quotes(const std::string &text)
-{
-    return qel::text(Qel_strdup_replace_str(text.c_str(), "\"", "\"\"")).get();
-}
-
-// The texts of a record that a receipt shows as they are; the last ones stand inside others.
-constexpr const char *text_keys[] = {
-    "merch_name",     "merch_addr1",    "merch_addr2",     "merch_addr3",  "merch_phone",
-    "merch_email",    "merch_url",      "action",          "cardtype",     "rcpt_entry_mode",
-    "account",        "cardholdername", "ordernum",        "custref",      "ttid",
-    "rcpt_resp_code", "auth",           "batch",           "stan",         "printdata",
-    "rcpt_emv_name",  "rcpt_emv_aid",   "rcpt_emv_tvr",    "rcpt_emv_tsi", "rcpt_emv_iad",
-    "rcpt_emv_ac",    "order_notes",    "rcpt_user_notes", "item",         "qty",
-    "note",           "custom"};
-
-record filled_record(const std::map<std::string, std::string> &texts)
-{
-    record fields("rcpt_host_ts:012324153000,amount:1.00,u_need_signature:1");
-    for (const auto &[key, text] : texts)
-        Qel_hash_dict_insert(fields, key.c_str(), text.c_str());
-    Qel_json_node_t *item = Qel_json_node_create(QEL_JSON_TYPE_OBJECT);
-    Qel_json_object_insert_string(item, "name", texts.at("item").c_str());
-    Qel_json_object_insert_string(item, "qty", texts.at("qty").c_str());
-    Qel_json_object_insert_string(item, "notes", texts.at("note").c_str());
-    const qel::json items(Qel_json_node_create(QEL_JSON_TYPE_ARRAY));
-    Qel_json_array_insert(items.get(), item);
-    Qel_hash_dict_insert(
-        fields, "line_items",
-        qel::text(Qel_json_write(items.get(), QEL_JSON_WRITER_NONE, nullptr)).get());
-    Qel_hash_dict_insert(fields, "rcpt_custom",
-                         ("f:\"" + in_quotes(texts.at("custom")) + "\"").c_str());
-    return fields;
-}
-
-// The elements of a receipt's blocks, one after the other.
-elements receipt_tree(const record &fields)
-{
-    elements all;
-    const qel::dict blocks(Qel_rcpt_generate_html(fields, nullptr));
-    for (const auto [key, block] : qel::pairs(blocks.get())) {
-        const elements tree = parse(block).tree;
-        all.insert(all.end(), tree.begin(), tree.end());
-    }
-    return all;
-}
-
-// Lines end in line feeds. This parser reads as U+FFFD what a page had better not hold; browsers
-// leave it as it is.
-std::string as_parsed(const std::string &text)
-{
-    constexpr std::pair<const char *, const char *> read_as[] = {
-        {"\U0010FFFF", "\uFFFD"}, {"\x7F", "\uFFFD"}, {"\r\n", "\n"}};
-    qel::text parsed(Qel_strdup(text.c_str()));
-    for (const auto &[raw, shown] : read_as)
-        parsed.reset(Qel_strdup_replace_str(parsed.get(), raw, shown));
-    return parsed.get();
-}
-
-// Whatever the record's texts hold, the elements and attributes are those of harmless texts.
-TEST_F(HtmlReceipt, LetsNoTextBecomeMarkup)
-{
-    std::map<std::string, std::string> harmless;
-    for (const char *key : text_keys)
-        harmless[key] = std::string("[").append(key).append("]");
-    const elements harmless_tree = receipt_tree(filled_record(harmless));
-
-    std::mt19937 random(20240123);
-    for (int round = 0; round < 60 && !HasFailure(); ++round) {
-        std::map<std::string, std::string> raw;
-        std::map<std::string, std::string> shown;
-        for (const char *key : text_keys) {
-            test::hostile_text text;
-            while (text.raw.empty())
-                text = test::random_text(random);
-            raw[key] = text.raw;
-            shown[harmless[key]] = as_parsed(text.xml);
-        }
-        elements expected = harmless_tree;
-        std::size_t replaced = 0;
-        for (element &one : expected) {
-            const std::size_t place = one.text.find('[');
-            if (place == std::string::npos)
-                continue;
-            one.text.replace(place, std::string::npos, shown.at(one.text.substr(place)));
-            ++replaced;
-        }
-        EXPECT_EQ(replaced, 2 * std::size(text_keys) + 1); // the cardholder also signs
-        const elements tree = receipt_tree(filled_record(raw));
-        EXPECT_EQ(tree.size(), expected.size()) << "round " << round;
-        for (std::size_t i = 0; i < std::min(tree.size(), expected.size()); ++i)
-            EXPECT_EQ(tree[i], expected[i]) << "round " << round;
     }
 }
 

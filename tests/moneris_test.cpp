@@ -589,31 +589,4 @@ TEST(Moneris, NothingGivenGivesWhatIsAlwaysShown)
               "cust_merch_info cust_type cust_money cust_reference cust_disposition cust_notice");
 }
 
-TEST(Moneris, HostileValuesKeepToTheLine)
-{
-    const std::string keys =
-        "merch_name merch_addr1 merch_addr2 merch_phone merch_url action rcpt_custom cardtype "
-        "rcpt_acct_type amount authamount examount cashbackamount surchargeamount tax balance "
-        "account auth timestamp rcpt_entry_mode rcpt_emv_name rcpt_emv_aid rcpt_issuer_resp_code "
-        "rcpt_resp_code ordernum ttid rcpt_emv_form_factor moneris_rcpt_data";
-    for (const std::string &value :
-         {std::string(5000, 'x'), std::string(5000, '\x80'), std::string(300, '\xC3'),
-          std::string(999, ' ') + "x", std::string("%s%n%lld%"), std::string("\"unterminated"),
-          std::string("a\r\nb\tc\x01\x7F\xE2\x82"), std::string("-99999999999999999999.99"),
-          "€€€€ " + std::string(70, '9')}) {
-        record kvs("u_need_signature:1");
-        std::istringstream names(keys);
-        for (std::string key; names >> key;)
-            Qel_hash_dict_insert(kvs, key.c_str(), value.c_str());
-        for (const bool is_online : {false, true}) {
-            const receipt made = is_online ? online(kvs) : in_store(kvs);
-            EXPECT_GE(made.size(), 10U);
-            for (const block &one : made) {
-                for (const std::string &line : one.text)
-                    EXPECT_LE(width(line), is_online ? 70U : 40U) << one.key << ": " << line;
-            }
-        }
-    }
-}
-
 } // namespace
