@@ -15,8 +15,10 @@ export PATH=$work/bin:$PATH HOME=$work/home PYTHONPATH=$packages PARALLEL_HOME=$
 export PARALLEL_SSH=$work/bin/stand-in HOSTS=$work/hosts
 mkdir -p "$PARALLEL_HOME"
 touch "$PARALLEL_HOME/will-cite" # which would be asked for on the terminal
+unset PARALLEL
 
-# stand-in HOST COMMAND...: in the folder of the host, which then has a log.
+# stand-in HOST COMMAND...: in the folder of the host, which then has a log. A login sets SHELL, without
+# which GNU parallel runs nothing there and says nothing.
 cat >"$work/bin/stand-in" <<'END'
 #!/bin/sh
 while [ "${1#-}" != "$1" ]; do shift; done
@@ -26,7 +28,7 @@ shift
 mkdir -p "$HOSTS/$host"
 cd "$HOSTS/$host"
 echo "$@" >>"$HOSTS/$host.log"
-exec sh -c "$*"
+SHELL=/bin/sh exec sh -c "$*"
 END
 chmod +x "$work/bin/stand-in"
 
@@ -52,16 +54,21 @@ run() {
   [ "$(cat "$HOSTS"/*.example.log | wc -l)" -gt 2 ] || { echo "the hosts did nothing: $line"; exit 1; }
 }
 
+# same WHAT FILE FILE: or the first of the lines that differ.
+same() {
+  diff "$2" "$3" >"$work/differs" || { echo "other receipts $1:"; cut -c -200 "$work/differs" | head -6; cat "$work/log"; exit 1; }
+}
+
 numberless() { sed -E 's/^\{"line": [0-9]+, //' "$@"; }
 
 qelrcpt --batch --jobs 1 --quiet archive.jsonl >alone.jsonl
 [ "$(wc -l <alone.jsonl)" -eq 300 ]
 run '--keep-order qelrcpt'
-diff <(numberless receipts.jsonl) <(numberless alone.jsonl) >/dev/null || { echo "other receipts than alone"; exit 1; }
+same "than alone" <(numberless receipts.jsonl) <(numberless alone.jsonl)
 
 if command -v rsync >/dev/null; then
   run "--trc {}.receipts"
-  diff <(numberless archive/*.receipts) <(numberless alone.jsonl) >/dev/null || { echo "other receipts of files"; exit 1; }
+  same "of files" <(numberless archive/*.receipts) <(numberless alone.jsonl)
   [ -z "$(find "$HOSTS" -name '*.jsonl*')" ] || { echo "files are left on the hosts"; exit 1; }
 fi
 
@@ -69,5 +76,5 @@ fi
 for host in "$HOSTS"/*.example . ; do cp "$source/examples/receipt_lines.py" "$host"; done
 python3 receipt_lines.py <archive.jsonl >alone.jsonl
 run 'python3 receipt_lines.py'
-diff receipts.jsonl alone.jsonl >/dev/null || { echo "other receipts from Python"; exit 1; }
+same "from Python" receipts.jsonl alone.jsonl
 ! grep -q '"error"' receipts.jsonl
