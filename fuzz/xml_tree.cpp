@@ -1,6 +1,7 @@
 // XML: a tree is built as the input says, written, and read by a parser.
 #include "fuzz.hpp"
 
+#include <deque>
 #include <memory>
 
 #include <libxml/parser.h>
@@ -27,6 +28,15 @@ bool is_plain_name(std::string_view name)
            name.find_first_not_of(inner) == name.npos;
 }
 
+// A value that stands in a start tag as it is.
+bool is_plain_value(std::string_view value)
+{
+    return std::ranges::all_of(value, [](char chr) {
+        return chr >= ' ' && chr < '\x7F' &&
+               std::string_view("&<>\"'").find(chr) == std::string_view::npos;
+    });
+}
+
 // A text that may be indentation to a parser.
 bool is_blank(std::string_view text)
 {
@@ -44,7 +54,7 @@ class builder
     void take_step(fuzz::input &from)
     {
         Qel_xml_node_t *const parent = open_.back();
-        switch (from.byte() % 4) {
+        switch (from.byte() % 8) {
         case 0: {
             const std::string name = from.text();
             open_.push_back(Qel_xml_create_element(name.c_str(), parent));
@@ -67,6 +77,13 @@ class builder
             insert_attribute(name, value);
             return;
         }
+        case 4: {
+            const std::string name = from.text();
+            const std::string attribute = from.text();
+            const std::string value = from.text();
+            open_from_tag(name, attribute, value);
+            return;
+        }
         default:
             if (open_.size() > 1)
                 open_.pop_back();
@@ -77,6 +94,18 @@ class builder
     const std::vector<item> &items() const { return items_; }
 
   private:
+    // Where the parts make a right tag.
+    void open_from_tag(const std::string &name, const std::string &attribute,
+                       const std::string &value)
+    {
+        if (!is_plain_name(name) || !is_plain_name(attribute) || !is_plain_value(value))
+            return;
+        tags_.push_back(name + ' ' + attribute + "=\"" + value + '"');
+        open_.push_back(
+            Qel_xml_create_element_from_tag(tags_.back().c_str(), nullptr, open_.back()));
+        items_.push_back({open_.size() - 1, false, name, {{attribute, value}}});
+    }
+
     // On the element that was added last, while it is open.
     void insert_attribute(const std::string &name, const std::string &value)
     {
@@ -92,6 +121,7 @@ class builder
             items_.back().attributes.emplace_back(name, value);
     }
 
+    std::deque<std::string> tags_; // which outlive the tree
     qel::xml_doc root_;
     std::vector<Qel_xml_node_t *> open_;
     std::vector<item> items_;

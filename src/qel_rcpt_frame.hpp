@@ -58,8 +58,14 @@ enum differs : unsigned {
     merch_only = 16 // the customer has no such block
 };
 
-// One step of a generator: builds a block of a copy. State is the generator's state record, with
-// the fields blocks, kvs and attrs.
+// What a generator's state record begins with. Those of plain text have the same fields.
+struct receipt {
+    Qel_hash_dict_t *blocks;
+    const Qel_hash_dict_t *kvs;
+    Qel_rcpt_attrs_t attrs;
+};
+
+// One step of a generator: builds a block of a copy. State is the generator's state record.
 template <typename State>
 struct block_builder {
     block_keys keys;

@@ -3,25 +3,21 @@
 #include "qel_rcpt_rows.hpp"
 #include "qel_rcpt_rules.hpp"
 
-#include <algorithm>
 #include <array>
-#include <initializer_list>
 #include <iterator>
 #include <span>
+#include <string>
 #include <utility>
 
 using qel_rcpt::block_slot;
 using qel_rcpt::get;
-using qel_rcpt::html_names;
+using qel_rcpt::html_tags;
 using qel_rcpt::row;
 
 namespace
 {
 
-struct Qel_rcpt_html_t {
-    Qel_hash_dict_t *blocks;
-    const Qel_hash_dict_t *kvs;
-    Qel_rcpt_attrs_t attrs;
+struct Qel_rcpt_html_t : qel_rcpt::receipt {
     qel::xml_doc document; // of all blocks, so that they share its memory
 };
 
@@ -38,64 +34,38 @@ struct html_block {
     }
 };
 
-// An id or class put together from its parts.
-class joined_name
+// The tag outlives the document: it is a constant.
+Qel_xml_node_t *add_element(Qel_xml_node_t *parent, const char *tag, const char *text = nullptr)
 {
-  public:
-    joined_name(std::initializer_list<std::string_view> parts)
-    {
-        char *end = text_;
-        for (const std::string_view part : parts)
-            end += part.copy(end, static_cast<std::size_t>(std::end(text_) - 1 - end));
-        *end = '\0';
-    }
-    [[nodiscard]] const char *c_str() const { return text_; }
-
-  private:
-    char text_[512];
-};
-
-Qel_xml_node_t *add_element(Qel_xml_node_t *parent, const char *name, const char *text,
-                            const char *id, const char *class_name)
-{
-    Qel_xml_node_t *element = Qel_xml_create_element_with_text(name, text, 0, parent);
-    Qel_xml_node_insert_attribute(element, "id", id, 0, true);
-    Qel_xml_node_insert_attribute(element, "class", class_name, 0, true);
-    return element;
+    return Qel_xml_create_element_from_tag(tag, text, parent);
 }
 
-html_block create_block(const Qel_rcpt_html_t &info, std::string_view name,
-                        std::string_view more_classes = {})
+html_block create_block(const Qel_rcpt_html_t &info, const char *tag)
 {
-    const joined_name id({"rcpt_", name});
-    const joined_name classes({"rcpt_block ", name, more_classes.empty() ? "" : " ", more_classes});
-    return {info, add_element(info.document.get(), "div", nullptr, id.c_str(), classes.c_str())};
+    return {info, add_element(info.document.get(), tag)};
 }
 
 // Without a text it still gets an end tag: HTML has no self-closed spans.
-Qel_xml_node_t *add_span(Qel_xml_node_t *parent, const char *id, const char *class_name,
-                         const char *text)
+void add_span(Qel_xml_node_t *parent, const char *tag, const char *text)
 {
-    return add_element(parent, "span", Qel_str_safe(text), id, class_name);
+    add_element(parent, tag, Qel_str_safe(text));
 }
 
 // A value that stands alone; nothing without one.
-void add_val(const html_block &block, const html_names &names, const char *value)
+void add_val(const html_block &block, const html_tags &tags, const char *value)
 {
     if (!Qel_str_isempty(value))
-        add_element(block.element, "div", value, names.id, names.classes.data());
+        add_element(block.element, tags.alone.data(), value);
 }
 
-// A value with its label, which may be absent; nothing without a value. The lane has no id.
-void add_group(const html_block &block, const html_names &names, const char *label,
-               const char *value)
+// A value with its label, which may be absent; nothing without a value.
+void add_group(const html_block &block, const html_tags &tags, const char *label, const char *value)
 {
     if (Qel_str_isempty(value))
         return;
-    Qel_xml_node_t *group = add_element(block.element, "div", nullptr, names.group_id.data(),
-                                        names.group_classes.data());
-    add_span(group, names.label_id.data(), "rcpt_group_label", label);
-    add_span(group, Qel_str_isempty(names.id) ? nullptr : names.id, "rcpt_group_val", value);
+    Qel_xml_node_t *group = add_element(block.element, tags.group.data());
+    add_span(group, tags.label.data(), label);
+    add_span(group, tags.value.data(), value);
 }
 
 // What HTML writes in another way than XML: it has no name for the apostrophe, and a reference to a
@@ -129,8 +99,7 @@ template <typename Show>
 void for_each_value(const html_block &block, const block_slot &slot, std::span<const row> rows,
                     Show show)
 {
-    qel_rcpt::for_each_value(rows, qel_rcpt::in_html,
-                             {block.info.kvs, block.info.attrs, slot.is_custcopy}, show);
+    qel_rcpt::for_each_value(block.info, slot, rows, qel_rcpt::in_html, show);
 }
 
 void add_group(const html_block &block, const row &row, const char *text)
@@ -160,65 +129,76 @@ void add_groups(const html_block &block, const block_slot &slot, std::span<const
 
 void generate_block_merchinfo(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    static constexpr auto names = [] {
-        std::array<html_names, std::size(qel_rcpt::merchant_fields)> of_fields;
-        std::ranges::transform(qel_rcpt::merchant_fields, of_fields.begin(),
-                               [](const qel_rcpt::merchant_field &field) {
-                                   return html_names(field.key, field.html_class);
-                               });
-        return of_fields;
-    }();
-    const html_block block = create_block(info, "merch_info", "merch info");
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const qel_rcpt::merchant_field &field = qel_rcpt::merchant_fields[i];
-        add_val(block, names[i],
+    const html_block block =
+        create_block(info, R"(div id="rcpt_merch_info" class="rcpt_block merch_info merch info")");
+    for (const qel_rcpt::merchant_field &field : qel_rcpt::merchant_fields)
+        add_val(block, field.html,
                 qel_rcpt::get_or_message(info.kvs, field.key, info.attrs.lang, field.missing));
-    }
     add_block(block, slot);
+}
+
+// An element with an id and a class that the record has a part in.
+Qel_xml_node_t *add_custom_element(Qel_xml_node_t *parent, const char *name, const std::string &id,
+                                   const char *class_name, const char *text)
+{
+    Qel_xml_node_t *element = Qel_xml_create_element_with_text(name, text, 0, parent);
+    Qel_xml_node_insert_attribute(element, "id", id.c_str(), 0, true);
+    Qel_xml_node_insert_attribute(element, "class", class_name, 0, true);
+    return element;
+}
+
+void add_custom_field(const html_block &block, const char *name, const char *value)
+{
+    if (Qel_str_isempty(value))
+        return;
+    std::array<char, 64> cut{};
+    Qel_snprintf(cut.data(), cut.size(), "custom_%s", qel_rcpt::clean_field_name(name).get());
+    const std::string id(cut.data());
+    Qel_xml_node_t *group =
+        add_custom_element(block.element, "div", id + "_group", "rcpt_group custom", nullptr);
+    add_custom_element(group, "span", id + "_label", "rcpt_group_label", Qel_str_safe(name));
+    add_custom_element(group, "span", id, "rcpt_group_val", value);
 }
 
 void add_custom_fields(const html_block &block)
 {
     const qel::dict fields = qel_rcpt::get_custom_fields(block.info.kvs);
-    for (const auto [name, value] : qel::pairs(fields.get())) {
-        std::array<char, 64> id{};
-        Qel_snprintf(id.data(), id.size(), "custom_%s", qel_rcpt::clean_field_name(name).get());
-        add_group(block, {id.data(), "custom"}, name, value);
-    }
+    for (const auto [name, value] : qel::pairs(fields.get()))
+        add_custom_field(block, name, value);
 }
 
 void generate_block_reference(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "reference");
+    const html_block block =
+        create_block(info, R"(div id="rcpt_reference" class="rcpt_block reference")");
     add_rows(block, slot, qel_rcpt::reference_rows);
     add_custom_fields(block);
     add_block(block, slot);
 }
 
-// How a line item looks: its class, and the format of its price where it has one.
+// How a line item looks: its tag, and the format of its price where it has one.
 struct line_item_form {
-    const char *class_name;
+    const char *tag = "div";
     const char *price;
 };
 
 // By Qel_rcpt_line_item_type_t.
 constexpr line_item_form line_item_forms[] = {
-    {"rcpt_group item", "%s"},
-    {"rcpt_group addon", "%s"},
-    {"rcpt_group item_discount_percent", "- %s%%"},
-    {"rcpt_group item_discount_fixed", "- %s"},
-    {"rcpt_group order_discount_percent", "- %s%%"},
-    {"rcpt_group order_discount_fixed", "- %s"},
-    {"rcpt_group order_discount_percent cashdiscount", "- %s%%"},
-    {"rcpt_group item notes", nullptr},
+    {R"(div class="rcpt_group item")", "%s"},
+    {R"(div class="rcpt_group addon")", "%s"},
+    {R"(div class="rcpt_group item_discount_percent")", "- %s%%"},
+    {R"(div class="rcpt_group item_discount_fixed")", "- %s"},
+    {R"(div class="rcpt_group order_discount_percent")", "- %s%%"},
+    {R"(div class="rcpt_group order_discount_fixed")", "- %s"},
+    {R"(div class="rcpt_group order_discount_percent cashdiscount")", "- %s%%"},
+    {R"(div class="rcpt_group item notes")", nullptr},
 };
 
-void add_item_span(Qel_xml_node_t *parent, const char *class_name, const char *fmt,
-                   const char *text)
+void add_item_span(Qel_xml_node_t *parent, const char *tag, const char *fmt, const char *text)
 {
     std::array<char, 256> shown{};
     Qel_snprintf(shown.data(), shown.size(), fmt, text);
-    add_span(parent, nullptr, class_name, shown.data());
+    add_span(parent, tag, shown.data());
 }
 
 void line_item_add(void * /*vinfo*/, const char *name, const char *qty, const char *price,
@@ -226,37 +206,34 @@ void line_item_add(void * /*vinfo*/, const char *name, const char *qty, const ch
 {
     const line_item_form form =
         type < std::size(line_item_forms) ? line_item_forms[type] : line_item_form{};
-    Qel_xml_node_t *group = Qel_xml_create_element("div", static_cast<Qel_xml_node_t *>(vret));
-    Qel_xml_node_insert_attribute(group, "class", form.class_name, 0, true);
+    Qel_xml_node_t *group = add_element(static_cast<Qel_xml_node_t *>(vret), form.tag);
 
-    Qel_xml_node_t *what = Qel_xml_create_element("span", group);
-    add_span(what, nullptr, "rcpt_group_label name", name);
+    Qel_xml_node_t *what = add_element(group, "span");
+    add_span(what, R"(span class="rcpt_group_label name")", name);
     if (!Qel_str_isempty(qty) && !Qel_str_eq(qty, "1"))
-        add_item_span(what, "rcpt_group_label qty", "x%s", qty);
+        add_item_span(what, R"(span class="rcpt_group_label qty")", "x%s", qty);
     if (form.price != nullptr)
-        add_item_span(group, "rcpt_group_val price", form.price, price);
+        add_item_span(group, R"(span class="rcpt_group_val price")", form.price, price);
 }
 
 void generate_block_line_items(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "items");
+    const html_block block = create_block(info, R"(div id="rcpt_items" class="rcpt_block items")");
     Qel_rcpt_generate_line_items(get(info.kvs, "line_items"), &info, &info.attrs, line_item_add,
                                  block.element);
     add_block(block, slot);
-}
-
-void add_heading(const html_block &block, const char *id, Qel_rcpt_msg_t text)
-{
-    add_element(block.element, "div", block.message(text), id, "money_heading rcpt_title");
 }
 
 void generate_block_order_money(Qel_rcpt_html_t &info, const block_slot &slot)
 {
     if (!Qel_rcpt_have_order_money(info.kvs))
         return;
-    const html_block block = create_block(info, "order_money");
+    const html_block block =
+        create_block(info, R"(div id="rcpt_order_money" class="rcpt_block order_money")");
     if (Qel_rcpt_is_order_parital_payment(info.kvs))
-        add_heading(block, "rcpt_order_money_heading", QEL_RCPT_MSG_ORDER);
+        add_element(block.element,
+                    R"(div id="rcpt_order_money_heading" class="money_heading rcpt_title")",
+                    block.message(QEL_RCPT_MSG_ORDER));
     add_rows(block, slot, qel_rcpt::order_money_rows);
     add_block(block, slot);
 }
@@ -275,9 +252,11 @@ void generate_block_money(Qel_rcpt_html_t &info, const block_slot &slot)
 {
     if (qel_rcpt::is_order_paid_in_full(info.kvs))
         return;
-    const html_block block = create_block(info, "money");
+    const html_block block = create_block(info, R"(div id="rcpt_money" class="rcpt_block money")");
     if (Qel_rcpt_have_order_money(info.kvs))
-        add_heading(block, "rcpt_money_heading", QEL_RCPT_MSG_PAYMENT);
+        add_element(block.element,
+                    R"(div id="rcpt_money_heading" class="money_heading rcpt_title")",
+                    block.message(QEL_RCPT_MSG_PAYMENT));
     for_each_value(block, slot, qel_rcpt::money_rows,
                    [&](const row &row, const char *text) { add_money(block, row, text); });
     add_block(block, slot);
@@ -285,7 +264,8 @@ void generate_block_money(Qel_rcpt_html_t &info, const block_slot &slot)
 
 void generate_block_disposition(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "disposition");
+    const html_block block =
+        create_block(info, R"(div id="rcpt_disposition" class="rcpt_block disposition")");
     for_each_value(block, slot, qel_rcpt::disposition_rows, [&](const row &row, const char *text) {
         if (row.is("auth_mode"))
             add_group(block, row.html, "Mode", text); // in any language
@@ -297,24 +277,26 @@ void generate_block_disposition(Qel_rcpt_html_t &info, const block_slot &slot)
 
 void generate_block_signature(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "signature");
+    const html_block block =
+        create_block(info, R"(div id="rcpt_signature" class="rcpt_block signature")");
     add_rows(block, slot, qel_rcpt::signature_rows);
     add_block(block, slot);
 }
 
 void generate_block_emv(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "emv");
+    const html_block block = create_block(info, R"(div id="rcpt_emv" class="rcpt_block emv")");
     add_rows(block, slot, qel_rcpt::emv_rows);
     add_block(block, slot);
 }
 
 void generate_block_notice(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "notice");
+    const html_block block =
+        create_block(info, R"(div id="rcpt_notice" class="rcpt_block notice")");
     const auto [label, price] = qel_rcpt::get_alternative_price(info.kvs);
-    static constexpr html_names names("alt_price", "alt_price");
-    add_group(block, names, block.message(label),
+    static constexpr html_tags tags("alt_price", "alt_price");
+    add_group(block, tags, block.message(label),
               qel::text(Qel_rcpt_format_money(price, &info.attrs)).get());
     add_groups(block, slot, qel_rcpt::notice_rows);
     add_block(block, slot);
@@ -322,7 +304,7 @@ void generate_block_notice(Qel_rcpt_html_t &info, const block_slot &slot)
 
 void generate_block_notes(Qel_rcpt_html_t &info, const block_slot &slot)
 {
-    const html_block block = create_block(info, "notes");
+    const html_block block = create_block(info, R"(div id="rcpt_notes" class="rcpt_block notes")");
     add_groups(block, slot, qel_rcpt::notes_rows);
     add_block(block, slot);
 }

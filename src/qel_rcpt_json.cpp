@@ -9,11 +9,7 @@ using qel_rcpt::row;
 namespace
 {
 
-struct Qel_rcpt_json_t {
-    Qel_hash_dict_t *blocks;
-    const Qel_hash_dict_t *kvs;
-    Qel_rcpt_attrs_t attrs;
-};
+using Qel_rcpt_json_t = qel_rcpt::receipt;
 
 // Adds nothing for an absent value.
 void add_value(Qel_json_node_t *object, const char *name, const char *value)
@@ -25,7 +21,7 @@ void add_rows(const Qel_rcpt_json_t &info, const block_slot &slot, std::span<con
               Qel_json_node_t *object)
 {
     qel_rcpt::for_each_value(
-        rows, qel_rcpt::in_data, {info.kvs, info.attrs, slot.is_custcopy},
+        info, slot, rows, qel_rcpt::in_data,
         [&](const row &row, const char *text) { add_value(object, row.name, text); });
 }
 
@@ -49,8 +45,7 @@ void generate_block_merchinfo(Qel_rcpt_json_t &info, const block_slot &slot)
 {
     const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
     qel_rcpt::for_each_merchant_value(
-        info.kvs, info.attrs.lang,
-        [&](const char *name, const char *text) { add_value(object.get(), name, text); });
+        info, [&](const char *name, const char *text) { add_value(object.get(), name, text); });
     add_block(info, slot, object);
 }
 

@@ -34,8 +34,7 @@ template <typename Show>
 void for_each_value(const plain_receipt &info, const block_slot &slot, std::span<const row> rows,
                     Show show)
 {
-    qel_rcpt::for_each_value(rows, qel_rcpt::in_plain, {info.kvs, info.attrs, slot.is_custcopy},
-                             show);
+    qel_rcpt::for_each_value(info, slot, rows, qel_rcpt::in_plain, show);
 }
 
 void add_custom_fields(plain_block &block, const plain_receipt &info)

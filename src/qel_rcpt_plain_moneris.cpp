@@ -259,7 +259,7 @@ void generate_block_reference(plain_receipt &info, const block_slot &slot)
     add_reference_number(block, info);
     block.labelled(QEL_RCPT_MSG_AUTH_NUM, get(kvs, "auth"));
     qel_rcpt::for_each_value(
-        qel_rcpt::emv_rows, qel_rcpt::in_store, {kvs, info.attrs, slot.is_custcopy},
+        info, slot, qel_rcpt::emv_rows, qel_rcpt::in_store,
         [&](const qel_rcpt::row & /*row*/, const char *text) { block.left(text); });
     block.store(slot);
 }

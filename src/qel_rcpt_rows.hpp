@@ -3,12 +3,15 @@
 #ifndef QEL_RCPT_ROWS_HPP
 #define QEL_RCPT_ROWS_HPP
 
+#include "qel_rcpt_frame.hpp"
 #include "qel_rcpt_int.h"
+#include "qel_rcpt_rules.hpp"
 
 #include <qelstdlib.hpp>
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 #include <variant>
@@ -61,38 +64,70 @@ struct row_labels {
     Qel_rcpt_msg_t brief;
 };
 
-// The ids and classes of a value in HTML, alone or in a group with its label. Those of a row are
-// put together when the code is compiled.
-struct html_names {
-    using text = std::array<char, 72>;
+// The start tags of a value in HTML, alone or in a group with its label. They are put together when
+// the code is compiled.
+struct html_tags {
+    using text = std::array<char, 96>;
 
-    constexpr html_names() = default;
-    // An id of at most 63 bytes.
-    constexpr html_names(const char *of_value, std::string_view more_classes)
-        : id(of_value), group_id(joined(id, "_group")), label_id(joined(id, "_label")),
-          group_classes(joined("rcpt_group ", more_classes)),
-          classes(joined("rcpt_val ", more_classes))
+    constexpr html_tags() = default;
+    consteval html_tags(std::string_view id, std::string_view classes)
+        : alone(joined({"div id=\"", id, "\" class=\"rcpt_val ", classes})),
+          group(joined({"div id=\"", id, "_group\" class=\"rcpt_group ", classes})),
+          label(joined({"span id=\"", id, "_label\" class=\"rcpt_group_label"})),
+          value(id.empty() ? joined({"span class=\"rcpt_group_val"})
+                           : joined({"span id=\"", id, "\" class=\"rcpt_group_val"}))
     {
     }
 
-    const char *id = "";
-    text group_id{};
-    text label_id{};
-    text group_classes{};
-    text classes{}; // of a value alone
+    text alone{};
+    text group{};
+    text label{};
+    text value{}; // in the group
 
   private:
-    static constexpr text joined(std::string_view begin, std::string_view end)
+    static consteval text joined(std::initializer_list<std::string_view> parts)
     {
         text whole{};
-        std::ranges::copy(end, std::ranges::copy(begin, whole.begin()).out);
+        auto end = whole.begin();
+        for (const std::string_view part : parts)
+            end = std::ranges::copy(part, end).out;
+        *end++ = '"';
+        *end = '\0'; // in the array, or it does not compile
         return whole;
     }
 };
 
+// The merchant's lines from top to bottom, each with the message for a record without the key.
+struct merchant_field {
+    const char *key;
+    Qel_rcpt_msg_t missing;
+    html_tags html;
+};
+inline constexpr merchant_field merchant_fields[] = {
+    {"merch_name", QEL_RCPT_MSG_UNKNOWN_NAME, {"merch_name", "name"}},
+    {"merch_addr1", QEL_RCPT_MSG_UNKNOWN_ADDR, {"merch_addr1", "address"}},
+    {"merch_addr2", QEL_RCPT_MSG_NONE, {"merch_addr2", "address"}},
+    {"merch_addr3", QEL_RCPT_MSG_NONE, {"merch_addr3", "address"}},
+    {"merch_phone", QEL_RCPT_MSG_UNKNOWN_PHONE, {"merch_phone", "phone"}},
+    {"merch_email", QEL_RCPT_MSG_NONE, {"merch_email", "email"}},
+    {"merch_url", QEL_RCPT_MSG_NONE, {"merch_url", "url"}},
+};
+
+// The merchant's lines as data: show(name, text). A value that has a message for its absence stays
+// when it is empty.
+template <typename State, typename Show>
+void for_each_merchant_value(const State &info, Show show)
+{
+    for (const merchant_field &field : merchant_fields) {
+        const char *text = get_or_message(info.kvs, field.key, info.attrs.lang, field.missing);
+        if (field.missing != QEL_RCPT_MSG_NONE || !Qel_str_isempty(text))
+            show(field.key, text);
+    }
+}
+
 struct row {
     const char *name; // of the XML element and the JSON member
-    html_names html;
+    html_tags html;
     row_labels label;
     value_source value;
     form_set shown = in_all;
@@ -131,10 +166,13 @@ class row_text
 // The row's value in the copy; absent or empty where the copy does not show it.
 row_text find_value(const row &row, const copy &copy);
 
-// The rows that a form shows, with their values: show(row, text) for each.
-template <typename Show>
-void for_each_value(std::span<const row> rows, form_set form, const copy &copy, Show show)
+// The rows that a form shows in the copy, with their values: show(row, text) for each. State is the
+// generator's state record.
+template <typename State, typename Show>
+void for_each_value(const State &info, const block_slot &slot, std::span<const row> rows,
+                    form_set form, Show show)
 {
+    const copy copy = {info.kvs, info.attrs, slot.is_custcopy};
     for (const row &row : rows) {
         if ((row.shown & form) == 0)
             continue;

@@ -83,38 +83,9 @@ inline constexpr money_term subtotal_terms[] = {
     {"discountamount", sign::plus},
 };
 
-// The merchant's lines from top to bottom, each with the message for a record without the key and
-// its class in HTML.
-struct merchant_field {
-    const char *key;
-    Qel_rcpt_msg_t missing;
-    const char *html_class;
-};
-inline constexpr merchant_field merchant_fields[] = {
-    {"merch_name", QEL_RCPT_MSG_UNKNOWN_NAME, "name"},
-    {"merch_addr1", QEL_RCPT_MSG_UNKNOWN_ADDR, "address"},
-    {"merch_addr2", QEL_RCPT_MSG_NONE, "address"},
-    {"merch_addr3", QEL_RCPT_MSG_NONE, "address"},
-    {"merch_phone", QEL_RCPT_MSG_UNKNOWN_PHONE, "phone"},
-    {"merch_email", QEL_RCPT_MSG_NONE, "email"},
-    {"merch_url", QEL_RCPT_MSG_NONE, "url"},
-};
-
 // The record's value, also an empty one, or the message where the record does not have the key.
 const char *get_or_message(const Qel_hash_dict_t *kvs, const char *key, Qel_rcpt_lang_t lang,
                            Qel_rcpt_msg_t missing);
-
-// The merchant's lines as data: show(name, text). A value that has a message for its absence stays
-// when it is empty.
-template <typename Show>
-void for_each_merchant_value(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang, Show show)
-{
-    for (const merchant_field &field : merchant_fields) {
-        const char *text = get_or_message(kvs, field.key, lang, field.missing);
-        if (field.missing != QEL_RCPT_MSG_NONE || !Qel_str_isempty(text))
-            show(field.key, text);
-    }
-}
 
 // What the transaction is called, from its action and card class; absent without an action.
 const char *get_title(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang);

@@ -9,29 +9,22 @@ using qel_rcpt::row;
 namespace
 {
 
-struct Qel_rcpt_xml_t {
-    Qel_hash_dict_t *blocks;
-    const Qel_hash_dict_t *kvs;
-    Qel_rcpt_attrs_t attrs;
+struct Qel_rcpt_xml_t : qel_rcpt::receipt {
     qel::xml_doc document; // of all blocks, so that they share its memory
 };
 
-void add_value(Qel_xml_node_t *element, const char *name, const char *value)
+// The name outlives the document: it is a constant.
+Qel_xml_node_t *add_element(Qel_xml_node_t *parent, const char *name, const char *text = nullptr)
 {
-    Qel_xml_create_element_with_text(name, value, 0, element);
-}
-
-Qel_xml_node_t *create_block(const Qel_rcpt_xml_t &info, const char *name)
-{
-    return Qel_xml_create_element(name, info.document.get());
+    return Qel_xml_create_element_from_tag(name, text, parent);
 }
 
 void add_rows(const Qel_rcpt_xml_t &info, const block_slot &slot, std::span<const row> rows,
               Qel_xml_node_t *element)
 {
     qel_rcpt::for_each_value(
-        rows, qel_rcpt::in_data, {info.kvs, info.attrs, slot.is_custcopy},
-        [&](const row &row, const char *text) { add_value(element, row.name, text); });
+        info, slot, rows, qel_rcpt::in_data,
+        [&](const row &row, const char *text) { add_element(element, row.name, text); });
 }
 
 void add_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const Qel_xml_node_t *element)
@@ -45,17 +38,16 @@ void add_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const Qel_xml
 void generate_rows_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const char *name,
                          std::span<const row> rows)
 {
-    Qel_xml_node_t *element = create_block(info, name);
+    Qel_xml_node_t *element = add_element(info.document.get(), name);
     add_rows(info, slot, rows, element);
     add_block(info, slot, element);
 }
 
 void generate_block_merchinfo(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *element = create_block(info, "merch_info");
+    Qel_xml_node_t *element = add_element(info.document.get(), "merch_info");
     qel_rcpt::for_each_merchant_value(
-        info.kvs, info.attrs.lang,
-        [&](const char *name, const char *text) { add_value(element, name, text); });
+        info, [&](const char *name, const char *text) { add_element(element, name, text); });
     add_block(info, slot, element);
 }
 
@@ -64,14 +56,14 @@ void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
     const qel::dict fields = qel_rcpt::get_custom_fields(info.kvs);
     if (Qel_hash_dict_num_keys(fields.get()) == 0)
         return;
-    Qel_xml_node_t *custom = Qel_xml_create_element("rcpt_custom", reference);
+    Qel_xml_node_t *custom = add_element(reference, "rcpt_custom");
     for (const auto [name, value] : qel::pairs(fields.get()))
-        add_value(custom, qel_rcpt::clean_field_name(name).get(), value);
+        Qel_xml_create_element_with_text(qel_rcpt::clean_field_name(name).get(), value, 0, custom);
 }
 
 void generate_block_reference(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *element = create_block(info, "reference");
+    Qel_xml_node_t *element = add_element(info.document.get(), "reference");
     add_rows(info, slot, qel_rcpt::reference_rows, element);
     add_custom_fields(info, element);
     add_block(info, slot, element);
@@ -80,16 +72,16 @@ void generate_block_reference(Qel_rcpt_xml_t &info, const block_slot &slot)
 void line_item_add(void * /*info*/, const char *name, const char *qty, const char *price,
                    Qel_rcpt_line_item_type_t type, void *ret)
 {
-    Qel_xml_node_t *item = Qel_xml_create_element("item", static_cast<Qel_xml_node_t *>(ret));
-    add_value(item, "name", name);
-    add_value(item, "qty", qty);
-    add_value(item, "price", price);
-    add_value(item, "type", Qel_rcpt_line_item_type_to_str(type));
+    Qel_xml_node_t *item = add_element(static_cast<Qel_xml_node_t *>(ret), "item");
+    add_element(item, "name", name);
+    add_element(item, "qty", qty);
+    add_element(item, "price", price);
+    add_element(item, "type", Qel_rcpt_line_item_type_to_str(type));
 }
 
 void generate_block_line_items(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *items = create_block(info, "items");
+    Qel_xml_node_t *items = add_element(info.document.get(), "items");
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items);
     add_block(info, slot, items);

@@ -157,6 +157,62 @@ TEST(XmlTree, AttributesOfOneName)
     EXPECT_EQ(write(root.get()), R"(<a x_y="5" z="2"/>)");
 }
 
+TEST(XmlTree, ElementsFromTags)
+{
+    const qel::xml_doc doc(Qel_xml_create_doc());
+    Qel_xml_node_t *const div =
+        Qel_xml_create_element_from_tag(R"(div id="a" class="b c")", nullptr, doc.get());
+    Qel_xml_create_element_from_tag("p", "1 < 2", div);
+    Qel_xml_create_element_from_tag(R"(p x="")", "", div);
+    Qel_xml_create_element_from_tag(R"(hr x="1")", nullptr, div);
+    EXPECT_EQ(Qel_xml_node_num_children(div), 3u);
+    EXPECT_EQ(write(doc.get()), R"(<div id="a" class="b c">
+  <p>1 &lt; 2</p>
+  <p x=""></p>
+  <hr x="1"/>
+</div>)");
+    for (const char *none : {"", static_cast<const char *>(nullptr)}) {
+        const qel::xml_doc root(Qel_xml_create_element_from_tag(none, "x", nullptr));
+        EXPECT_EQ(write(root.get()), "<_>x</_>");
+    }
+}
+
+// What was made from a tag takes attributes as if its own had been inserted one by one.
+TEST(XmlTree, AttributesOfATagAreLikeOthers)
+{
+    const struct {
+        const char *name, *value;
+        bool overwrite, is_set;
+        std::string_view written;
+    } cases[] = {
+        {"n", "5", false, true, R"(<a id="1" cl="2 3" n="5"/>)"},
+        {"id", "5", false, false, R"(<a id="1" cl="2 3"/>)"},
+        {"id", "&", true, true, R"(<a id="&amp;" cl="2 3"/>)"},
+        {"cl", "", true, true, R"(<a id="1" cl=""/>)"},
+        {"c", "5", true, true, R"(<a id="1" cl="2 3" c="5"/>)"},
+        {"id", nullptr, true, false, R"(<a id="1" cl="2 3"/>)"},
+    };
+    for (const auto &[name, value, overwrite, is_set, written] : cases) {
+        const qel::xml_doc root(
+            Qel_xml_create_element_from_tag(R"(a id="1" cl="2 3")", nullptr, nullptr));
+        EXPECT_EQ(Qel_xml_node_insert_attribute(root.get(), name, value, 0, overwrite), is_set);
+        EXPECT_EQ(write(root.get()), written);
+    }
+}
+
+// A tag that is not right is the caller's fault, but stays within its text.
+TEST(XmlTree, WrongTagsAreNotReadPastTheirEnd)
+{
+    for (const char *wrong : {"a ", "a x", "a x=", "a x=\"", "a x=\"1", "a =\"", "a=\"1\"",
+                              "a x=\"1\"y=\"2\"", "a  =\"\"=\"", "\"=\"", "=\"\" =\""}) {
+        const std::string tag = wrong; // in memory of its own, whose end sanitizers watch
+        const qel::xml_doc root(Qel_xml_create_element_from_tag(tag.c_str(), nullptr, nullptr));
+        EXPECT_EQ(write(root.get()), "<" + tag + "/>");
+        Qel_xml_node_insert_attribute(root.get(), "n", "5", 0, true);
+        EXPECT_TRUE(write(root.get()).ends_with(" n=\"5\"/>")) << tag;
+    }
+}
+
 // From some number on, attributes are found by another way than at first.
 TEST(XmlTree, ManyAttributesKeepTheirOrderAndCostLinearTime)
 {

@@ -165,6 +165,15 @@ QEL_API Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const
                                                          size_t max_len,
                                                          Qel_xml_node_t *parent) QEL_NOEXCEPT;
 
+/* As Qel_xml_create_element, from the element's start tag as it is written, without its brackets:
+ * `div id="total" class="amount"`; with all of the text as its one child, or without children when
+ * that is absent. For tags that are known when a program is written: the tag is neither copied nor
+ * checked, so it must outlive the tree and be right: one space in front of each attribute, double
+ * quotes, no name twice, and nothing that is written as an entity. Its attributes can be
+ * overwritten and others added like any. An absent or empty tag is "_". */
+QEL_API Qel_xml_node_t *Qel_xml_create_element_from_tag(const char *tag, const char *text,
+                                                        Qel_xml_node_t *parent) QEL_NOEXCEPT;
+
 /* Adds an attribute after the others, with at most max_len bytes of the value in whole characters
  * (0: all of it). One of that name takes the new value when overwrite is true and stays otherwise.
  * An absent value adds none. True when the attribute was set. */

@@ -124,9 +124,12 @@ inline std::optional<char32_t> take_char(std::string_view &text)
 template <typename Predicate>
 void append_plain(qel::text_builder &out, std::string_view &text, Predicate is_plain)
 {
-    const auto end = std::find_if_not(text.begin(), text.end(), is_plain);
-    const auto len = static_cast<std::size_t>(std::distance(text.begin(), end));
-    out.append(text.substr(0, len));
+    char *const copy = out.reserve(text.size());
+    std::size_t len = 0;
+    for (; len < text.size() && is_plain(text[len]); ++len) {
+        copy[len] = text[len];
+    }
+    out.extend_to(copy + len);
     text.remove_prefix(len);
 }
 

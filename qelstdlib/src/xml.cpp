@@ -7,7 +7,6 @@ namespace
 using formats::arena;
 using formats::attribute;
 using formats::attribute_index;
-using formats::kept_text;
 
 struct char_range {
     char32_t first;
@@ -87,21 +86,9 @@ std::string made_valid(std::string_view name)
 
 // Names are made valid when they enter the tree and not when they are written, so that attributes
 // whose names would be written alike count as one.
-[[gnu::noinline]] kept_text keep_new_name(arena &memory, std::string_view name)
+std::string_view keep_name(arena &memory, std::string_view name)
 {
-    if (!is_plain_name(name)) {
-        return memory.keep(made_valid(name));
-    }
-    const kept_text kept = memory.keep({name.data(), name.size() + 1}); // with its terminator
-    return memory.place_of_name(name.data()) = {kept.view.substr(0, name.size())};
-}
-
-kept_text keep_name(arena &memory, const char *name)
-{
-    const kept_text known = memory.place_of_name(name);
-    return !known.view.empty() && std::strcmp(known.view.data(), name) == 0
-               ? known
-               : keep_new_name(memory, name);
+    return memory.keep(is_plain_name(name) ? name : made_valid(name));
 }
 
 // The text in at most max_len bytes of whole characters; 0 means no limit.
@@ -116,25 +103,34 @@ std::string_view limited(std::string_view text, std::size_t max_len)
     return text.substr(0, max_len);
 }
 
-Qel_xml_node *append_element(Qel_xml_node &parent, const char *name)
+// A tree has its memory from its root, with which it goes.
+arena &memory_below(const Qel_xml_node *parent)
 {
-    arena &memory = *parent.memory;
+    return parent != nullptr ? *parent->memory : *std::make_unique_for_overwrite<arena>().release();
+}
+
+// The parent's last child, or a root.
+Qel_xml_node *create_node(arena &memory, std::string_view tag, std::size_t name_len,
+                          Qel_xml_node *parent)
+{
+    if (parent == nullptr) {
+        return memory.create<Qel_xml_node>(&memory, tag, name_len);
+    }
     auto *const child =
-        memory.create<Qel_xml_node>(&memory, keep_name(memory, name), &parent, parent.last_child);
-    (parent.last_child == nullptr ? parent.first_child : parent.last_child->next) = child;
-    parent.last_child = child;
-    ++parent.num_children;
+        memory.create<Qel_xml_node>(&memory, tag, name_len, parent, parent->last_child);
+    (parent->last_child == nullptr ? parent->first_child : parent->last_child->next) = child;
+    parent->last_child = child;
+    ++parent->num_children;
     return child;
 }
 
-// A tree of one node, in an arena of its own: of an element, or of a document without a name.
-Qel_xml_node *create_root(const char *name)
+Qel_xml_node *with_text(Qel_xml_node *element, const char *text, std::size_t max_len)
 {
-    auto memory = std::make_unique_for_overwrite<arena>();
-    const kept_text kept_name = name != nullptr ? keep_name(*memory, name) : kept_text();
-    arena *const kept = memory.release(); // the root's from here on
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): destroying the root releases it
-    return kept->create<Qel_xml_node>(kept, kept_name);
+    if (text != nullptr) {
+        element->text = element->memory->keep(limited(text, max_len));
+        element->num_children = 1;
+    }
+    return element;
 }
 
 void unlink(Qel_xml_node &node)
@@ -150,7 +146,7 @@ attribute *&slot_of(const attribute_index &index, std::string_view name)
 {
     const std::size_t last = index.num_slots - 1;
     auto at = static_cast<std::size_t>(qel::own_hasher()(name)) & last;
-    while (index.slots[at] != nullptr && index.slots[at]->name.view != name) {
+    while (index.slots[at] != nullptr && index.slots[at]->name != name) {
         at = (at + 1) & last;
     }
     return index.slots[at];
@@ -164,7 +160,7 @@ void make_slots(Qel_xml_node &node)
     index.num_slots *= 2;
     index.slots = node.memory->create_slots(index.num_slots);
     for (attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
-        slot_of(index, attr->name.view) = attr;
+        slot_of(index, attr->name) = attr;
     }
 }
 
@@ -173,10 +169,10 @@ struct found_attribute {
     bool is_new;
 };
 
-found_attribute find_or_add_indexed(Qel_xml_node &node, const kept_text &name)
+found_attribute find_or_add_indexed(Qel_xml_node &node, std::string_view name)
 {
     attribute_index &index = *node.index;
-    attribute *&slot = slot_of(index, name.view);
+    attribute *&slot = slot_of(index, name);
     if (slot != nullptr) {
         return {slot, false};
     }
@@ -191,7 +187,7 @@ found_attribute find_or_add_indexed(Qel_xml_node &node, const kept_text &name)
 }
 
 // The attribute of that name, which is added where there is none.
-found_attribute find_or_add(Qel_xml_node &node, const kept_text &name)
+found_attribute find_or_add(Qel_xml_node &node, std::string_view name)
 {
     constexpr std::size_t few = 16; // a power of two
     if (node.index != nullptr) {
@@ -200,7 +196,7 @@ found_attribute find_or_add(Qel_xml_node &node, const kept_text &name)
     std::size_t count = 0;
     attribute **link = &node.first_attribute;
     for (; *link != nullptr; link = &(*link)->next, ++count) {
-        if ((*link)->name.view == name.view) {
+        if ((*link)->name == name) {
             return {*link, false};
         }
     }
@@ -212,28 +208,48 @@ found_attribute find_or_add(Qel_xml_node &node, const kept_text &name)
     return {added, true};
 }
 
+// Makes the attributes that came with the element's tag like any other. In the tag each is a blank,
+// the name, an equals sign and the value in double quotes.
+void take_tag_apart(Qel_xml_node &node)
+{
+    constexpr std::string_view before_value = "=\"";
+    std::string_view rest = node.tag.substr(node.name_len);
+    node.tag = node.name();
+    for (auto end = rest.find(before_value); end != rest.npos; end = rest.find(before_value)) {
+        const std::string_view name = rest.substr(1, end - 1);
+        rest.remove_prefix(end + before_value.size());
+        const std::string_view value = rest.substr(0, rest.find('"'));
+        find_or_add(node, name).attr->value = value;
+        rest.remove_prefix(std::min(value.size() + 1, rest.size()));
+    }
+}
+
 } // namespace
 
 Qel_xml_node_t *Qel_xml_create_doc(void) noexcept
 {
-    return create_root(nullptr);
+    return create_node(memory_below(nullptr), {}, 0, nullptr);
 }
 
 Qel_xml_node_t *Qel_xml_create_element(const char *name, Qel_xml_node_t *parent) noexcept
 {
-    const char *const safe_name = name != nullptr ? name : "";
-    return parent != nullptr ? append_element(*parent, safe_name) : create_root(safe_name);
+    arena &memory = memory_below(parent);
+    const std::string_view kept = keep_name(memory, qel::view(name));
+    return create_node(memory, kept, kept.size(), parent);
 }
 
 Qel_xml_node_t *Qel_xml_create_element_with_text(const char *name, const char *text, size_t max_len,
                                                  Qel_xml_node_t *parent) noexcept
 {
-    Qel_xml_node_t *const element = Qel_xml_create_element(name, parent);
-    if (text != nullptr) {
-        element->text = element->memory->keep(limited(text, max_len));
-        element->num_children = 1;
-    }
-    return element;
+    return with_text(Qel_xml_create_element(name, parent), text, max_len);
+}
+
+Qel_xml_node_t *Qel_xml_create_element_from_tag(const char *tag, const char *text,
+                                                Qel_xml_node_t *parent) noexcept
+{
+    const std::string_view safe_tag = Qel_str_isempty(tag) ? "_" : tag;
+    const std::size_t name_len = std::min(safe_tag.find(' '), safe_tag.size());
+    return with_text(create_node(memory_below(parent), safe_tag, name_len, parent), text, 0);
 }
 
 bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const char *value,
@@ -243,6 +259,7 @@ bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const
     if (!takes_attributes || name == nullptr || value == nullptr) {
         return false;
     }
+    take_tag_apart(*node);
     arena &memory = *node->memory;
     const auto [attr, is_new] = find_or_add(*node, keep_name(memory, name));
     if (!is_new && !overwrite) {

@@ -14,15 +14,10 @@
 namespace formats
 {
 
-// A text in an arena, where whole stretches of it may be read: what is after it is filled up.
-struct kept_text {
-    std::string_view view;
-};
-
 // The attributes of an element, in their order.
 struct attribute {
-    kept_text name;
-    kept_text value{};
+    std::string_view name;
+    std::string_view value{};
     attribute *next = nullptr;
 };
 
@@ -48,7 +43,7 @@ class arena
     T *create(Fields... fields)
     {
         static_assert(std::is_trivially_destructible_v<T>);
-        static_assert(alignof(T) <= formats::stretch_len);
+        static_assert(alignof(T) <= alignment);
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the arena owns the place
         return new (allocate(sizeof(T))) T{fields...};
     }
@@ -59,29 +54,20 @@ class arena
         return new (slots) attribute *[count] {};
     }
 
-    // A copy of the text, filled up with spaces.
-    kept_text keep(std::string_view text)
+    std::string_view keep(std::string_view text)
     {
         if (text.empty()) {
             return {};
         }
         std::byte *const kept = allocate(text.size());
-        std::memset(free_ - formats::stretch_len, ' ', formats::stretch_len);
         std::memcpy(kept, text.data(), text.size());
-        return {{reinterpret_cast<const char *>(kept), text.size()}};
-    }
-
-    // Where a valid name stands once it is kept: most that recur have a place of their own.
-    kept_text &place_of_name(const char *name)
-    {
-        return names_[static_cast<unsigned char>(*name) % names_.size()];
+        return {reinterpret_cast<const char *>(kept), text.size()};
     }
 
   private:
-    // In whole stretches, so that what is allocated next is aligned.
     std::byte *allocate(std::size_t size)
     {
-        size = (size + formats::stretch_len - 1) / formats::stretch_len * formats::stretch_len;
+        size = (size + alignment - 1) / alignment * alignment;
         if (size > left_) {
             return add_chunk(size);
         }
@@ -102,11 +88,11 @@ class arena
         return chunk;
     }
 
+    static constexpr std::size_t alignment = alignof(void *);
     static constexpr std::size_t first_chunk = 4000;
-    static_assert(first_chunk % formats::stretch_len == 0);
+    static_assert(first_chunk % alignment == 0);
 
-    alignas(formats::stretch_len) std::array<std::byte, first_chunk> first_;
-    std::array<kept_text, 32> names_{};
+    alignas(alignment) std::array<std::byte, first_chunk> first_;
     std::vector<std::unique_ptr<std::byte[]>> chunks_; // beside the first
     std::size_t next_chunk_ = first_chunk;
     std::size_t left_ = first_chunk;
@@ -116,10 +102,14 @@ class arena
 } // namespace formats
 
 struct Qel_xml_node {
-    [[nodiscard]] bool is_element() const { return !name.view.empty(); }
+    [[nodiscard]] bool is_element() const { return !tag.empty(); }
+    [[nodiscard]] std::string_view name() const { return tag.substr(0, name_len); }
 
     formats::arena *memory;
-    formats::kept_text name; // of an element; a document has none
+    // An element's name, with the attributes of the tag that it was made from, if any; these are
+    // written as they stand, in front of the others. A document has no name.
+    std::string_view tag;
+    std::size_t name_len;
     Qel_xml_node *parent = nullptr;
     Qel_xml_node *previous = nullptr; // the siblings
     Qel_xml_node *next = nullptr;
@@ -128,7 +118,7 @@ struct Qel_xml_node {
     std::size_t num_children = 0; // the text among them
     formats::attribute *first_attribute = nullptr;
     formats::attribute_index *index = nullptr;
-    std::optional<formats::kept_text> text = std::nullopt; // the first child
+    std::optional<std::string_view> text = std::nullopt; // the first child
 };
 
 #endif

@@ -5,7 +5,6 @@ namespace
 {
 
 using formats::attribute;
-using formats::kept_text;
 
 enum class place { content, attribute };
 
@@ -66,13 +65,6 @@ void append_non_ascii(qel::text_builder &out, std::string_view &text)
     }
 }
 
-// What may have to be encoded in some place.
-formats::stretch find_special(formats::stretch bytes)
-{
-    return formats::below_space(bytes) | (bytes == '&') | (bytes == '<') | (bytes == '>') |
-           (bytes == '"') | (bytes == '\'');
-}
-
 void append_encoded(qel::text_builder &out, std::string_view text, place where)
 {
     const plain_bytes &plain = where == place::content ? plain_in_content : plain_in_attribute;
@@ -87,35 +79,6 @@ void append_encoded(qel::text_builder &out, std::string_view text, place where)
         }
         formats::append_plain(out, text, is_plain);
     }
-}
-
-// Room to put a text, of which whole stretches are copied.
-std::size_t room_for(const kept_text &text)
-{
-    return text.view.size() + formats::stretch_len;
-}
-
-// Copies the text and gives the end of the copy.
-char *put(char *place, const kept_text &text)
-{
-    for (std::size_t at = 0; at < text.view.size(); at += formats::stretch_len) {
-        std::memcpy(place + at, text.view.data() + at, formats::stretch_len);
-    }
-    return place + text.view.size();
-}
-
-// As put; absent when something in the text may have to be encoded.
-char *put_plain(char *place, const kept_text &text)
-{
-    for (std::size_t at = 0; at < text.view.size(); at += formats::stretch_len) {
-        formats::stretch bytes;
-        std::memcpy(&bytes, text.view.data() + at, sizeof bytes);
-        if (formats::has_any(find_special(bytes))) {
-            return nullptr;
-        }
-        std::memcpy(place + at, &bytes, sizeof bytes);
-    }
-    return place + text.view.size();
 }
 
 // Walks the tree along its links: one that was built may be deeper than the program's stack allows.
@@ -149,9 +112,11 @@ class writer
         if (!node.is_element()) {
             return;
         }
-        append_tag("<", node.name);
+        append_tag("<", node.tag);
         for (const attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
-            append_attribute(*attr);
+            out_.append(' ').append(attr->name).append("=\"");
+            append_encoded(out_, attr->value, place::attribute);
+            out_.append('"');
         }
         if (node.num_children == 0) {
             out_.append("/>");
@@ -164,50 +129,22 @@ class writer
         }
     }
 
-    // All of it but attributes and the closing bracket.
-    void append_tag(std::string_view bracket, const kept_text &name)
+    // All of it but the closing bracket.
+    void append_tag(std::string_view bracket, std::string_view tag)
     {
         if (on_lines_ && !out_.empty()) {
             formats::begin_line(out_, depth_);
         }
-        char *const begin = out_.reserve(bracket.size() + room_for(name));
-        out_.extend_to(put(begin + bracket.copy(begin, bracket.size()), name));
-    }
-
-    void append_attribute(const attribute &attr)
-    {
-        char *const begin = out_.reserve(room_for(attr.name) + room_for(attr.value));
-        char *end = begin;
-        *end++ = ' ';
-        end = put(end, attr.name);
-        *end++ = '=';
-        *end++ = '"';
-        if (char *const value_end = put_plain(end, attr.value)) {
-            *value_end = '"';
-            out_.extend_to(value_end + 1);
-            return;
-        }
-        out_.extend_to(end);
-        append_encoded(out_, attr.value.view, place::attribute);
-        out_.append('"');
+        out_.append(bracket).append(tag);
     }
 
     void begin_text(const Qel_xml_node &element)
     {
-        append_text(*element.text);
+        append_encoded(out_, *element.text, place::content);
         // White space beside a text would become part of it.
         if (on_lines_) {
             on_lines_ = false;
             on_one_line_ = &element;
-        }
-    }
-
-    void append_text(const kept_text &text)
-    {
-        if (const char *const end = put_plain(out_.reserve(room_for(text)), text)) {
-            out_.extend_to(end);
-        } else {
-            append_encoded(out_, text.view, place::content);
         }
     }
 
@@ -217,7 +154,7 @@ class writer
             return;
         }
         --depth_;
-        append_tag("</", node.name);
+        append_tag("</", node.name());
         out_.append('>');
         if (on_one_line_ == &node) {
             on_one_line_ = nullptr;
