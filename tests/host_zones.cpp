@@ -2,6 +2,7 @@
 // zone the C library goes by is in the environment.
 #include "../qelstdlib/src/time_zone_host.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <optional>
