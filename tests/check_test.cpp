@@ -648,6 +648,60 @@ TEST_F(Check, TakesFewTextsOfDigitsForCardNumbers)
     EXPECT_GT(total, count / 100);
 }
 
+// What numbers of so many digits begin with, of all issuers together; none outside of it.
+TEST_F(Check, KnowsWhereIssuersRangesBeginAndEnd)
+{
+    using range = std::pair<int, int>;
+    const std::vector<range> of_13 = {{400000, 509999}, {560000, 589999}, {606282, 606282},
+                                      {630400, 630499}, {639000, 639099}, {670000, 679999}};
+    const std::vector<range> of_14 = {
+        {300000, 305999}, {309500, 309599}, {360000, 369999}, {380000, 399999}, {500000, 509999},
+        {560000, 589999}, {606282, 606282}, {630400, 630499}, {639000, 639099}, {670000, 679999}};
+    const std::vector<range> of_15 = {{180000, 180099}, {213100, 213199}, {300000, 305999},
+                                      {309500, 309599}, {340000, 349999}, {360000, 399999},
+                                      {500000, 509999}, {560000, 589999}, {606282, 606282},
+                                      {630400, 630499}, {639000, 639099}, {670000, 679999}};
+    const std::vector<range> of_16 = {
+        {220000, 220599}, {222100, 272099}, {300000, 305999}, {308800, 310299}, {311200, 312099},
+        {315800, 315999}, {333700, 334999}, {352800, 358999}, {360000, 369999}, {380000, 589999},
+        {600000, 610999}, {620000, 639999}, {644000, 659999}, {670000, 679999}, {810000, 829999},
+        {860000, 860099}, {970400, 970499}, {979200, 979299}, {986000, 986099}};
+    std::vector<range> more = {
+        {220000, 220599}, {300000, 305999}, {308800, 310299}, {311200, 312099}, {315800, 315999},
+        {333700, 334999}, {352800, 358999}, {360000, 369999}, {380000, 399999}, {500000, 509999},
+        {560000, 589999}, {600400, 600999}, {601100, 601199}, {604001, 604200}, {606282, 606282},
+        {610000, 610999}, {620000, 639999}, {644000, 659999}, {670000, 679999}, {810000, 817199},
+        {970400, 970499}};
+    const auto is_found = [](int prefix, std::size_t digits) {
+        std::string numbers; // one of ten has the right check digit
+        for (char check = '0'; check <= '9'; ++check) {
+            std::string number = std::to_string(prefix);
+            number.resize(digits - 1, '0');
+            numbers += number + check + "/";
+        }
+        test::record sale{clean_sale};
+        Qel_hash_dict_insert(sale, "order_notes", numbers.c_str());
+        return !findings_of(sale).empty();
+    };
+    const auto judge = [&](const std::vector<range> &ranges, std::size_t digits) {
+        for (const auto &[first, last] : ranges) {
+            EXPECT_FALSE(is_found(first - 1, digits)) << first << " " << digits;
+            EXPECT_TRUE(is_found(first, digits)) << first << " " << digits;
+            EXPECT_TRUE(is_found(last, digits)) << last << " " << digits;
+            EXPECT_FALSE(is_found(last + 1, digits)) << last << " " << digits;
+        }
+    };
+    judge(of_13, 13);
+    judge(of_14, 14);
+    judge(of_15, 15);
+    judge(of_16, 16);
+    judge(more, 17);
+    judge(more, 18);
+    more[8].second = 509999; // Visa's, too
+    more.erase(more.begin() + 9);
+    judge(more, 19);
+}
+
 TEST_F(Check, TakesNoOtherNumbersForCardNumbers)
 {
     const char *const others[] = {
