@@ -3,6 +3,8 @@
 #include "json_node.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace
 {
@@ -77,18 +79,41 @@ bool is_plain(char chr)
     }
 }
 
-formats::stretch find_special(formats::stretch bytes)
+// Texts are looked at in stretches that the processor compares all at once. A comparison gives, for
+// each byte, all bits or none.
+constexpr std::size_t stretch_len = 16;
+using stretch [[gnu::vector_size(stretch_len)]] = signed char;
+
+bool has_special(stretch bytes)
 {
-    return formats::below_space(bytes) | (bytes == '"') | (bytes == '\\');
+    const stretch below_space = bytes < ' '; // control characters, and what is outside ASCII
+    const stretch special = below_space | (bytes == '"') | (bytes == '\\');
+    std::array<std::uint64_t, 2> halves;
+    static_assert(sizeof halves == sizeof special);
+    std::memcpy(halves.data(), &special, sizeof special);
+    return (halves[0] | halves[1]) != 0;
+}
+
+// The bytes after the text, as far as its last stretch goes, are looked at too.
+bool is_plain_text(const char *text, std::size_t len)
+{
+    for (std::size_t at = 0; at < len; at += stretch_len) {
+        stretch bytes;
+        std::memcpy(&bytes, text + at, sizeof bytes);
+        if (has_special(bytes)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Most texts are plain throughout: the text is put between its quotes first, and looked at there.
 [[gnu::always_inline]] inline void append_quoted(qel::text_builder &out, std::string_view text)
 {
-    char *const copy = out.reserve(text.size() + 2 + formats::stretch_len) + 1;
+    char *const copy = out.reserve(text.size() + 2 + stretch_len) + 1;
     text.copy(copy, text.size());
-    std::memset(copy + text.size(), ' ', formats::stretch_len);
-    if (formats::is_plain_text(copy, text.size(), find_special)) {
+    std::memset(copy + text.size(), ' ', stretch_len);
+    if (is_plain_text(copy, text.size())) {
         copy[-1] = '"';
         copy[text.size()] = '"';
         out.extend_to(copy + text.size() + 1);

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <memory_resource>
 #include <type_traits>
 
 namespace formats
@@ -35,22 +36,17 @@ struct attribute_index {
 class arena
 {
   public:
-    arena() = default;
-    arena(const arena &) = delete;
-    arena &operator=(const arena &) = delete;
-
     template <typename T, typename... Fields>
     T *create(Fields... fields)
     {
         static_assert(std::is_trivially_destructible_v<T>);
-        static_assert(alignof(T) <= alignment);
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the arena owns the place
-        return new (allocate(sizeof(T))) T{fields...};
+        return new (memory_.allocate(sizeof(T), alignof(T))) T{fields...};
     }
 
     attribute **create_slots(std::size_t count)
     {
-        std::byte *const slots = allocate(count * sizeof(attribute *));
+        void *const slots = memory_.allocate(count * sizeof(attribute *), alignof(attribute *));
         return new (slots) attribute *[count] {};
     }
 
@@ -59,44 +55,15 @@ class arena
         if (text.empty()) {
             return {};
         }
-        std::byte *const kept = allocate(text.size());
+        void *const kept = memory_.allocate(text.size(), 1);
         std::memcpy(kept, text.data(), text.size());
-        return {reinterpret_cast<const char *>(kept), text.size()};
+        return {static_cast<const char *>(kept), text.size()};
     }
 
   private:
-    std::byte *allocate(std::size_t size)
-    {
-        size = (size + alignment - 1) / alignment * alignment;
-        if (size > left_) {
-            return add_chunk(size);
-        }
-        std::byte *const allocated = free_;
-        free_ += size;
-        left_ -= size;
-        return allocated;
-    }
-
-    // Each chunk is twice as large as the one before, so that many nodes take few of them.
-    std::byte *add_chunk(std::size_t size)
-    {
-        next_chunk_ *= 2;
-        left_ = std::max(size, next_chunk_) - size;
-        std::byte *const chunk =
-            chunks_.emplace_back(std::make_unique_for_overwrite<std::byte[]>(size + left_)).get();
-        free_ = chunk + size;
-        return chunk;
-    }
-
-    static constexpr std::size_t alignment = alignof(void *);
-    static constexpr std::size_t first_chunk = 4000;
-    static_assert(first_chunk % alignment == 0);
-
-    alignas(alignment) std::array<std::byte, first_chunk> first_;
-    std::vector<std::unique_ptr<std::byte[]>> chunks_; // beside the first
-    std::size_t next_chunk_ = first_chunk;
-    std::size_t left_ = first_chunk;
-    std::byte *free_ = first_.data();
+    std::array<std::byte, 4000> first_; // which most trees do with
+    std::pmr::monotonic_buffer_resource memory_{first_.data(), first_.size(),
+                                                std::pmr::new_delete_resource()};
 };
 
 } // namespace formats
