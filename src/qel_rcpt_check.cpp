@@ -18,27 +18,30 @@ char lower(char chr)
 constexpr std::size_t longest_word = 32;
 
 // The number of letters to insert, remove, replace or swap with their neighbour to make one word of
-// the other, neither longer than the longest.
-std::size_t edit_distance(std::string_view a, std::string_view b)
+// the other, neither longer than the longest; what is not below the limit counts as the limit.
+std::size_t edit_distance(std::string_view a, std::string_view b, std::size_t limit)
 {
-    std::array<std::array<std::uint8_t, longest_word + 1>, longest_word + 1> distance;
+    std::array<std::array<std::size_t, longest_word + 1>, longest_word + 1> distance;
     for (std::size_t i = 0; i <= a.size(); ++i) {
+        std::size_t least_of_row = limit;
         for (std::size_t j = 0; j <= b.size(); ++j) {
-            if (i == 0 || j == 0) {
-                distance[i][j] = static_cast<std::uint8_t>(i + j);
-                continue;
-            }
             const auto same = [&](std::size_t x, std::size_t y) {
                 return lower(a[x - 1]) == lower(b[y - 1]);
             };
-            int least = std::min(distance[i - 1][j], distance[i][j - 1]) + 1;
-            least = std::min(least, distance[i - 1][j - 1] + (same(i, j) ? 0 : 1));
+            std::size_t least = i + j;
+            if (i > 0 && j > 0) {
+                least = std::min(distance[i - 1][j], distance[i][j - 1]) + 1;
+                least = std::min(least, distance[i - 1][j - 1] + (same(i, j) ? 0 : 1));
+            }
             if (i > 1 && j > 1 && same(i, j - 1) && same(i - 1, j))
                 least = std::min(least, distance[i - 2][j - 2] + 1);
-            distance[i][j] = static_cast<std::uint8_t>(least);
+            distance[i][j] = least;
+            least_of_row = std::min(least_of_row, least);
         }
+        if (least_of_row == limit)
+            return limit; // as no later row has less than the one before it
     }
-    return distance[a.size()][b.size()];
+    return std::min(limit, distance[a.size()][b.size()]);
 }
 
 } // namespace
@@ -54,7 +57,7 @@ void nearest_word::offer(std::string_view known)
         std::max(given_.size(), known.size()) - std::min(given_.size(), known.size());
     if (difference >= distance_ || std::max(given_.size(), known.size()) > longest_word)
         return;
-    const std::size_t distance = edit_distance(given_, known);
+    const std::size_t distance = edit_distance(given_, known, distance_);
     if (distance < distance_) {
         found_ = known;
         distance_ = distance;
