@@ -24,10 +24,13 @@ roll machine::run()
     return std::move(paper_);
 }
 
-// The longest of the commands that begin here, else a character.
+// The longest of the commands that begin here, else a character. All begin with a control
+// character.
 void machine::step()
 {
     command_at_ = at_;
+    if (static_cast<unsigned char>(bytes_[at_]) >= ' ')
+        return print_character(byte());
     const command *longest = nullptr;
     for (const command &one : spoken_.commands) {
         if (bytes_.substr(at_).starts_with(one.prefix) &&
