@@ -15,6 +15,7 @@ struct line_item_kind {
 };
 
 constexpr line_item_kind top_kinds[] = {
+    {"item", QEL_RCPT_LINE_ITEM_TYPE_ITEM},
     {"addon", QEL_RCPT_LINE_ITEM_TYPE_ITEM_ADDON},
     {"discount_fixed", QEL_RCPT_LINE_ITEM_TYPE_ORDER_DISC_FIXED},
     {"discount_percent", QEL_RCPT_LINE_ITEM_TYPE_ORDER_DISC_PERCENT},

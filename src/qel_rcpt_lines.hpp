@@ -37,6 +37,8 @@ struct line_sides {
 void format_center(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines);
 void format_left(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines);
 void format_right(const Qel_rcpt_plain_t &info, std::string_view str, line_sink &lines);
+void format_left_right(const Qel_rcpt_plain_t &info, std::string_view left, std::string_view right,
+                       line_sink &lines);
 void format_left_right(const Qel_rcpt_plain_t &info, const line_sides &sides, line_sink &lines);
 void format_left_prefix(const Qel_rcpt_plain_t &info, std::string_view prefix, std::string_view str,
                         line_sink &lines);
@@ -110,7 +112,7 @@ class plain_block final : private line_sink
     void left_right(const line_sides &sides) { format_left_right(info_, sides, *this); }
     void left_right(std::string_view left, const char *right)
     {
-        left_right({{}, left, {}, qel::view(right)});
+        format_left_right(info_, left, qel::view(right), *this);
     }
 
     // The label with a colon on the left and the value on the right; nothing without a value.

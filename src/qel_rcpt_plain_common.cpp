@@ -187,6 +187,12 @@ void qel_rcpt::format_right(const Qel_rcpt_plain_t &info, std::string_view str, 
     format_aligned(info, str, align::right, lines);
 }
 
+void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, std::string_view left,
+                                 std::string_view right, line_sink &lines)
+{
+    format_sides(info, trim(left), trim(right), lines);
+}
+
 void qel_rcpt::format_left_right(const Qel_rcpt_plain_t &info, const line_sides &sides,
                                  line_sink &lines)
 {
@@ -223,7 +229,7 @@ void qel_rcpt::format_amount(const Qel_rcpt_plain_t &info, std::string_view labe
     if (!money)
         return;
     std::string shown(negative ? "- " : "");
-    format_left_right(info, {{}, label, {}, shown.append(qel::view(money))}, lines);
+    format_left_right(info, label, shown.append(qel::view(money)), lines);
 }
 
 void qel_rcpt::store_block(const Qel_rcpt_plain_t &info, const char *key, char *block)
