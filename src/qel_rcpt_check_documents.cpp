@@ -39,24 +39,13 @@ const char *words_of(qel::json_problem problem)
     return "";
 }
 
-// Takes a document's events and does nothing with them.
-struct no_handler {
-    void begin_object(std::size_t) {}
-    void end_object(std::size_t) {}
-    void begin_array(std::size_t) {}
-    void end_array(std::size_t) {}
-    void name(std::string_view, std::size_t) {}
-    void string(std::string_view, std::size_t) {}
-    void scalar(qel::json_scalar, std::string_view, std::size_t) {}
-};
-
 } // namespace
 
 bool is_document(const subject &record, known_key key, char begin, const Qel_rcpt_rule_t &rule,
                  const char *lost, report &findings)
 {
     const std::string_view text = record.text(key);
-    no_handler handler;
+    qel::json_handler handler;
     const qel::json_fault fault = qel::json_reader(text, handler, reading_rules).read();
     if (fault.problem != qel::json_problem::none) {
         findings.add(rule, key.name(), std::min(fault.at, text.size()),
@@ -112,10 +101,25 @@ class data_handler
   public:
     data_handler(const subject &record, report &findings) : record_(record), findings_(findings) {}
 
-    void begin_object(std::size_t at) { begin('{', at); }
-    void begin_array(std::size_t at) { begin('[', at); }
-    void end_object(std::size_t /*at*/) { end(); }
-    void end_array(std::size_t /*at*/) { end(); }
+    void begin(qel::json_kind kind, std::size_t at)
+    {
+        const bool is_array = kind == qel::json_kind::array;
+        const bool is_section = section_ != nullptr && !section_->members.empty();
+        const bool is_wanted = depth_ == 0 || section_ == nullptr ||
+                               (is_section && depth_ == 1 && is_array == section_->is_array) ||
+                               (is_section && depth_ == 2 && section_->is_array && !is_array);
+        if (!is_wanted)
+            add_wrong_kind(at);
+        ++depth_;
+        member_ = nullptr;
+    }
+
+    void end(qel::json_kind, std::size_t /*at*/)
+    {
+        --depth_;
+        if (depth_ <= 1)
+            section_ = nullptr;
+    }
 
     void name(std::string_view name, std::size_t at)
     {
@@ -132,21 +136,17 @@ class data_handler
         }
     }
 
-    void string(std::string_view text, std::size_t at)
+    void value(qel::json_kind kind, std::string_view text, std::size_t at)
     {
-        if (!is_text_wanted())
+        if (kind == qel::json_kind::null)
+            return;
+        if (kind != qel::json_kind::string || !is_text_wanted())
             return add_wrong_kind(at);
         if (member_ == nullptr || depth_ == 1)
             return;
         look_at_width(text, at);
         if (member_->is_amount && !text.empty())
             look_at_amount(record_, key, text, at, findings_);
-    }
-
-    void scalar(qel::json_scalar kind, std::string_view /*spelling*/, std::size_t at)
-    {
-        if (kind != qel::json_scalar::null)
-            add_wrong_kind(at);
     }
 
   private:
@@ -159,26 +159,6 @@ class data_handler
         if (section_ == nullptr)
             return true;
         return section_->members.empty() ? depth_ == 1 : depth_ == member_depth();
-    }
-
-    void begin(char bracket, std::size_t at)
-    {
-        const bool is_section = section_ != nullptr && !section_->members.empty();
-        const bool is_wanted =
-            depth_ == 0 || section_ == nullptr ||
-            (is_section && depth_ == 1 && (bracket == '[') == section_->is_array) ||
-            (is_section && depth_ == 2 && section_->is_array && bracket == '{');
-        if (!is_wanted)
-            add_wrong_kind(at);
-        ++depth_;
-        member_ = nullptr;
-    }
-
-    void end()
-    {
-        --depth_;
-        if (depth_ <= 1)
-            section_ = nullptr;
     }
 
     void add_wrong_kind(std::size_t at)

@@ -85,45 +85,33 @@ class items_handler
 
     [[nodiscard]] const items_sum &sum() const { return sum_; }
 
-    void begin_array(std::size_t at)
+    void begin(qel::json_kind kind, std::size_t at)
     {
-        const bool is_list = depth_ == 0 || (!in_list_ && member() == item_member::modifiers);
-        if (ignored_ == 0 && is_list) {
+        const bool is_array = kind == qel::json_kind::array;
+        const bool is_list =
+            is_array && (depth_ == 0 || (!in_list_ && member() == item_member::modifiers));
+        const bool is_item = !is_array && in_list_ && level_ < items_.size();
+        if (ignored_ > 0 || !(is_list || is_item)) {
+            begin_ignored(at);
+        } else if (is_list) {
             in_list_ = true;
             lists_ += 1;
         } else {
-            begin_ignored(at);
-        }
-        ++depth_;
-    }
-
-    void end_array(std::size_t /*at*/)
-    {
-        --depth_;
-        if (!end_ignored())
-            in_list_ = false;
-    }
-
-    void begin_object(std::size_t at)
-    {
-        if (ignored_ == 0 && in_list_ && level_ < items_.size()) {
             items_[level_++] = {};
             items_[level_ - 1].begin = at;
             in_list_ = false;
-        } else {
-            begin_ignored(at);
         }
         ++depth_;
     }
 
-    void end_object(std::size_t /*at*/)
+    void end(qel::json_kind kind, std::size_t /*at*/)
     {
         --depth_;
         if (end_ignored())
             return;
-        finish(items_[level_ - 1]);
-        --level_;
-        in_list_ = true;
+        in_list_ = kind == qel::json_kind::object;
+        if (in_list_)
+            finish(items_[--level_]);
     }
 
     void name(std::string_view name, std::size_t at)
@@ -137,11 +125,13 @@ class items_handler
             add_unknown_member(key, name, at, item_members, findings_);
     }
 
-    void string(std::string_view text, std::size_t at)
+    // null counts as absent.
+    void value(qel::json_kind kind, std::string_view text, std::size_t at)
     {
-        if (ignored_ > 0)
+        if (ignored_ > 0 || (kind == qel::json_kind::null && !in_list_))
             return;
-        if (in_list_ || level_ == 0 || member() == item_member::modifiers)
+        const bool is_text = kind == qel::json_kind::string;
+        if (!is_text || in_list_ || level_ == 0 || member() == item_member::modifiers)
             return add_wrong_kind(at);
         item &current = items_[level_ - 1];
         switch (member()) {
@@ -162,13 +152,6 @@ class items_handler
         default:
             break;
         }
-    }
-
-    // null counts as absent.
-    void scalar(qel::json_scalar kind, std::string_view /*spelling*/, std::size_t at)
-    {
-        if (ignored_ == 0 && (in_list_ || kind != qel::json_scalar::null))
-            add_wrong_kind(at);
     }
 
   private:

@@ -119,15 +119,21 @@ struct event_log {
     {
         log += what + "@" + std::to_string(offset) + " ";
     }
-    void begin_object(size_t offset) { add("{", offset); }
-    void end_object(size_t offset) { add("}", offset); }
-    void begin_array(size_t offset) { add("[", offset); }
-    void end_array(size_t offset) { add("]", offset); }
-    void name(std::string_view name, size_t offset) { add(std::string(name) + ":", offset); }
-    void string(std::string_view str, size_t offset) { add("'" + std::string(str) + "'", offset); }
-    void scalar(qel::json_scalar kind, std::string_view spelling, size_t offset)
+    void begin(qel::json_kind kind, size_t offset)
     {
-        add("idbn"[static_cast<size_t>(kind)] + std::string(spelling), offset);
+        add(kind == qel::json_kind::object ? "{" : "[", offset);
+    }
+    void end(qel::json_kind kind, size_t offset)
+    {
+        add(kind == qel::json_kind::object ? "}" : "]", offset);
+    }
+    void name(std::string_view name, size_t offset) { add(std::string(name) + ":", offset); }
+    void value(qel::json_kind kind, std::string_view text, size_t offset)
+    {
+        const std::string spelling(text);
+        add(kind == qel::json_kind::string ? "'" + spelling + "'"
+                                           : "    idbn"[static_cast<size_t>(kind)] + spelling,
+            offset);
     }
     std::string log;
 };
@@ -282,6 +288,16 @@ TEST(JsonTree, TakenNodeOutlivesItsTree)
     const qel::json home(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
     EXPECT_TRUE(Qel_json_object_insert(home.get(), "x", taken.release()));
     EXPECT_EQ(compact(home.get()), R"({"x":{"b":"c"}})");
+
+    // Back in its own tree it goes with that.
+    Qel_json_node_t *const back = Qel_json_object_value(home.get(), "x");
+    Qel_json_take_from_parent(back);
+    EXPECT_TRUE(Qel_json_object_insert(home.get(), "y", back));
+    const qel::json other = read(R"([[1],2])");
+    Qel_json_node_t *const first = Qel_json_array_at(other.get(), 0);
+    Qel_json_take_from_parent(first);
+    EXPECT_TRUE(Qel_json_array_insert(other.get(), first));
+    EXPECT_EQ(compact(other.get()), "[2,[1]]");
 }
 
 TEST(JsonTree, RefusedInsertionsLeaveTheValueWithTheCaller)

@@ -80,8 +80,6 @@ void Qel_json_node::replace(Qel_json_node &earlier, Qel_json_node &value)
     (value.next == nullptr ? all.last : value.next->previous) = &value;
     if (all.slots != nullptr)
         *slot_of(value.name) = &value;
-    if (value.memory != memory)
-        memory->expect_guests();
     if (earlier.memory == memory)
         memory->expect_waste();
     earlier.parent = nullptr;
@@ -151,6 +149,7 @@ void Qel_json_node::index_member(Qel_json_node &value) const
 void Qel_json_node::resize_slots(std::size_t count) const
 {
     json_children &all = *children;
+    all.names = ~std::uint64_t{0}; // members are found by their slots from here on
     all.slots = memory->make_array<Qel_json_node *>(count);
     all.num_slots = count;
     all.first_slot = 0;
@@ -266,6 +265,7 @@ bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
     if (node->memory->has_waste()) {
         value = Qel_json_node::create_root(QEL_JSON_TYPE_STRING, str);
         value->name = value->memory->keep(name);
+        node->memory->expect_guests();
     } else {
         const auto [text, kept_name] = node->memory->keep(str, name);
         value = Qel_json_node::create(*node->memory, QEL_JSON_TYPE_STRING, text);
@@ -283,6 +283,7 @@ bool Qel_json_object_insert(Qel_json_node_t *node, const char *name, Qel_json_no
     if (val->name != name) {
         val->name = val->memory->keep(name);
     }
+    node->memory->expect_guests();
     node->set_member(*val);
     return true;
 }
@@ -310,6 +311,7 @@ bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) noexcept
     if (!is_type(node, QEL_JSON_TYPE_ARRAY) || !may_adopt(node, val)) {
         return false;
     }
+    node->memory->expect_guests();
     node->append(*val);
     return true;
 }

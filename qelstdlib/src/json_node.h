@@ -13,6 +13,7 @@ struct json_children {
     Qel_json_node *first = nullptr;
     Qel_json_node *last = nullptr;
     std::size_t count = 0;
+    std::uint64_t names = 0; // of an object's members, those that were there too: the bits of each
 
     // Of an array, its elements in their order, from some slot on. Of an object with more than a
     // few members, where they are found by the hashes of their names: each stands in the slot that
@@ -29,6 +30,7 @@ struct Qel_json_node {
     static Qel_json_node *create_root(Qel_json_type_t type, std::string_view text);
     static Qel_json_node *create(formats::tree_memory &memory, Qel_json_type_t type,
                                  std::string_view kept_text);
+    static Qel_json_node *create_container(formats::tree_memory &memory, Qel_json_type_t type);
 
     [[nodiscard]] bool is_container() const { return children != nullptr; }
 
@@ -53,9 +55,9 @@ struct Qel_json_node {
     Qel_json_type_t type;
     bool has_share; // of its memory
     formats::tree_memory *memory;
-    std::string_view text;   // of a string, with a NUL after it; of other scalars as written
-    json_children *children; // of an object or array
-    std::string_view name{}; // as a member of its parent
+    std::string_view text;      // of a string, with a NUL after it; of other scalars as written
+    json_children *children;    // of an object or array
+    std::string_view name = ""; // as a member of its parent, with a NUL after it
     Qel_json_node *parent{};
     Qel_json_node *previous{}; // the siblings
     Qel_json_node *next{};
@@ -74,14 +76,34 @@ struct Qel_json_node {
     void remove_element(const Qel_json_node &value) const;
 };
 
+struct json_container {
+    Qel_json_node node;
+    json_children children;
+};
+
 // What reading does for each node is inline.
+
+// One of 64, by the name's length and its first byte.
+inline std::uint64_t name_bit(std::string_view name)
+{
+    return std::uint64_t{1} << ((name.size() + static_cast<unsigned char>(*name.data())) % 64);
+}
+
+inline Qel_json_node *Qel_json_node::create_container(formats::tree_memory &memory,
+                                                      Qel_json_type_t type)
+{
+    auto *const both = memory.make<json_container>(Qel_json_node{type, false, &memory, "", nullptr},
+                                                   json_children{});
+    both->node.children = &both->children;
+    return &both->node;
+}
 
 inline Qel_json_node *Qel_json_node::create(formats::tree_memory &memory, Qel_json_type_t type,
                                             std::string_view kept_text)
 {
     const bool is_container = type == QEL_JSON_TYPE_OBJECT || type == QEL_JSON_TYPE_ARRAY;
-    json_children *const children = is_container ? memory.make<json_children>() : nullptr;
-    return memory.make<Qel_json_node>(type, false, &memory, kept_text, children);
+    return is_container ? create_container(memory, type)
+                        : memory.make<Qel_json_node>(type, false, &memory, kept_text, nullptr);
 }
 
 inline void Qel_json_node::link(Qel_json_node &value)
@@ -93,8 +115,6 @@ inline void Qel_json_node::link(Qel_json_node &value)
     (all.last == nullptr ? all.first : all.last->next) = &value;
     all.last = &value;
     ++all.count;
-    if (value.memory != memory)
-        memory->expect_guests();
 }
 
 inline Qel_json_node *Qel_json_node::find_linked(std::string_view member_name) const
@@ -107,9 +127,11 @@ inline Qel_json_node *Qel_json_node::find_linked(std::string_view member_name) c
 
 inline void Qel_json_node::set_member(Qel_json_node &value)
 {
-    const json_children &all = *children;
-    const bool is_small = all.slots == nullptr && all.count < few_members;
-    if (is_small && find_linked(value.name) == nullptr)
+    json_children &all = *children;
+    const std::uint64_t bit = name_bit(value.name);
+    const bool is_new = (all.names & bit) == 0 && all.count < few_members;
+    all.names |= bit;
+    if (is_new)
         link(value);
     else
         set_other_member(value);

@@ -7,66 +7,55 @@ namespace
 {
 
 using qel::json_fault;
+using qel::json_kind;
 using qel::json_problem;
-using qel::json_scalar;
 
-Qel_json_type_t type_of(json_scalar kind)
-{
-    switch (kind) {
-    case json_scalar::integer:
-        return QEL_JSON_TYPE_INTEGER;
-    case json_scalar::decimal:
-        return QEL_JSON_TYPE_DECIMAL;
-    case json_scalar::boolean:
-        return QEL_JSON_TYPE_BOOL;
-    case json_scalar::null:
-        break;
-    }
-    return QEL_JSON_TYPE_NULL;
-}
+static_assert(int{QEL_JSON_TYPE_OBJECT} == static_cast<int>(json_kind::object) &&
+              int{QEL_JSON_TYPE_NULL} == static_cast<int>(json_kind::null));
 
-// Builds the tree from what is read. The texts that stand for themselves are views of one copy of
-// the source, in which a NUL takes the place of the quote that ends each.
+struct drop_share {
+    void operator()(formats::tree_memory *memory) const { memory->drop_share(); }
+};
+
+// Builds the tree from what is read, a copy of the source. The texts that stand for themselves are
+// views of it, in which a NUL takes the place of the quote that ends each.
 class builder
 {
   public:
     explicit builder(std::string_view source)
-        : memory_(*formats::tree_memory::create(source.size() + room_for_nodes(source))),
-          source_(source), copy_(memory_.copy(source))
+        : memory_(formats::tree_memory::create(source.size() + room_for_nodes(source))),
+          text_(memory_->copy(source)), size_(source.size())
     {
     }
-    ~builder()
-    {
-        if (!is_taken_)
-            memory_.drop_share();
-    }
-    builder(const builder &) = delete;
-    builder &operator=(const builder &) = delete;
+
+    [[nodiscard]] std::string_view text() const { return {text_, size_}; }
 
     // The caller's from here on.
     Qel_json_node *take_root()
     {
-        is_taken_ = true;
         root_->has_share = true;
+        (void)memory_.release();
         return root_;
     }
 
-    void begin_object(std::size_t) { open_ = add(QEL_JSON_TYPE_OBJECT, {}); }
-    void begin_array(std::size_t) { open_ = add(QEL_JSON_TYPE_ARRAY, {}); }
-    void end_object(std::size_t) { open_ = open_->parent; }
-    void end_array(std::size_t)
+    void begin(json_kind kind, std::size_t)
     {
-        open_->index_elements();
+        const auto type = static_cast<Qel_json_type_t>(kind);
+        Qel_json_node *const node = Qel_json_node::create_container(*memory_, type);
+        add(*node);
+        open_ = node;
+    }
+    void end(json_kind kind, std::size_t)
+    {
+        if (kind == json_kind::array)
+            open_->index_elements();
         open_ = open_->parent;
     }
-    void name(std::string_view text, std::size_t offset) { name_ = kept(text, offset); }
-    void string(std::string_view text, std::size_t offset)
+    void name(std::string_view text, std::size_t) { name_ = kept(text); }
+    void value(json_kind kind, std::string_view text, std::size_t)
     {
-        add(QEL_JSON_TYPE_STRING, kept(text, offset));
-    }
-    void scalar(json_scalar kind, std::string_view spelling, std::size_t)
-    {
-        add(type_of(kind), view_of_copy(spelling));
+        add(*memory_->make<Qel_json_node>(static_cast<Qel_json_type_t>(kind), false, memory_.get(),
+                                          kind == json_kind::string ? kept(text) : text, nullptr));
     }
 
   private:
@@ -77,47 +66,39 @@ class builder
         return std::min(8 * source.size() + 256, most);
     }
 
-    std::string_view view_of_copy(std::string_view text) const
+    std::string_view kept(std::string_view text)
     {
-        return {copy_ + (text.data() - source_.data()), text.size()};
-    }
-
-    // The text of the string whose quote stands at the offset.
-    std::string_view kept(std::string_view text, std::size_t offset)
-    {
-        if (text.data() != source_.data() + offset + 1)
+        const std::less<> is_before;
+        if (is_before(text.data(), text_) || !is_before(text.data(), text_ + size_))
             return kept_other(text);
-        copy_[offset + 1 + text.size()] = '\0';
-        return {copy_ + offset + 1, text.size()};
+        text_[text.data() + text.size() - text_] = '\0';
+        return text;
     }
 
     // As C sees it: up to its first NUL.
     [[gnu::noinline]] std::string_view kept_other(std::string_view text)
     {
-        return memory_.keep(text.substr(0, text.find('\0')));
+        return memory_->keep(text.substr(0, text.find('\0')));
     }
 
-    Qel_json_node *add(Qel_json_type_t type, std::string_view text)
+    void add(Qel_json_node &node)
     {
-        Qel_json_node *const node = Qel_json_node::create(memory_, type, text);
         if (open_ == nullptr) {
-            root_ = node;
+            root_ = &node;
         } else if (open_->type == QEL_JSON_TYPE_ARRAY) {
-            open_->link(*node);
+            open_->link(node);
         } else {
-            node->name = name_;
-            open_->set_member(*node);
+            node.name = name_;
+            open_->set_member(node);
         }
-        return node;
     }
 
-    formats::tree_memory &memory_;
-    std::string_view source_;
-    char *copy_;
+    std::unique_ptr<formats::tree_memory, drop_share> memory_;
+    char *text_;
+    std::size_t size_;
     Qel_json_node *root_ = nullptr;
     Qel_json_node *open_ = nullptr;
     std::string_view name_;
-    bool is_taken_ = false;
 };
 
 // A fault as the C interface tells it.
@@ -173,7 +154,7 @@ Qel_json_node_t *Qel_json_read(const char *text, size_t len, uint32_t flags, siz
         qel::json_rules rules;
         rules.repair = repair;
         rules.check_comments = !repair;
-        const json_fault fault = qel::json_reader(view, tree, rules).read();
+        const json_fault fault = qel::json_reader(tree.text(), tree, rules).read();
         if (fault.problem == json_problem::none) {
             store(processed, view.size());
             store(error, QEL_JSON_ERROR_SUCCESS);

@@ -113,10 +113,13 @@ class alignas(std::max_align_t) tree_memory
 
     void *allocate(std::size_t size)
     {
-        if (shares_ == 1)
-            return taken(rounded(size));
+        return shares_ == 1 ? taken(rounded(size)) : allocate_locked(rounded(size));
+    }
+
+    [[gnu::noinline]] void *allocate_locked(std::size_t size)
+    {
         const std::lock_guard held(lock_);
-        return taken(rounded(size));
+        return taken(size);
     }
 
     void *taken(std::size_t size)
@@ -129,7 +132,7 @@ class alignas(std::max_align_t) tree_memory
     }
 
     // Each is twice as large as the one before, so that many nodes take few of them.
-    void add_chunk(std::size_t size)
+    [[gnu::noinline]] void add_chunk(std::size_t size)
     {
         next_chunk_ *= 2;
         left_ = std::max(size, next_chunk_);

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace tool
 {
@@ -14,15 +15,13 @@ namespace tool
 namespace
 {
 
+using qel::json_fault;
+using qel::json_kind;
 using qel::json_problem;
 
 // What the library can read; deeper texts would be dropped without a word.
 constexpr size_t max_nesting = 512;
-
-std::string too_deep_message()
-{
-    return "nested too deeply, expected at most " + std::to_string(max_nesting) + " levels";
-}
+constexpr std::string_view too_deep = "nested too deeply, expected at most 512 levels";
 
 // What should stand there, by json_wanted.
 constexpr std::string_view wanted_words[] = {"a value",           "a key in double quotes",
@@ -45,37 +44,34 @@ text_error unexpected_at(std::string_view text, size_t at, std::string_view want
     return {at, "unexpected " + found_at(text, at) + ", expected " + std::string(wanted)};
 }
 
-text_error explained(const qel::json_fault &fault, std::string_view text)
+struct explanation {
+    std::string_view message; // none: what stands there is unexpected
+    size_t json_fault::*place = &json_fault::at;
+};
+
+// By json_problem.
+constexpr explanation explanations[] = {
+    {},
+    {"", &json_fault::begin},
+    {},
+    {"incomplete number, expected a digit"},
+    {"text without a closing quote", &json_fault::begin},
+    {"control character in a text, expected an escape such as \\n"},
+    {R"(unknown escape, expected \" \\ \/ \b \f \n \r \t or \u)"},
+    {"incomplete escape, expected four hexadecimal digits after \\u"},
+    {"half of a surrogate pair, expected two \\u escapes"},
+    {"text that is not UTF-8"},
+    {"comment without an end, expected */", &json_fault::begin},
+    {"unexpected '/', expected a comment to begin with // or /*"},
+    {too_deep},
+};
+
+text_error explained(const json_fault &fault, std::string_view text)
 {
+    const auto &[message, place] = explanations[static_cast<size_t>(fault.problem)];
     const std::string_view wanted = wanted_words[static_cast<size_t>(fault.wanted)];
-    switch (fault.problem) {
-    case json_problem::unclosed_string:
-        return {fault.begin, "text without a closing quote"};
-    case json_problem::control_character:
-        return {fault.at, "control character in a text, expected an escape such as \\n"};
-    case json_problem::unknown_escape:
-        return {fault.at, R"(unknown escape, expected \" \\ \/ \b \f \n \r \t or \u)"};
-    case json_problem::incomplete_escape:
-        return {fault.at, "incomplete escape, expected four hexadecimal digits after \\u"};
-    case json_problem::lone_surrogate:
-        return {fault.at, "half of a surrogate pair, expected two \\u escapes"};
-    case json_problem::broken_utf8:
-        return {fault.at, "text that is not UTF-8"};
-    case json_problem::incomplete_number:
-        return {fault.at, "incomplete number, expected a digit"};
-    case json_problem::unclosed_comment:
-        return {fault.begin, "comment without an end, expected */"};
-    case json_problem::lone_slash:
-        return {fault.at, "unexpected '/', expected a comment to begin with // or /*"};
-    case json_problem::too_deep:
-        return {fault.at, too_deep_message()};
-    case json_problem::overlong_number:
-        return unexpected_at(text, fault.at, wanted);
-    case json_problem::unexpected:
-    case json_problem::none:
-        break;
-    }
-    return unexpected_at(text, fault.begin, wanted);
+    return message.empty() ? unexpected_at(text, fault.*place, wanted)
+                           : text_error(fault.*place, std::string(message));
 }
 
 bool is_out_of_range(std::string_view number)
@@ -99,29 +95,25 @@ class entry_reader
 
     std::vector<entry> take_entries() { return std::move(entries_); }
 
-    void begin_object(size_t offset)
+    void begin(json_kind kind, size_t offset)
     {
-        if (!in_object_)
+        const bool is_object = kind == json_kind::object;
+        if (is_object && !in_object_) {
             in_object_ = true;
-        else if (!opens_section())
+            return;
+        }
+        require_object(offset);
+        if (!is_object || !opens_section())
             open_nested(offset);
     }
 
-    void end_object(size_t offset)
+    void end(json_kind /*kind*/, size_t offset)
     {
-        if (nested_ > 0)
-            close_nested(offset);
-        else
+        if (nested_ == 0)
             section_ = section::top; // nothing comes after the top object itself
+        else if (--nested_ == 0)
+            copy_nested(offset + 1);
     }
-
-    void begin_array(size_t offset)
-    {
-        require_object(offset);
-        open_nested(offset);
-    }
-
-    void end_array(size_t offset) { close_nested(offset); }
 
     void name(std::string_view name, size_t offset)
     {
@@ -131,26 +123,20 @@ class entry_reader
         key_offset_ = offset;
     }
 
-    void string(std::string_view value, size_t offset)
+    void value(json_kind kind, std::string_view text, size_t offset)
     {
-        require_object(offset);
-        if (nested_ == 0)
-            add_entry(value, entry_kind::text);
-    }
-
-    void scalar(qel::json_scalar kind, std::string_view spelling, size_t offset)
-    {
-        const bool is_number =
-            kind == qel::json_scalar::integer || kind == qel::json_scalar::decimal;
-        if (is_number && is_out_of_range(spelling))
+        const bool is_number = kind == json_kind::integer || kind == json_kind::decimal;
+        if (is_number && is_out_of_range(text))
             throw text_error(offset, "number out of range");
         require_object(offset);
-        if (kind == qel::json_scalar::null)
+        if (kind == json_kind::null || (nested_ > 0 && kind == json_kind::string))
             return;
+        std::string meant = is_number ? decimal_text(text) : std::string(text);
         if (nested_ == 0)
-            add_entry(is_number ? decimal_text(spelling) : std::string(spelling), entry_kind::text);
-        else
-            add_nested_text(spelling, is_number, offset);
+            return add_entry(std::move(meant), entry_kind::text);
+        copy_nested(offset);
+        entries_.back().value.append(1, '"').append(meant).append(1, '"');
+        copied_ = offset + text.size();
     }
 
   private:
@@ -160,14 +146,9 @@ class entry_reader
             throw unexpected_at(text_, offset, "a JSON object");
     }
 
-    void add_entry(std::string_view value, entry_kind kind)
+    void add_entry(std::string value, entry_kind kind)
     {
-        entry &added = entries_.emplace_back();
-        added.where = section_;
-        added.key = key_;
-        added.value = value;
-        added.kind = kind;
-        added.offset = key_offset_;
+        entries_.push_back({section_, key_, std::move(value), kind, key_offset_});
     }
 
     // An object under "record" or "config" at the top is a section of an envelope.
@@ -184,27 +165,11 @@ class entry_reader
     void open_nested(size_t offset)
     {
         if (++nested_ > max_nesting)
-            throw text_error(offset, too_deep_message());
+            throw text_error(offset, std::string(too_deep));
         if (nested_ > 1)
             return;
         add_entry({}, entry_kind::nested);
         copied_ = offset;
-    }
-
-    void close_nested(size_t offset)
-    {
-        if (--nested_ == 0)
-            copy_nested(offset + 1);
-    }
-
-    void add_nested_text(std::string_view spelling, bool is_number, size_t offset)
-    {
-        copy_nested(offset);
-        std::string &value = entries_.back().value;
-        value += '"';
-        value += is_number ? decimal_text(spelling) : std::string(spelling);
-        value += '"';
-        copied_ = offset + spelling.size();
     }
 
     // Copies what is written up to there.
@@ -225,18 +190,20 @@ class entry_reader
 };
 
 // Takes the texts of an array.
-struct text_reader {
-    void begin_object(size_t /*offset*/) { is_flat = false; }
-    void end_object(size_t /*offset*/) {}
-    void begin_array(size_t /*offset*/) { is_flat = is_flat && ++arrays == 1; }
-    void end_array(size_t /*offset*/) {}
-    void name(std::string_view /*name*/, size_t /*offset*/) {}
-    void string(std::string_view text, size_t /*offset*/) { texts.emplace_back(text); }
-    void scalar(qel::json_scalar, std::string_view, size_t /*offset*/) { is_flat = false; }
+struct text_reader : qel::json_handler {
+    void begin(json_kind kind, size_t /*offset*/)
+    {
+        is_flat = ++opened == 1 && kind == json_kind::array;
+    }
+    void value(json_kind kind, std::string_view text, size_t /*offset*/)
+    {
+        is_flat = is_flat && kind == json_kind::string;
+        texts.emplace_back(text);
+    }
 
     std::vector<std::string> texts;
-    int arrays = 0;
-    bool is_flat = true;
+    int opened = 0;
+    bool is_flat = false;
 };
 
 } // namespace
@@ -246,7 +213,7 @@ std::vector<entry> json_entries(std::string_view text)
     entry_reader entries(text);
     qel::json_rules rules;
     rules.max_levels = max_nesting + 2; // in a section of the top object
-    const qel::json_fault fault = qel::json_reader(text, entries, rules).read();
+    const json_fault fault = qel::json_reader(text, entries, rules).read();
     if (fault.problem != json_problem::none)
         throw explained(fault, text);
     return entries.take_entries();
@@ -255,8 +222,8 @@ std::vector<entry> json_entries(std::string_view text)
 std::optional<std::vector<std::string>> json_texts(std::string_view json)
 {
     text_reader reader;
-    const qel::json_fault fault = qel::json_reader(json, reader).read();
-    if (fault.problem != json_problem::none || !reader.is_flat || reader.arrays == 0)
+    const json_fault fault = qel::json_reader(json, reader).read();
+    if (fault.problem != json_problem::none || !reader.is_flat)
         return std::nullopt;
     return std::move(reader.texts);
 }
