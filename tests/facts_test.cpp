@@ -71,7 +71,7 @@ TEST(Facts, Languages)
             chr = static_cast<char>(std::toupper(static_cast<unsigned char>(chr)));
         expect_in("include/qel_rcpt.h",
                   {enumerator + " = " + std::to_string(language.id), "\"" + code + "\""});
-        expect_in("include/qel_rcpt.hpp", {enumerator});
+        expect_in("include/qel_rcpt_record.hpp", {enumerator});
         expect_in("README.md", {language.name});
         expect_in("man/qelrcpt.1", {code});
         expect_in("docs/configuration.md", {"`" + enumerator + "` " + std::to_string(language.id) +
@@ -84,7 +84,7 @@ TEST(Facts, Currencies)
     const qel_rcpt::currency &usual = qel_rcpt::currencies[0];
     for (const qel_rcpt::currency &currency : qel_rcpt::currencies) {
         const std::string code = std::to_string(currency.code);
-        expect_in("include/qel_rcpt.hpp", {"= " + code});
+        expect_in("include/qel_rcpt_record.hpp", {"= " + code});
         expect_in("man/qelrcpt.1", {currency.name});
         expect_in("docs/configuration.md", {currency.name, code});
         if (std::string_view(currency.symbol) == usual.symbol && currency.dec == usual.dec)
@@ -99,7 +99,7 @@ TEST(Facts, Countries)
 {
     for (const qel_rcpt::country &country : qel_rcpt::countries) {
         const std::string code = std::to_string(country.code);
-        expect_in("include/qel_rcpt.hpp", {"= " + code});
+        expect_in("include/qel_rcpt_record.hpp", {"= " + code});
         expect_in("man/qelrcpt.1", {country.alpha2, country.alpha3});
         expect_in("docs/configuration.md", {code});
     }
