@@ -88,7 +88,7 @@ struct html_tags {
     static consteval text joined(std::initializer_list<std::string_view> parts)
     {
         text whole{};
-        auto end = whole.begin();
+        char *end = whole.data();
         for (const std::string_view part : parts)
             end = std::ranges::copy(part, end).out;
         *end++ = '"';

@@ -215,9 +215,13 @@ void take_tag_apart(Qel_xml_node &node)
     constexpr std::string_view before_value = "=\"";
     std::string_view rest = node.tag.substr(node.name_len);
     node.tag = node.name();
-    for (auto end = rest.find(before_value); end != rest.npos; end = rest.find(before_value)) {
-        const std::string_view name = rest.substr(1, end - 1);
-        rest.remove_prefix(end + before_value.size());
+    for (;;) {
+        const std::size_t name_end = rest.find(before_value);
+        if (name_end == std::string_view::npos) {
+            return;
+        }
+        const std::string_view name = rest.substr(1, name_end - 1);
+        rest.remove_prefix(name_end + before_value.size());
         const std::string_view value = rest.substr(0, rest.find('"'));
         find_or_add(node, name).attr->value = value;
         rest.remove_prefix(std::min(value.size() + 1, rest.size()));

@@ -7,8 +7,8 @@
 #include "qelstdlib_int.h"
 
 #include <array>
-#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <memory_resource>
 #include <type_traits>
 
@@ -46,8 +46,9 @@ class arena
 
     attribute **create_slots(std::size_t count)
     {
-        void *const slots = memory_.allocate(count * sizeof(attribute *), alignof(attribute *));
-        return new (slots) attribute *[count] {};
+        auto **const slots = std::pmr::polymorphic_allocator<attribute *>(&memory_).allocate(count);
+        std::uninitialized_value_construct_n(slots, count);
+        return slots;
     }
 
     std::string_view keep(std::string_view text)

@@ -69,15 +69,17 @@ void append_encoded(qel::text_builder &out, std::string_view text, place where)
 {
     const plain_bytes &plain = where == place::content ? plain_in_content : plain_in_attribute;
     const auto is_plain = [&](char chr) { return plain[static_cast<unsigned char>(chr)]; };
-    formats::append_plain(out, text, is_plain);
-    while (!text.empty()) {
+    for (;;) {
+        formats::append_plain(out, text, is_plain);
+        if (text.empty()) {
+            return;
+        }
         if (is_ascii(text.front())) {
             out.append(ascii_entity(text.front(), where));
             text.remove_prefix(1);
         } else {
             append_non_ascii(out, text);
         }
-        formats::append_plain(out, text, is_plain);
     }
 }
 
