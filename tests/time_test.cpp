@@ -184,6 +184,8 @@ TEST(Time, AbsentZoneIsTheSystemsOwn)
         {"XYZ-3:30", "7 14 2023 23 15 30 0 5 194 0 12600 XYZ"},
         {"EST5EDT,M3.2.0,M11.1.0", "7 14 2023 23 8 0 0 5 194 1 -14400 EDT"},
         {"Asia/Tokyo", "7 14 2023 23 21 0 0 5 194 0 32400 JST"},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEFGHI-3", // more than has room
+         "7 14 2023 23 15 0 0 5 194 0 10800 ABCDEFGHIJKLMNOPQRSTUVWXYZABCDE"},
     };
     for (const auto &[tz, fields] : rows) {
         setenv("TZ", tz, 1);

@@ -66,7 +66,7 @@ inline std::size_t utf8_cnt(std::string_view str) noexcept
         std::uint64_t bytes = 0;
         std::memcpy(&bytes, str.data(), sizeof bytes);
         const std::uint64_t continuations = (bytes >> 7U) & (~bytes >> 6U) & ones; // 1 for each
-        count -= continuations * ones >> 56U;                                      // their sum
+        count -= static_cast<std::size_t>(continuations * ones >> 56U);            // their sum
     }
     for (const char byte : str)
         count -= (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U ? 1 : 0;
