@@ -402,32 +402,35 @@ TEST_F(Check, HasACaseForEachRuleAndNoRuleTwice)
     EXPECT_GE(names.size(), 80U);
 }
 
-// The columns of the e-commerce layout: 34 and 35 for the addresses, 8, 27, 5, 14 and 8 for items.
+// The columns of the e-commerce layout: 34 and 35 for the addresses, 8, 27, 5, 14 and 8 for items;
+// 250 bytes for a reference number.
 TEST_F(Check, KnowsTheColumnsOfReceiptData)
 {
     struct column {
         std::string begin;
         std::string end;
         std::size_t width;
+        const char *key = "moneris_rcpt_data";
     };
     std::vector<column> columns = {
         {R"({"items":[{"sku":")", "\"}]}", 8},      {R"({"items":[{"descr":")", "\"}]}", 27},
         {R"({"items":[{"qty":")", "\"}]}", 5},      {R"({"items":[{"amount":")", "\"}]}", 14},
         {R"({"items":[{"subtotal":")", "\"}]}", 8}, {R"({"fees":[{"name":")", "\"}]}", 14},
-        {R"({"fees":[{"val":")", "\"}]}", 8},
+        {R"({"fees":[{"val":")", "\"}]}", 8},       {"MID:1,refnum:", "", 250, "rcpt_custom"},
     };
     for (const std::string field :
          {"name", "addr1", "addr2", "addr3", "city", "state", "zip", "country"}) {
         columns.push_back({R"({"customer":{"bill_)" + field + R"(":")", "\"}}", 34});
         columns.push_back({R"({"customer":{"ship_)" + field + R"(":")", "\"}}", 35});
     }
-    for (const auto &[begin, end, width] : columns) {
+    for (const auto &[begin, end, width, key] : columns) {
         for (const bool is_cut : {false, true}) {
-            test::record sale{clean_sale};
+            test::record sale = sale_with("moneris_rcpt_data:{}");
             const std::string data = begin + std::string(width + (is_cut ? 1 : 0), '1') + end;
-            Qel_hash_dict_insert(sale, "moneris_rcpt_data", data.c_str());
-            EXPECT_EQ(rules_in(findings_of(sale, canada_ecommerce)), is_cut ? "value-cut" : "")
-                << data;
+            Qel_hash_dict_insert(sale, key, data.c_str());
+            const auto findings = findings_of(sale, canada_ecommerce);
+            EXPECT_EQ(rules_in(findings), is_cut ? "value-cut" : "") << data;
+            EXPECT_EQ(findings.empty() ? key : findings[0].key, std::string_view(key));
         }
     }
 }
