@@ -38,13 +38,27 @@ struct library {
     library &operator=(const library &) = delete;
 };
 
+struct read_record {
+    tool::record_file file; // without its text
+    Qel_rcpt_config_t config;
+};
+
+// Warns of what is wrong with the record. Nobody asks for places in the text after that, and a
+// large one would stand in memory beside its receipt.
+read_record read(const std::string &name, const tool::options &options)
+{
+    read_record read{tool::read_record_file(name), {}};
+    read.config = tool::complete(read.file, options.merchant, options.added);
+    tool::warn_of_record(read.file, read.config, options);
+    std::string().swap(read.file.text);
+    return read;
+}
+
 // One copy by itself: the customer's, unless only the merchant's is asked for.
 std::string make_page(const tool::options &options)
 {
     const std::string &name = options.files.front();
-    tool::record_file file = tool::read_record_file(name);
-    const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
-    tool::warn_of_record(file, config, options);
+    const auto [file, config] = read(name, options);
     const tool::layout &layout = options.layout;
     if (!layout.customer_copy && !Qel_rcpt_generate_merch_copy(config.industry))
         throw tool::input_error(name + ": this industry has no merchant copy");
@@ -63,9 +77,7 @@ std::string make_paper(const tool::options &options)
     tool::paper_roll roll(options.paper,
                           is_star ? QEL_RCPT_PRINTER_LANG_STARPRNT : QEL_RCPT_PRINTER_LANG_ESCPOS);
     for (const std::string &name : options.files) {
-        tool::record_file file = tool::read_record_file(name);
-        const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
-        tool::warn_of_record(file, config, options);
+        const auto [file, config] = read(name, options);
         const tool::receipt shown = tool::render(file.record.get(), config, options.layout);
         roll.add(tool::shown_file_name(name), shown, file.record.get(), options.quiet);
     }
@@ -92,9 +104,7 @@ std::string make_output(const tool::options &options)
         return make_paper(options);
     std::vector<tool::receipt> receipts;
     for (const std::string &name : options.files) {
-        tool::record_file file = tool::read_record_file(name);
-        const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
-        tool::warn_of_record(file, config, options);
+        const auto [file, config] = read(name, options);
         receipts.push_back(tool::render(file.record.get(), config, options.layout));
     }
     return options.format == tool::output_format::json ? tool::as_json(receipts)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace tool
 {
@@ -23,25 +24,46 @@ bool is_data(const receipt &shown)
     return shown.form->name == "json";
 }
 
-std::string replaced(const char *text, const std::string &from, const std::string &to)
+// Texts are put where they stay at once: those of a large record, which both copies show, would
+// otherwise be in memory several times.
+
+qel::text replaced(std::string_view terminated, const std::string &from, const std::string &to)
 {
-    if (from == to)
-        return text;
-    return qel::text(Qel_strdup_replace_str(text, from.c_str(), to.c_str())).get();
+    return qel::text(Qel_strdup_replace_str(terminated.data(), from.c_str(), to.c_str()));
 }
 
-// The copy's blocks with a blank line between each two.
-std::string copy_text(const receipt &shown, std::string_view prefix, const std::string &eol)
+std::string with_line_breaks(std::string text, const std::string &eol)
 {
-    std::string text;
+    return eol == "\n" ? std::move(text) : replaced(text, "\n", eol).get();
+}
+
+// Appends the copy's blocks with a blank line between each two; false when there is nothing.
+bool append_copy(std::string &text, const receipt &shown, std::string_view prefix,
+                 const std::string &eol)
+{
+    const size_t begin = text.size();
     for (const block &part : shown.blocks) {
         if (!part.key.starts_with(prefix))
             continue;
-        if (!text.empty())
-            text += eol + eol;
-        text += replaced(part.text.data(), shown.line_break, eol);
+        if (text.size() > begin)
+            text.append(eol).append(eol);
+        if (shown.line_break == eol)
+            text += part.text;
+        else
+            text += replaced(part.text, shown.line_break, eol).get();
     }
-    return text;
+    return text.size() > begin;
+}
+
+// Somewhat more than the blocks take.
+size_t expected_size(const std::vector<receipt> &receipts)
+{
+    size_t size = 0;
+    for (const receipt &shown : receipts) {
+        for (const block &part : shown.blocks)
+            size += part.text.size() + part.text.size() / 16 + 64;
+    }
+    return size;
 }
 
 // "- - - -": as wide as the receipt and the same from both ends.
@@ -58,14 +80,16 @@ std::string joined_copies(const std::vector<receipt> &receipts, const std::strin
                           std::string (*divider)(const receipt &next))
 {
     std::string text;
+    text.reserve(expected_size(receipts));
     for (const receipt &shown : receipts) {
         for (const auto &[prefix, name] : copies) {
-            const std::string copy = copy_text(shown, prefix, eol);
-            if (copy.empty())
-                continue;
-            if (!text.empty())
+            const size_t end = text.size();
+            if (end > 0)
                 text.append(eol).append(divider(shown)).append(eol).append(eol);
-            text.append(copy).append(eol);
+            if (append_copy(text, shown, prefix, eol))
+                text += eol;
+            else
+                text.resize(end);
         }
     }
     return text;
@@ -146,23 +170,25 @@ std::string html_document(const std::vector<receipt> &receipts, const std::strin
 std::string xml_document(const std::vector<receipt> &receipts, const std::string &eol)
 {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    text.reserve(expected_size(receipts));
     const bool are_several = receipts.size() > 1;
     if (are_several)
         text += "<receipts>\n";
     for (const receipt &shown : receipts) {
         text += "<receipt>\n";
         for (const auto &[prefix, name] : copies) {
-            const std::string copy = copy_text(shown, prefix, "\n");
-            if (copy.empty())
-                continue;
-            text.append("<").append(name).append(">\n").append(copy);
-            text.append("\n</").append(name).append(">\n");
+            const size_t end = text.size();
+            text.append("<").append(name).append(">\n");
+            if (append_copy(text, shown, prefix, "\n"))
+                text.append("\n</").append(name).append(">\n");
+            else
+                text.resize(end);
         }
         text += "</receipt>\n";
     }
     if (are_several)
         text += "</receipts>\n";
-    return replaced(text.c_str(), "\n", eol);
+    return with_line_breaks(std::move(text), eol);
 }
 
 std::string json_document(const std::vector<receipt> &receipts, const std::string &eol)
@@ -181,8 +207,9 @@ std::string json_document(const std::vector<receipt> &receipts, const std::strin
         }
         objects.push_back(enclosed('{', members, '}'));
     }
-    const std::string text = objects.size() == 1 ? objects.front() : enclosed('[', objects, ']');
-    return replaced((text + "\n").c_str(), "\n", eol);
+    std::string text =
+        objects.size() == 1 ? std::move(objects.front()) : enclosed('[', objects, ']');
+    return with_line_breaks(std::move(text += '\n'), eol);
 }
 
 std::string as_json(const std::vector<receipt> &receipts)
