@@ -171,6 +171,19 @@ TEST(JsonReader, FaultsSayWhatWhereAndWhatInstead)
         {"{\"a\":1 null", problem::unexpected, wanted::comma_or_brace, 7, 10},
         {"{\"a\":1,}", problem::unexpected, wanted::name, 7, 7},
         {"{} []", problem::unexpected, wanted::end_of_text, 3, 3},
+        {"1,", problem::unexpected, wanted::end_of_text, 1, 1},
+        {"{\"a\"}", problem::unexpected, wanted::colon, 4, 4},
+        {"{\"a\":}", problem::unexpected, wanted::value, 5, 5},
+        {"{\"a\" :: 1}", problem::unexpected, wanted::value, 6, 6},
+        {"[\"a\":1]", problem::unexpected, wanted::comma_or_bracket, 4, 4},
+        {"{,", problem::unexpected, wanted::name, 1, 1},
+        {"{]", problem::unexpected, wanted::name, 1, 1},
+        {"[}", problem::unexpected, wanted::value, 1, 1},
+        {"[1}", problem::unexpected, wanted::comma_or_bracket, 2, 2},
+        {"[[],]", problem::unexpected, wanted::value, 4, 4},
+        {"{1", problem::unexpected, wanted::name, 1, 1},
+        {"[1 fals", problem::unexpected, wanted::comma_or_bracket, 3, 7},
+        {"[/*\0*/1]"s, problem::unexpected, wanted::value, 3, 3},
         {"[1 -x", problem::incomplete_number, wanted::comma_or_bracket, 3, 4},
         {"[1,01]", problem::overlong_number, wanted::comma_or_bracket, 3, 4},
         {"[1. ]", problem::incomplete_number, wanted::value, 1, 3},
@@ -197,6 +210,17 @@ TEST(JsonReader, FaultsSayWhatWhereAndWhatInstead)
         EXPECT_EQ(fault.wanted, c.instead) << c.source;
         EXPECT_EQ(std::pair(fault.begin, fault.at), std::pair(c.begin, c.at)) << c.source;
     }
+}
+
+TEST(JsonReader, LevelsBeyondTheMostAreTooDeep)
+{
+    qel::json_handler nobody;
+    qel::json_rules rules;
+    rules.max_levels = 5000;
+    const std::string most = repeat("[", qel::json_most_levels);
+    EXPECT_EQ(qel::json_reader(most + "{", nobody, rules).read().problem,
+              qel::json_problem::too_deep);
+    EXPECT_EQ(qel::json_reader(most, nobody, rules).read().problem, qel::json_problem::unexpected);
 }
 
 // The parts of a string that need a look stand at any place among those that do not, near the end

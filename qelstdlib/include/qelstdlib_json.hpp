@@ -17,6 +17,7 @@
 namespace qel
 {
 
+// Numbered as Qel_json_type_t is.
 enum class json_kind { object = 1, array, string, integer, decimal, boolean, null };
 
 enum class json_problem {
@@ -48,7 +49,7 @@ enum class json_wanted : unsigned char {
 // more than that another should stand there.
 struct json_fault {
     json_problem problem = json_problem::none;
-    json_wanted wanted = json_wanted::value; // next; instead of what is unexpected or overlong
+    json_wanted wanted = json_wanted::value; // there, or behind an overlong number
     std::size_t begin = 0;                   // of the token, number, escape or character
     std::size_t at = 0; // the byte that shows it; the last one of an unexpected string or word
 };
@@ -333,7 +334,9 @@ class json_scanner
     std::string_view other_;
 };
 
-// Reads a text and tells the handler, which has the operations of json_handler.
+// Reads a text and tells the handler, which has the operations of json_handler:
+//     const json_fault fault = json_reader(text, handler, rules).read();
+// What is wanted next is all that it keeps in mind, with the open objects and arrays.
 template <typename Handler>
 class json_reader : json_scanner
 {
@@ -341,6 +344,7 @@ class json_reader : json_scanner
     json_reader(std::string_view source, Handler &handler, json_rules rules = {})
         : json_scanner(source, rules), handler_(handler)
     {
+        rules_.max_levels = std::min(rules.max_levels, json_most_levels);
         after_[0] = json_wanted::end_of_text;
     }
 
@@ -467,7 +471,7 @@ class json_reader : json_scanner
     Handler &handler_;
     bool is_empty_ = false; // the open object or array, so far
     std::size_t level_ = 0;
-    json_wanted after_[json_most_levels + 1]; // a value, by level
+    json_wanted after_[json_most_levels + 1]; // what follows a value, by level
 };
 
 } // namespace qel

@@ -6,6 +6,7 @@
 #include "tree_memory.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 // What an object or an array holds.
@@ -13,7 +14,7 @@ struct json_children {
     Qel_json_node *first = nullptr;
     Qel_json_node *last = nullptr;
     std::size_t count = 0;
-    std::uint64_t names = 0; // of an object's members, those that were there too: the bits of each
+    std::uint64_t names = 0; // of an object: the name_bit of each member that it has or had
 
     // Of an array, its elements in their order, from some slot on. Of an object with more than a
     // few members, where they are found by the hashes of their names: each stands in the slot that
@@ -76,6 +77,7 @@ struct Qel_json_node {
     void remove_element(const Qel_json_node &value) const;
 };
 
+// An object or array in one piece.
 struct json_container {
     Qel_json_node node;
     json_children children;
@@ -83,7 +85,7 @@ struct json_container {
 
 // What reading does for each node is inline.
 
-// One of 64, by the name's length and its first byte.
+// One bit, by the name's length and its first byte: while no member has it, none has the name.
 inline std::uint64_t name_bit(std::string_view name)
 {
     return std::uint64_t{1} << ((name.size() + static_cast<unsigned char>(*name.data())) % 64);

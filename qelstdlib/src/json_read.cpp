@@ -3,6 +3,8 @@
 #include "json_node.h"
 #include "qelstdlib_json.hpp"
 
+#include <functional>
+
 namespace
 {
 
