@@ -131,9 +131,12 @@ class entry_reader
         require_object(offset);
         if (kind == json_kind::null || (nested_ > 0 && kind == json_kind::string))
             return;
-        std::string meant = is_number ? decimal_text(text) : std::string(text);
-        if (nested_ == 0)
-            return add_entry(std::move(meant), entry_kind::text);
+        const std::string decimal = is_number ? decimal_text(text) : std::string();
+        const std::string_view meant = is_number ? decimal : text;
+        if (nested_ == 0) {
+            add_entry(entry_kind::text).value = meant;
+            return;
+        }
         copy_nested(offset);
         entries_.back().value.append(1, '"').append(meant).append(1, '"');
         copied_ = offset + text.size();
@@ -146,9 +149,14 @@ class entry_reader
             throw unexpected_at(text_, offset, "a JSON object");
     }
 
-    void add_entry(std::string value, entry_kind kind)
+    entry &add_entry(entry_kind kind)
     {
-        entries_.push_back({section_, key_, std::move(value), kind, key_offset_});
+        entry &added = entries_.emplace_back();
+        added.where = section_;
+        added.key = key_;
+        added.kind = kind;
+        added.offset = key_offset_;
+        return added;
     }
 
     // An object under "record" or "config" at the top is a section of an envelope.
@@ -157,7 +165,7 @@ class entry_reader
         const bool is_section = key_ == "record" || key_ == "config";
         if (nested_ > 0 || section_ != section::top || !is_section)
             return false;
-        add_entry({}, entry_kind::opening);
+        add_entry(entry_kind::opening);
         section_ = key_ == "record" ? section::record : section::config;
         return true;
     }
@@ -168,7 +176,7 @@ class entry_reader
             throw text_error(offset, std::string(too_deep));
         if (nested_ > 1)
             return;
-        add_entry({}, entry_kind::nested);
+        add_entry(entry_kind::nested);
         copied_ = offset;
     }
 

@@ -128,13 +128,14 @@ void check_nul(const entry &member)
         throw text_error(member.offset, "NUL character in " + in_quotes(member.key));
 }
 
-record_file make_record_file(const std::vector<entry> &entries, contents wanted)
+// A value ends when the record has it, so that not all of them are in memory twice.
+record_file make_record_file(std::vector<entry> entries, contents wanted)
 {
     check_envelope(entries, wanted);
     record_file file;
     file.record.reset(Qel_hash_dict_create(entries.size(), 75, QEL_HASH_DICT_NONE));
     file.members.reserve(entries.size());
-    for (const entry &member : entries) {
+    for (entry &member : entries) {
         if (member.kind == entry_kind::opening)
             continue;
         check_nul(member);
@@ -145,9 +146,11 @@ record_file make_record_file(const std::vector<entry> &entries, contents wanted)
         check_record_member(member);
         const size_t num_keys = Qel_hash_dict_num_keys(file.record.get());
         Qel_hash_dict_insert(file.record.get(), member.key.c_str(), member.value.c_str());
+        member.value.clear();
+        member.value.shrink_to_fit();
         if (Qel_hash_dict_num_keys(file.record.get()) == num_keys)
             file.repeated.push_back({member.key, member.offset});
-        file.members.push_back({member.key, member.offset});
+        file.members.push_back({std::move(member.key), member.offset});
     }
     return file;
 }
