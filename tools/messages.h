@@ -3,6 +3,7 @@
 #define QELRCPT_TOOLS_MESSAGES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -43,9 +44,9 @@ std::string in_quotes(std::string_view text);
 // "a, b or c".
 std::string listed(std::span<const std::string_view> words);
 
-// Counted from 1, columns in characters.
+// Counted from 1, columns in characters. An archive may have more lines than memory has bytes.
 struct text_place {
-    size_t line = 0;
+    std::uint64_t line = 0;
     size_t column = 0;
 };
 

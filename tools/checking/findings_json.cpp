@@ -18,7 +18,7 @@ class object_writer
         begin(name);
         append_json_text(json_, text);
     }
-    void add(std::string_view name, size_t number)
+    void add(std::string_view name, std::uint64_t number)
     {
         begin(name);
         json_ += std::to_string(number);
