@@ -30,6 +30,7 @@ TEST(JsonRead, ReadableTexts)
         {R"({"7":"8","a-1":[1,"2",3]})", R"({"7":"8","a-1":[1,"2",3]})"},
         // comments
         {"/* \" [1 */[1,// it's \"2\r2/*/*/,/***/3]//", "[1,2,3]"},
+        {"[//\n1,//\r2]", "[1,2]"},
         {R"(["//","/*",1])", R"(["//","/*",1])"},
         // repeated names
         {R"({"a":1,"b":2,"a":{"c":[]},"b":3})", R"({"a":{"c":[]},"b":3})"},
@@ -39,6 +40,8 @@ TEST(JsonRead, ReadableTexts)
         {R"(["\ud83D\uDE00"])", R"(["\ud83d\ude00"])"},
         {R"(["\uD800","\uDC00x","\uD800\uD800\uDC00","\uD800\n","\uDBFF\u0041"])",
          R"(["\ufffd","\ufffdx","\ufffd\ud800\udc00","\ufffd\n","\ufffdA"])"},
+        {R"(["\uDC00\uDC00","\uD800\uE000","\uDBFF\uDFFF"])",
+         R"(["\ufffd\ufffd","\ufffd\ue000","\udbff\udfff"])"},
         {R"(["\\uD800","\\\uD800"])", R"(["\\uD800","\\\ufffd"])"},
         // broken bytes
         {"[\"a\xFF\xFE\", \"\xE2\x82\", \"\xED\xA0\x80z\", 5]",
@@ -173,6 +176,7 @@ TEST(JsonReader, FaultsSayWhatWhereAndWhatInstead)
         {"{} []", problem::unexpected, wanted::end_of_text, 3, 3},
         {"1,", problem::unexpected, wanted::end_of_text, 1, 1},
         {"{\"a\"}", problem::unexpected, wanted::colon, 4, 4},
+        {"{\"a:\" 1", problem::unexpected, wanted::colon, 6, 6},
         {"{\"a\":}", problem::unexpected, wanted::value, 5, 5},
         {"{\"a\" :: 1}", problem::unexpected, wanted::value, 6, 6},
         {"[\"a\":1]", problem::unexpected, wanted::comma_or_bracket, 4, 4},
@@ -254,6 +258,20 @@ TEST(JsonReader, StringsOfAnyLength)
                 qel::json_reader(quoted, log, rules).read();
                 ASSERT_EQ(log.log, "'" + text + "'@0 ");
             }
+        }
+    }
+}
+
+TEST(JsonReader, ControlCharactersAtAnyPlace)
+{
+    for (const char control : {'\0', '\n', '\x1F'}) {
+        for (size_t place = 0; place < 20; ++place) {
+            std::string source = "\"" + repeat("a", 19) + "\"";
+            source.insert(1 + place, 1, control);
+            qel::json_handler nobody;
+            const qel::json_fault fault = qel::json_reader(source, nobody).read();
+            ASSERT_EQ(fault.problem, qel::json_problem::control_character);
+            ASSERT_EQ(fault.at, 1 + place);
         }
     }
 }
