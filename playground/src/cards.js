@@ -5,8 +5,9 @@ import { drawBarcode, drawQr } from './codes.js';
 import { coloured } from './colours.js';
 import { copyText, htmlPage } from './documents.js';
 import { element, icon } from './dom.js';
-import { elementsOf } from './markup.js';
+import { elementOf } from './markup.js';
 import { printOnScreen } from './paper.js';
+import { Pieces } from './pieces.js';
 
 const COPY_NAMES = { customer: 'Customer copy', merchant: 'Merchant copy' };
 
@@ -90,33 +91,28 @@ class HtmlView {
       shadow.adoptedStyleSheets = [sheet];
       const receipt = element('div');
       shadow.append(receipt);
-      return { paper, receipt };
+      return { paper, receipt, blocks: new Pieces(receipt, elementOf) };
     });
     this.root = this.papers.root;
   }
 
   show({ copies, isApproved }) {
-    this.papers.show(copies, (content, copy) => {
-      const markup = copyText(copy);
-      content.receipt.className = isApproved ? '' : 'rcpt_not_approved';
-      if (content.markup === markup) return;
-      content.markup = markup;
-      content.receipt.replaceChildren(...elementsOf(markup));
+    this.papers.show(copies, ({ receipt, blocks }, copy) => {
+      receipt.className = isApproved ? '' : 'rcpt_not_approved';
+      blocks.show(copy.blocks.map((block) => block.text));
     });
   }
 }
 
 class CodeView {
   constructor(name) {
-    this.name = name;
     this.code = element('pre', { className: 'code', tabIndex: 0, 'aria-label': name.toUpperCase(), role: 'region' });
+    this.lines = new Pieces(this.code, (line) => element('span', {}, coloured(line, name)));
     this.root = element('div', { className: 'papers' }, this.code);
   }
 
   show({ text }) {
-    if (this.text === text) return;
-    this.text = text;
-    this.code.replaceChildren(coloured(text, this.name));
+    this.lines.show(text.match(/[^\n]*\n|[^\n]+$/g) ?? []);
   }
 }
 
@@ -155,19 +151,15 @@ class PrinterView {
   constructor() {
     this.papers = new Papers(() => {
       const paper = element('div', { className: 'paper printed' });
-      return { paper };
+      return { paper, printed: new Pieces(paper, (one) => PRINTED[one.kind](one)) };
     });
     this.root = this.papers.root;
   }
 
   show({ copies, printer }) {
-    this.papers.show(copies, (content, copy) => {
-      const seen = `${printer.language} ${printer.codePage} ${copy.bytes}`;
-      if (content.seen === seen) return;
-      content.seen = seen;
-      content.paper.style.setProperty('--dots', 12 * printer.paper);
-      const elements = printOnScreen(copy.bytes, printer.language, printer.codePage);
-      content.paper.replaceChildren(...elements.map((one) => PRINTED[one.kind](one)));
+    this.papers.show(copies, ({ paper, printed }, copy) => {
+      paper.style.setProperty('--dots', 12 * printer.paper);
+      printed.show(printOnScreen(copy.bytes, printer.language, printer.codePage));
     });
   }
 }

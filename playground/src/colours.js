@@ -1,17 +1,18 @@
-// Colours for markup and data that the library wrote: pieces of text, each with the class of its kind or
-// none. Put together they are the text again.
+// Colours for lines of markup and data that the library wrote: pieces of text, each with the class of its
+// kind or none. Put together they are the line again.
 
 const JSON_PIECES = /("(?:[^"\\]|\\.)*")(\s*:)?|(-?\d[\d.]*|true|false|null)|([{}[\],])/g;
 const XML_PIECES = /(<[?/]?[^<>]*>)|(&[^;<>]*;)/g;
 
 function* pieces(text, pattern, kindOf) {
+  const between = pattern === XML_PIECES ? 'string' : '';
   let end = 0;
   for (const match of text.matchAll(pattern)) {
-    if (match.index > end) yield [text.slice(end, match.index), pattern === XML_PIECES ? 'string' : ''];
+    if (match.index > end) yield [text.slice(end, match.index), between];
     yield* kindOf(match);
     end = match.index + match[0].length;
   }
-  if (end < text.length) yield [text.slice(end), ''];
+  if (end < text.length) yield [text.slice(end), between];
 }
 
 function* jsonKinds([, text, colon, word, mark]) {
@@ -32,7 +33,7 @@ function* xmlKinds([, tag, entity]) {
   }
 }
 
-// The text as nodes.
+// The line as nodes.
 export function coloured(text, language) {
   const found = language === 'json' ? pieces(text, JSON_PIECES, jsonKinds) : pieces(text, XML_PIECES, xmlKinds);
   const fragment = document.createDocumentFragment();

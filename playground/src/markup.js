@@ -15,7 +15,8 @@ function copyOf(node) {
   return made;
 }
 
-export function elementsOf(markup) {
+// Of a block, which is one element.
+export function elementOf(markup) {
   const parsed = new DOMParser().parseFromString(policy ? policy.createHTML(markup) : markup, 'text/html');
-  return Array.from(parsed.body.childNodes, copyOf);
+  return copyOf(parsed.body.firstElementChild);
 }
