@@ -129,6 +129,7 @@ HUGE = "90" + "1" * 60
 # Texts that find no place to break, in a record that has every block.
 LONG_RECORD = {
     "merch_name": "Joe's <b>&amp; Co " + LONG, "merch_addr1": LONG, "merch_phone": LONG,
+    "timestamp": "1783124133",
     "action": LONG, "cardtype": LONG, "rcpt_entry_mode": LONG, "account": LONG,
     "cardholdername": LONG, "ordernum": LONG, "rcpt_custom": f"{LONG}:{LONG}", "amount": HUGE,
     "tax": "1234567.89", "u_need_signature": "yes", "order_total": "1", "printdata": LONG,
