@@ -1,84 +1,20 @@
 // The rules of the check: for each a record that breaks it and one nearly the same that does not;
-// card numbers in texts; what the samples are told.
-#include "test_record.hpp"
+// what the samples are told.
+#include "checked_record.hpp"
 
-#include <qel_rcpt_check.h>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
-#include <map>
-#include <random>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace
 {
 
-struct finding {
-    Qel_rcpt_severity_t severity;
-    std::string rule;
-    std::string key;
-    std::size_t offset;
-    std::string message;
-};
-
-// The merchant and the form of a case; as it is, a shop in the United States.
-struct setting {
-    std::uint32_t country = 840;
-    std::uint32_t currency = 840;
-    Qel_rcpt_form_t form = QEL_RCPT_FORM_GENERAL;
-    Qel_rcpt_lang_t cust_lang = QEL_RCPT_LANG_EN;
-    Qel_rcpt_ind_t industry = QEL_RCPT_IND_RETAIL;
-};
-
-std::vector<finding> findings_of(const test::record &record, const setting &setting = {})
-{
-    Qel_rcpt_config_t config{};
-    config.country_code = setting.country;
-    config.currency_code = setting.currency;
-    config.cust_lang = setting.cust_lang;
-    config.industry = setting.industry;
-    std::vector<finding> findings;
-    const auto take = [](void *info, const Qel_rcpt_finding_t *f) {
-        static_cast<std::vector<finding> *>(info)->push_back(
-            {f->severity, f->rule, f->key, f->offset, f->message});
-    };
-    const std::size_t errors = Qel_rcpt_check(record, &config, setting.form, take, &findings);
-    const auto is_error = [](const finding &f) { return f.severity == QEL_RCPT_SEVERITY_ERROR; };
-    EXPECT_EQ(errors, static_cast<std::size_t>(std::ranges::count_if(findings, is_error)));
-    EXPECT_EQ(errors, Qel_rcpt_check(record, &config, setting.form, nullptr, nullptr));
-    return findings;
-}
-
-// "rule rule", or the one finding of a rule.
-std::string rules_in(const std::vector<finding> &findings)
-{
-    std::string rules;
-    for (const finding &f : findings)
-        rules += (rules.empty() ? "" : " ") + f.rule;
-    return rules;
-}
-
-const finding *find(const std::vector<finding> &findings, std::string_view rule)
-{
-    const auto found = std::ranges::find(findings, rule, &finding::rule);
-    return found == findings.end() ? nullptr : &*found;
-}
-
-// An approved chip sale of which nothing is wrong.
-constexpr std::string_view clean_sale =
-    "merch_name:Tillerbird Bakery,merch_addr1:418 Juniper Street,rcpt_custom:MID:0012345,"
-    "action:sale,cardtype:VISA,u_cardclass:credit,rcpt_entry_mode:C,account:XXXXXXXXXXXX1234,"
-    "timestamp:1773502867,auth:083261,rcpt_issuer_resp_code:00,amount:12.00,tax:2.00,code:AUTH,"
-    "msoft_code:INT_SUCCESS,phard_code:SUCCESS,rcpt_emv_name:VISA CREDIT,"
-    "rcpt_emv_aid:A0000000031010,rcpt_emv_tvr:0080008000,rcpt_emv_tsi:E800,rcpt_emv_actype:TC,"
-    "rcpt_emv_ac:5C1A8E2F90B34D67,rcpt_emv_cvm:none,"
-    R"(line_items:"[{""name"":""Rye"",""qty"":""1"",""price"":""10.00""}]")";
+using test::Check;
+using test::clean_sale;
+using test::find;
+using test::finding;
+using test::findings_of;
+using test::rules_in;
+using test::setting;
 
 constexpr std::size_t whole = QEL_RCPT_NO_OFFSET;
 
@@ -337,13 +273,6 @@ bool is_about_configuration(const rule_case &c)
     return std::string_view(c.rule).starts_with("currency-");
 }
 
-class Check : public testing::Test
-{
-  protected:
-    static void SetUpTestSuite() { Qel_rcpt_init(); }
-    static void TearDownTestSuite() { Qel_rcpt_deinit(); }
-};
-
 test::record sale_with(const char *changes)
 {
     test::record sale{clean_sale};
@@ -509,219 +438,6 @@ TEST_F(Check, SaysNothingThatMustNotBeSaid)
     for (const finding &f : findings) {
         EXPECT_EQ(f.message.find("1111"), std::string::npos) << f.message;
         EXPECT_EQ(f.message.find('\x1B'), std::string::npos) << f.message;
-    }
-}
-
-// Card numbers
-
-// Numbers that schemes and processors publish for tests; of Mir one that is made up.
-constexpr const char *test_numbers[] = {
-    "4111111111111111",    // Visa
-    "4242424242424242",    //
-    "4012888888881881",    //
-    "4000056655665556",    //
-    "4007000000027",       // of 13 digits
-    "4222222222222",       //
-    "5555555555554444",    // Mastercard
-    "5105105105105100",    //
-    "5200828282828210",    //
-    "2223003122003222",    //
-    "2223000048400011",    //
-    "378282246310005",     // American Express
-    "371449635398431",     //
-    "370000000000002",     //
-    "6011111111111117",    // Discover
-    "6011000990139424",    //
-    "6011963280099774",    //
-    "30569309025904",      // Diners Club
-    "38520000023237",      //
-    "36259600000004",      //
-    "30123400000000",      //
-    "3530111333300000",    // JCB
-    "3566002020360505",    //
-    "3088000000000017",    //
-    "6243030000000001",    // UnionPay
-    "6221261111117766",    //
-    "8171999927660000",    //
-    "8171999900000000021", // of 19 digits
-    "6205500000000000004", //
-    "6759649826438453",    // Maestro
-    "6304000000000000",    //
-    "6771798021000008",    //
-    "6799990100000000019", //
-    "5000000000000000005", //
-    "6703444444444449",    // Bancontact
-    "5019555544445555",    // Dankort
-    "5019717010103742",    //
-    "6331101999990016",    // Switch
-    "5610591081018250",    // Bankcard
-    "6362970000457013",    // Elo
-    "5078601870000127985", // Aura
-    "6062825624254001",    // Hipercard
-    "6082015309577308",    // RuPay
-    "6074825972083818",    //
-    "9792020000000001",    // Troy
-    "6501700194147183",    //
-    "2200000000000004",    // Mir
-};
-
-std::string grouped(std::string_view number, const std::string &separator)
-{
-    std::string text;
-    for (std::size_t i = 0; i < number.size(); ++i)
-        text.append(i > 0 && i % 4 == 0 ? separator : "").append(1, number[i]);
-    return text;
-}
-
-// 4-6-5 for 15 digits, as such cards have it; in the middle otherwise.
-std::string parted(std::string_view number)
-{
-    std::string text(number);
-    const std::size_t first = number.size() == 15 ? 4 : number.size() / 2;
-    text.insert(first, " ");
-    if (number.size() == 15)
-        text.insert(11, " ");
-    return text;
-}
-
-TEST_F(Check, FindsCardNumbersInTenWaysOfWritingThem)
-{
-    struct way {
-        const char *name;
-        std::string (*write)(std::string_view number);
-    };
-    const way ways[] = {
-        {"digits alone", [](std::string_view n) { return std::string(n); }},
-        {"in fours", [](std::string_view n) { return grouped(n, " "); }},
-        {"with hyphens", [](std::string_view n) { return grouped(n, "-"); }},
-        {"with two blanks", [](std::string_view n) { return grouped(n, "  "); }},
-        {"as on the card", parted},
-        {"with no-break spaces", [](std::string_view n) { return grouped(n, "\xC2\xA0"); }},
-        {"with dashes", [](std::string_view n) { return grouped(n, " \xE2\x80\x93 "); }},
-        {"within a sentence",
-         [](std::string_view n) { return "card " + grouped(n, " ") + ", 2 items at 15.00"; }},
-        {"between letters", [](std::string_view n) { return "PAN" + std::string(n) + "X"; }},
-        {"among other numbers",
-         [](std::string_view n) { return "7 " + grouped(n, " ") + " 12 29 123"; }},
-    };
-    static_assert(std::size(ways) == 10);
-    std::map<std::string_view, std::size_t> found;
-    for (const char *number : test_numbers) {
-        for (const auto &[name, write] : ways) {
-            test::record sale{clean_sale};
-            Qel_hash_dict_insert(sale, "order_notes", write(number).c_str());
-            const auto findings = findings_of(sale);
-            EXPECT_EQ(rules_in(findings), "card-number") << number << " " << name;
-            found[name] += findings.empty() ? 0 : 1;
-        }
-    }
-    if (std::getenv("QELRCPT_RANDOM_NUMBERS") != nullptr) {
-        for (const auto &[name, count] : found)
-            std::cout << name << ": " << count << " of " << std::size(test_numbers) << " found\n";
-    }
-}
-
-// Of texts of 13 to 19 digits by chance, one in ten has a check digit and one in five of these
-// begins as cards do. scripts/card-numbers counts a million.
-TEST_F(Check, TakesFewTextsOfDigitsForCardNumbers)
-{
-    const char *wanted = std::getenv("QELRCPT_RANDOM_NUMBERS");
-    const int count = wanted == nullptr ? 20'000 : std::stoi(wanted);
-    std::mt19937 random(20261123);
-    std::uniform_int_distribution<int> length(13, 19);
-    std::uniform_int_distribution<int> digit('0', '9');
-    std::map<std::size_t, std::pair<int, int>> taken; // and all, by length
-    int total = 0;
-    for (int i = 0; i < count; ++i) {
-        std::string text(static_cast<std::size_t>(length(random)), ' ');
-        std::ranges::generate(text, [&] { return static_cast<char>(digit(random)); });
-        test::record record;
-        Qel_hash_dict_insert(record, i % 2 == 0 ? "ordernum" : "order_notes", text.c_str());
-        const bool is_taken = find(findings_of(record), "card-number") != nullptr;
-        taken[text.size()].first += is_taken ? 1 : 0;
-        taken[text.size()].second += 1;
-        total += is_taken ? 1 : 0;
-    }
-    if (wanted != nullptr) {
-        for (const auto &[size, counts] : taken)
-            std::cout << size << " digits: " << counts.first << " of " << counts.second << "\n";
-        std::cout << total << " of " << count << " taken for card numbers\n";
-    }
-    EXPECT_LT(total, count * 3 / 100);
-    EXPECT_GT(total, count / 100);
-}
-
-// What numbers of so many digits begin with, of all issuers together; none outside of it.
-TEST_F(Check, KnowsWhereIssuersRangesBeginAndEnd)
-{
-    using range = std::pair<int, int>;
-    const std::vector<range> of_13 = {{400000, 509999}, {560000, 589999}, {606282, 606282},
-                                      {630400, 630499}, {639000, 639099}, {670000, 679999}};
-    const std::vector<range> of_14 = {
-        {300000, 305999}, {309500, 309599}, {360000, 369999}, {380000, 399999}, {500000, 509999},
-        {560000, 589999}, {606282, 606282}, {630400, 630499}, {639000, 639099}, {670000, 679999}};
-    const std::vector<range> of_15 = {{180000, 180099}, {213100, 213199}, {300000, 305999},
-                                      {309500, 309599}, {340000, 349999}, {360000, 399999},
-                                      {500000, 509999}, {560000, 589999}, {606282, 606282},
-                                      {630400, 630499}, {639000, 639099}, {670000, 679999}};
-    const std::vector<range> of_16 = {
-        {220000, 220599}, {222100, 272099}, {300000, 305999}, {308800, 310299}, {311200, 312099},
-        {315800, 315999}, {333700, 334999}, {352800, 358999}, {360000, 369999}, {380000, 589999},
-        {600000, 610999}, {620000, 639999}, {644000, 659999}, {670000, 679999}, {810000, 829999},
-        {860000, 860099}, {970400, 970499}, {979200, 979299}, {986000, 986099}};
-    std::vector<range> more = {
-        {220000, 220599}, {300000, 305999}, {308800, 310299}, {311200, 312099}, {315800, 315999},
-        {333700, 334999}, {352800, 358999}, {360000, 369999}, {380000, 399999}, {500000, 509999},
-        {560000, 589999}, {600400, 600999}, {601100, 601199}, {604001, 604200}, {606282, 606282},
-        {610000, 610999}, {620000, 639999}, {644000, 659999}, {670000, 679999}, {810000, 817199},
-        {970400, 970499}};
-    const auto is_found = [](int prefix, std::size_t digits) {
-        std::string numbers; // one of ten has the right check digit
-        for (char check = '0'; check <= '9'; ++check) {
-            std::string number = std::to_string(prefix);
-            number.resize(digits - 1, '0');
-            numbers += number + check + "/";
-        }
-        test::record sale{clean_sale};
-        Qel_hash_dict_insert(sale, "order_notes", numbers.c_str());
-        return !findings_of(sale).empty();
-    };
-    const auto judge = [&](const std::vector<range> &ranges, std::size_t digits) {
-        for (const auto &[first, last] : ranges) {
-            EXPECT_FALSE(is_found(first - 1, digits)) << first << " " << digits;
-            EXPECT_TRUE(is_found(first, digits)) << first << " " << digits;
-            EXPECT_TRUE(is_found(last, digits)) << last << " " << digits;
-            EXPECT_FALSE(is_found(last + 1, digits)) << last << " " << digits;
-        }
-    };
-    judge(of_13, 13);
-    judge(of_14, 14);
-    judge(of_15, 15);
-    judge(of_16, 16);
-    judge(more, 17);
-    judge(more, 18);
-    more[8].second = 509999; // Visa's, too
-    more.erase(more.begin() + 9);
-    judge(more, 19);
-}
-
-TEST_F(Check, TakesNoOtherNumbersForCardNumbers)
-{
-    const char *const others[] = {
-        "4111111111111112",          // the check digit
-        "41111111111111111",         // 17 digits
-        "9411111111111111114",       // another issuer
-        "4111 1111 1111",            // too few digits
-        "4111/1111/1111/1111",       //
-        "4111    1111    1111 1111", // columns
-        "660123450010690040",        // a reference number
-        "031426094107 0012345 1",    //
-        "12.50 13.20 41.11 11.11 11.11 11.11",
-    };
-    for (const char *other : others) {
-        test::record sale{clean_sale};
-        Qel_hash_dict_insert(sale, "order_notes", other);
-        EXPECT_EQ(rules_in(findings_of(sale)), "") << other;
     }
 }
 
