@@ -126,7 +126,7 @@ class batch
     explicit batch(const options &options)
         : options_(options), total_bytes_(total_size(options.files)),
           output_(options.output_file, options.inputs()),
-          ring_(items_per_job * options.jobs + 1, most_bytes_at_once)
+          ring_(items_per_job * options.jobs, most_bytes_at_once)
     {
     }
 
