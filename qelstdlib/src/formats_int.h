@@ -65,12 +65,9 @@ inline std::optional<char32_t> take_char(std::string_view &text)
 template <typename Predicate>
 void append_plain(qel::text_builder &out, std::string_view &text, Predicate is_plain)
 {
-    char *const copy = out.reserve(text.size());
-    std::size_t len = 0;
-    for (; len < text.size() && is_plain(text[len]); ++len) {
-        copy[len] = text[len];
-    }
-    out.extend_to(copy + len);
+    const char *const special = std::find_if_not(text.data(), text.data() + text.size(), is_plain);
+    const auto len = static_cast<std::size_t>(special - text.data());
+    out.append(text.substr(0, len));
     text.remove_prefix(len);
 }
 
