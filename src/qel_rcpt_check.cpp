@@ -136,7 +136,7 @@ subject::subject(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config, Qe
         form_ = QEL_RCPT_FORM_MONERIS_ECOMM;
     for (const auto [key, value] : qel::pairs(kvs)) {
         const std::size_t place = place_of(key, value);
-        if (place == std::size(record_keys)) {
+        if (place == num_record_keys) {
             has_unknown_keys_ = true;
             continue;
         }
@@ -160,7 +160,7 @@ std::size_t subject::place_of(const char *key, const char *value) const
 {
     const std::string_view written(key);
     const std::size_t place = find_record_key(written);
-    if (place < std::size(record_keys) || written.size() >= longest_word)
+    if (place < num_record_keys || written.size() >= longest_word)
         return place;
     std::array<char, longest_word> name{};
     std::ranges::transform(written, name.begin(), lower);

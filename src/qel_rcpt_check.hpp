@@ -30,10 +30,10 @@ class known_key
   public:
     consteval known_key(const char *name) : place_(static_cast<std::uint8_t>(find_record_key(name)))
     {
-        if (place_ >= std::size(record_keys))
+        if (place_ >= num_record_keys)
             no_such_key();
     }
-    explicit constexpr known_key(std::uint8_t place) : place_(place) {}
+    explicit constexpr known_key(std::size_t place) : place_(static_cast<std::uint8_t>(place)) {}
 
     [[nodiscard]] constexpr std::uint8_t place() const { return place_; }
     [[nodiscard]] constexpr const char *name() const { return record_keys[place_].name.data(); }
@@ -57,7 +57,7 @@ class subject
     // Whether the library reads this pair of the record.
     [[nodiscard]] bool reads(const char *key, const char *value) const
     {
-        return place_of(key, value) < std::size(record_keys);
+        return place_of(key, value) < num_record_keys;
     }
 
     // The record's value, or absent.
@@ -115,8 +115,8 @@ class subject
     const Qel_hash_dict_t *kvs_;
     Qel_rcpt_config_t config_;
     Qel_rcpt_form_t form_;
-    std::array<std::string_view, std::size(record_keys)> values_{};
-    std::array<std::int64_t, std::size(record_keys)> amounts_{}; // of the keys that hold one
+    std::array<std::string_view, num_record_keys> values_{};
+    std::array<std::int64_t, num_record_keys> amounts_{}; // of the keys that hold one
     bool has_unknown_keys_ = false;
     const char *action_ = nullptr;
     bool is_payment_ = false;

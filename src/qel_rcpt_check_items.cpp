@@ -217,8 +217,7 @@ class items_handler
         }
         findings_.add(rule_named("item-type-unknown"), key, at,
                       {quoted(text),
-                       " is no type of an entry here, so it would be shown as an "
-                       "item",
+                       " is no type of an entry here, so it would be shown as an item",
                        nearest.found().empty() ? "" : "; did you mean ",
                        nearest.found().empty() ? piece("") : quoted(nearest.found()),
                        nearest.found().empty() ? "" : "?"});

@@ -217,7 +217,7 @@ void look_at_text(const char *key, std::string_view value, bool is_hex, report &
 // Values under keys that nothing reads are looked at too: a record that is logged holds them.
 void look_at_texts(const subject &record, report &findings)
 {
-    for (std::uint8_t place = 0; place < std::size(record_keys); ++place) {
+    for (std::size_t place = 0; place < num_record_keys; ++place) {
         const known_key key(place);
         if (record.get(key) != nullptr)
             look_at_text(key.name(), record.text(key), record_keys[place].kind == key_kind::hex,

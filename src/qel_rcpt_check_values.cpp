@@ -10,6 +10,16 @@ namespace qel_rcpt::check
 namespace
 {
 
+// How many characters there are of that kind before any other.
+template <typename Predicate>
+std::size_t count_in_front(std::string_view text, Predicate is_one)
+{
+    std::size_t count = 0;
+    while (count < text.size() && is_one(text[count]))
+        ++count;
+    return count;
+}
+
 // ISO 4217: the currencies that are written with "$", "€" or "£" and have two decimals.
 constexpr std::uint32_t known_currencies[] = {840, 978, 826, 124, 36,  554, 344, 702, 901, 484,
                                               170, 32,  214, 192, 858, 388, 780, 52,  44,  84,
@@ -74,10 +84,9 @@ amount_form form_of_amount(std::string_view text)
     amount_form form{false, 0, no_offset, 0};
     std::size_t at = 0;
     const auto skip = [&](auto is_one) {
-        const std::size_t begin = at;
-        while (at < text.size() && is_one(text[at]))
-            ++at;
-        return at - begin;
+        const std::size_t count = count_in_front(text.substr(at), is_one);
+        at += count;
+        return count;
     };
     skip(is_space);
     if (at < text.size() && (text[at] == '-' || text[at] == '+'))
@@ -145,7 +154,7 @@ namespace
 
 void look_at_amounts(const subject &record, report &findings)
 {
-    for (std::uint8_t place = 0; place < std::size(record_keys); ++place) {
+    for (std::size_t place = 0; place < num_record_keys; ++place) {
         const known_key key(place);
         if (record_keys[place].kind != key_kind::amount || !record.has(key))
             continue;
@@ -184,10 +193,8 @@ constexpr bool is_leap_year(int year)
 // The first of the twelve digits of mmddyyHHMMSS that makes no time; no_offset for a good one.
 std::size_t find_host_time_fault(std::string_view text)
 {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!is_digit(text[i]))
-            return i;
-    }
+    if (const std::size_t at = count_in_front(text, is_digit); at < text.size())
+        return at;
     if (text.size() != 12)
         return std::min<std::size_t>(text.size(), 12);
     const auto number = [&](std::size_t at) { return (text[at] - '0') * 10 + text[at + 1] - '0'; };
@@ -218,10 +225,9 @@ void look_at_times(const subject &record, report &findings)
         return;
     }
     const std::string_view text = record.text("timestamp");
-    const auto fault = std::ranges::find_if_not(text, is_digit);
-    if (fault != text.end()) {
-        findings.add(rule_named("timestamp-unreadable"), "timestamp",
-                     static_cast<std::size_t>(fault - text.begin()),
+    const std::size_t fault = count_in_front(text, is_digit);
+    if (fault < text.size()) {
+        findings.add(rule_named("timestamp-unreadable"), "timestamp", fault,
                      {quoted(text), " is not a number of seconds since 1970; the receipt would "
                                     "show another time"});
         return;
@@ -241,8 +247,8 @@ void look_at_numbers(const subject &record, report &findings)
 {
     for (const known_key key : {known_key("laneid"), known_key("ptrannum")}) {
         const std::string_view text = record.text(key);
-        const auto fault = std::ranges::find_if_not(text, is_digit);
-        const bool is_number = fault == text.end() && Qel_str_to_int64(record.get(key)) > 0;
+        const bool is_number =
+            count_in_front(text, is_digit) == text.size() && Qel_str_to_int64(record.get(key)) > 0;
         if (!text.empty() && !is_number)
             findings.add(rule_named("number-unreadable"), key.name(), no_offset,
                          {quoted(text), " is not a whole number above zero; some forms would not "
@@ -253,7 +259,7 @@ void look_at_numbers(const subject &record, report &findings)
 void look_at_flags(const subject &record, report &findings)
 {
     static constexpr std::string_view no_words[] = {"0", "n", "no", "f", "false", "off"};
-    for (std::uint8_t place = 0; place < std::size(record_keys); ++place) {
+    for (std::size_t place = 0; place < num_record_keys; ++place) {
         const known_key key(place);
         if (record_keys[place].kind != key_kind::flag || !record.has(key))
             continue;
@@ -337,12 +343,11 @@ void look_at_chip_values(const subject &record, report &findings)
 {
     for (const auto &[key, least, most] : chip_values) {
         const std::string_view text = record.text(key);
-        const auto fault = std::ranges::find_if_not(text, is_hex_digit);
-        const bool is_right = fault == text.end() && text.size() % 2 == 0 && text.size() >= least &&
-                              text.size() <= most;
+        const std::size_t fault = count_in_front(text, is_hex_digit);
+        const bool is_right = fault == text.size() && text.size() % 2 == 0 &&
+                              text.size() >= least && text.size() <= most;
         if (!text.empty() && !is_right)
-            findings.add(rule_named("chip-value-malformed"), key.name(),
-                         static_cast<std::size_t>(fault - text.begin()),
+            findings.add(rule_named("chip-value-malformed"), key.name(), fault,
                          {quoted(text), " is not the hexadecimal text that a chip gives here"});
     }
 }

@@ -297,6 +297,8 @@ inline constexpr record_key record_keys[] = {
      "exactly `recurring`, in this case: no billing address", "", "recurring"},
 };
 
+inline constexpr std::size_t num_record_keys = std::size(record_keys);
+
 // Where a key is looked for in the index: the slot that it names or one of those behind it.
 constexpr std::size_t record_key_slot(std::string_view key)
 {
@@ -310,10 +312,10 @@ constexpr std::size_t record_key_slot(std::string_view key)
 // table's size.
 inline constexpr auto record_key_index = [] {
     std::array<std::uint8_t, 256> index{};
-    index.fill(static_cast<std::uint8_t>(std::size(record_keys)));
-    for (std::size_t place = 0; place < std::size(record_keys); ++place) {
+    index.fill(num_record_keys);
+    for (std::size_t place = 0; place < num_record_keys; ++place) {
         std::size_t slot = record_key_slot(record_keys[place].name);
-        while (index[slot % index.size()] < std::size(record_keys))
+        while (index[slot % index.size()] < num_record_keys)
             ++slot;
         index[slot % index.size()] = static_cast<std::uint8_t>(place);
     }
@@ -325,13 +327,13 @@ constexpr std::size_t find_record_key(std::string_view key)
 {
     for (std::size_t slot = record_key_slot(key);; ++slot) {
         const std::size_t place = record_key_index[slot % record_key_index.size()];
-        if (place == std::size(record_keys) || record_keys[place].name == key)
+        if (place == num_record_keys || record_keys[place].name == key)
             return place;
     }
 }
 
 static_assert([] { // each stands there once
-    for (std::size_t place = 0; place < std::size(record_keys); ++place) {
+    for (std::size_t place = 0; place < num_record_keys; ++place) {
         if (find_record_key(record_keys[place].name) != place)
             return false;
     }
@@ -340,7 +342,7 @@ static_assert([] { // each stands there once
 
 constexpr bool is_record_key(std::string_view key)
 {
-    return find_record_key(key) < std::size(record_keys);
+    return find_record_key(key) < num_record_keys;
 }
 
 } // namespace qel_rcpt

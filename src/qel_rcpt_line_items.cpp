@@ -4,8 +4,6 @@
 #include <span>
 #include <vector>
 
-using qel_rcpt::get;
-
 namespace
 {
 

@@ -53,6 +53,7 @@ class emphasis
     using line_styles = std::span<line_style>;
 
     void mark_merchant(text_lines lines, line_styles styles) const;
+    // NOLINTNEXTLINE(readability-convert-member-functions-to-static): the others need the receipt
     void mark_type(text_lines lines, line_styles styles) const;
     void mark_reference(text_lines lines, line_styles styles) const;
     void mark_money(text_lines lines, line_styles styles) const;
@@ -74,7 +75,8 @@ void for_each_line(std::string_view block, Take take)
         std::string_view line = block.substr(0, feed);
         if (feed != std::string_view::npos && line.ends_with('\r'))
             line.remove_suffix(1);
-        for (std::size_t end; (end = line.find('\r')) != std::string_view::npos;) {
+        for (std::size_t end = line.find('\r'); end != std::string_view::npos;
+             end = line.find('\r')) {
             take(line.substr(0, end));
             line.remove_prefix(end + 1);
         }

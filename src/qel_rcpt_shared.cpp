@@ -5,9 +5,7 @@
 #include <algorithm>
 
 using qel_rcpt::get;
-using qel_rcpt::get_nonempty;
 using qel_rcpt::key_contains;
-using qel_rcpt::key_is;
 using qel_rcpt::key_is_true;
 
 namespace

@@ -258,7 +258,7 @@ class json_scanner
         if (byte(begin + 1) == 'u')
             return take_unicode_escape(begin);
         const std::size_t found = letters.find(byte(begin + 1));
-        if (found == letters.npos)
+        if (found == std::string_view::npos)
             return fail(json_problem::unknown_escape, begin, begin + 1);
         made_ += meanings[found];
         return begin + 2;

@@ -42,6 +42,7 @@ class dict_entry
     {
         return ::operator new(size + room);
     }
+    // NOLINTNEXTLINE(misc-new-delete-overloads): none is made without room
     static void operator delete(void *memory) { ::operator delete(memory); }
 
     std::size_t hash = 0;

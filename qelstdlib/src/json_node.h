@@ -56,9 +56,11 @@ struct Qel_json_node {
     Qel_json_type_t type;
     bool has_share; // of its memory
     formats::tree_memory *memory;
-    std::string_view text;      // of a string, with a NUL after it; of other scalars as written
-    json_children *children;    // of an object or array
-    std::string_view name = ""; // as a member of its parent, with a NUL after it
+    std::string_view text;   // of a string, with a NUL after it; of other scalars as written
+    json_children *children; // of an object or array
+    // As a member of its parent, with a NUL after it.
+    // NOLINTNEXTLINE(readability-redundant-string-init)
+    std::string_view name = "";
     Qel_json_node *parent{};
     Qel_json_node *previous{}; // the siblings
     Qel_json_node *next{};

@@ -60,7 +60,9 @@ class alignas(std::max_align_t) tree_memory
     template <typename T>
     T *make_array(std::size_t count)
     {
-        return static_cast<T *>(std::memset(allocate(count * sizeof(T)), 0, count * sizeof(T)));
+        const std::size_t size =
+            count * sizeof(T); // NOLINT(bugprone-sizeof-expression): of pointers
+        return static_cast<T *>(std::memset(allocate(size), 0, size));
     }
 
     // A copy of the text with a NUL after it.
@@ -91,6 +93,7 @@ class alignas(std::max_align_t) tree_memory
     {
         return ::operator new(size + room);
     }
+    // NOLINTNEXTLINE(misc-new-delete-overloads): none is made without room
     static void operator delete(void *memory) { ::operator delete(memory); }
 
   private:

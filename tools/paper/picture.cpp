@@ -205,7 +205,7 @@ class pen
     void draw(const barcode &code, double y)
     {
         const modules drawn = code128_modules(code.text).value_or(modules{{}});
-        const double width = static_cast<double>(drawn.front().size() * code.module);
+        const auto width = static_cast<double>(drawn.front().size() * code.module);
         draw(drawn, left_of(code.align, width), y, code.module, code.height);
         if (!code.has_characters_below)
             return;

@@ -24,9 +24,9 @@ std::optional<modules> encode(const symbol &made, const std::string &text)
         return std::nullopt;
     modules rows;
     for (int y = 0; y < made->rows; ++y) {
-        std::vector<bool> row;
-        for (int x = 0; x < made->width; ++x)
-            row.push_back((made->encoded_data[y][x / 8] >> (x % 8) & 1) != 0);
+        std::vector<bool> row(static_cast<size_t>(made->width));
+        for (size_t x = 0; x < row.size(); ++x)
+            row[x] = (made->encoded_data[y][x / 8] >> (x % 8) & 1) != 0;
         rows.push_back(std::move(row));
     }
     return rows;

@@ -200,11 +200,11 @@ const std::string &timezone_name(const merchant &options, const merchant &file,
     return defaults.timezone_name;
 }
 
-std::string industry_words(Qel_rcpt_ind_t bits)
+std::string industry_words(Qel_rcpt_ind_t industry)
 {
     std::string words;
     for (const auto &[name, bit] : qel_rcpt::industries) {
-        if ((bits & bit) != 0)
+        if ((industry & bit) != 0)
             words.append(words.empty() ? "" : ",").append(name);
     }
     return words.empty() ? "unknown" : words;

@@ -124,7 +124,10 @@ void check_record_member(const entry &member)
 // The library's texts end at a NUL.
 void check_nul(const entry &member)
 {
-    if (member.key.find('\0') != member.key.npos || member.value.find('\0') != member.value.npos)
+    const auto has_nul = [](std::string_view text) {
+        return text.find('\0') != std::string_view::npos;
+    };
+    if (has_nul(member.key) || has_nul(member.value))
         throw text_error(member.offset, "NUL character in " + in_quotes(member.key));
 }
 

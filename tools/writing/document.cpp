@@ -217,6 +217,7 @@ std::string as_json(const std::vector<receipt> &receipts)
     if (receipts.size() == 1)
         return json_object(receipts.front(), "") + "\n";
     std::vector<std::string> objects;
+    objects.reserve(receipts.size());
     for (const receipt &shown : receipts)
         objects.push_back("  " + json_object(shown, "  "));
     return enclosed('[', objects, ']') + "\n";

@@ -51,6 +51,22 @@ std::string place_of(const std::string &name)
     return place.string();
 }
 
+// The file that is written must not be one of those that are read.
+void refuse_inputs(const struct stat &file, std::span<const std::string> inputs)
+{
+    if (!S_ISREG(file.st_mode))
+        return;
+    for (const std::string &input : inputs) {
+        struct stat read {
+        };
+        const bool is_there =
+            input == "-" ? ::fstat(STDIN_FILENO, &read) == 0 : ::stat(input.c_str(), &read) == 0;
+        if (is_there && is_same(read, file))
+            throw input_error(shown_file_name(input) +
+                              ": is the output as well, expected another file");
+    }
+}
+
 std::mutex writing;
 
 } // namespace
@@ -90,21 +106,6 @@ void output::fail(int error) const
     if (error == EPIPE)
         throw reader_gone(message);
     throw input_error(message);
-}
-
-void output::refuse_inputs(const struct stat &file, std::span<const std::string> inputs) const
-{
-    if (!S_ISREG(file.st_mode))
-        return;
-    for (const std::string &input : inputs) {
-        struct stat read {
-        };
-        const bool is_there =
-            input == "-" ? ::fstat(STDIN_FILENO, &read) == 0 : ::stat(input.c_str(), &read) == 0;
-        if (is_there && is_same(read, file))
-            throw input_error(shown_file_name(input) +
-                              ": is the output as well, expected another file");
-    }
 }
 
 void output::open_new(const std::string &place)

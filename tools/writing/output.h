@@ -46,7 +46,6 @@ class output
   private:
     void open(std::span<const std::string> inputs);
     void open_new(const std::string &place);
-    void refuse_inputs(const struct stat &file, std::span<const std::string> inputs) const;
     [[noreturn]] void fail(int error) const;
 
     std::string name_;
