@@ -92,9 +92,10 @@ QEL_API bool Qel_rcpt_generate_merch_copy(Qel_rcpt_ind_t industry) QEL_NOEXCEPT;
 
 /* Takes the control characters out of every value of a record, in place: white space (tab, line
  * feed, carriage return and their like) becomes a space, each other one a question mark, escapes in
- * the JSON of line_items and moneris_rcpt_data included. The plain-text and Moneris forms hand on
- * values as they are: a printer obeys what it is sent, and a line feed in a value makes a line of
- * its own. HTML, XML and JSON need no such care. Call it on records whose texts others chose:
+ * the JSON of line_items and moneris_rcpt_data included, whose comments become spaces. The
+ * plain-text and Moneris forms hand on values as they are: a printer obeys what it is sent, and a
+ * line feed in a value makes a line of its own. HTML, XML and JSON need no such care. Call it on
+ * records whose texts others chose:
  *
  *     Qel_rcpt_strip_control(record);
  *     Qel_hash_dict_t *blocks = Qel_rcpt_generate_plain(record, &config, 40, "\n");

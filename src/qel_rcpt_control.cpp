@@ -23,7 +23,7 @@ unsigned char code_of(char byte)
     return static_cast<unsigned char>(byte);
 }
 
-// A piece of a text, and the control character that it is.
+// A piece of a text, and the control character that it is, or the blank that it may be.
 struct piece {
     std::size_t size;
     std::optional<unsigned> control;
@@ -64,29 +64,65 @@ std::optional<unsigned> hex_number(std::string_view digits)
     return number;
 }
 
-// An escape of a JSON text, such as \n or \u001b.
+// An escape in a string of a JSON text, such as \n or \u001b; a backslash that begins none by
+// itself.
 piece escape_at(std::string_view text)
 {
     constexpr std::string_view names = "bfnrt";
     constexpr std::string_view codes = "\b\f\n\r\t";
     constexpr std::size_t unicode_size = 6;
-    if (text.size() < 2)
-        return {text.size(), std::nullopt};
-    if (const std::size_t at = names.find(text[1]); at != std::string_view::npos)
+    const char name = text.size() > 1 ? text[1] : '\0';
+    if (const std::size_t at = names.find(name); at != std::string_view::npos)
         return {2, code_of(codes[at])};
-    if (text[1] != 'u' || text.size() < unicode_size)
+    if (name == '"' || name == '\\')
         return {2, std::nullopt};
+    if (name != 'u' || text.size() < unicode_size)
+        return {1, std::nullopt};
     const auto code = hex_number(text.substr(2, unicode_size - 2));
     if (!code || !is_control(*code))
-        return {2, std::nullopt};
+        return {1, std::nullopt};
     return {unicode_size, code};
 }
+
+// The pieces of a text from its beginning on.
+class text_walk
+{
+  public:
+    explicit text_walk(bool is_json) : is_json_(is_json) {}
+
+    piece next(std::string_view rest)
+    {
+        if (!is_json_)
+            return character_at(rest);
+        is_in_string_ = is_in_string_ != (rest.front() == '"');
+        if (is_in_string_)
+            return rest.front() == '\\' ? escape_at(rest) : character_at(rest);
+        if (rest.starts_with("//"))
+            return comment(std::min(rest.find_first_of("\r\n"), rest.size() - 1) + 1);
+        if (comments_end_ && rest.starts_with("/*")) {
+            const std::size_t end = rest.find("*/", 2);
+            comments_end_ = end != std::string_view::npos;
+            if (comments_end_)
+                return comment(end + 2);
+        }
+        return character_at(rest);
+    }
+
+  private:
+    // A blank stands for it all: without the line break at its end it would go on.
+    static piece comment(std::size_t size) { return {size, ' '}; }
+
+    bool is_json_;
+    bool is_in_string_ = false;
+    bool comments_end_ = true; // those of several lines
+};
 
 // White space stays a gap.
 char replacement(unsigned control)
 {
     constexpr unsigned next_line = 0x85;
-    const bool is_space = (control >= '\t' && control <= '\r') || control == next_line;
+    const bool is_space =
+        (control >= '\t' && control <= '\r') || control == next_line || control == ' ';
     return is_space ? ' ' : '?';
 }
 
@@ -102,12 +138,12 @@ std::optional<std::string> stripped(const char *key, std::string_view text)
     const bool has_escapes = text.find('\\') != std::string_view::npos;
     if (!has_escapes && qel_rcpt::is_visible_ascii(text))
         return std::nullopt;
-    const bool is_json = has_escapes && is_json_key(key);
+    text_walk walk(is_json_key(key));
     std::optional<std::string> clean;
     std::size_t size = 0;
     for (std::size_t at = 0; at < text.size(); at += size) {
         const std::string_view rest = text.substr(at);
-        const piece next = is_json && rest.front() == '\\' ? escape_at(rest) : character_at(rest);
+        const piece next = walk.next(rest);
         size = next.size;
         if (next.control && !clean)
             clean.emplace(text.substr(0, at));

@@ -57,6 +57,10 @@ TEST(StripControl, KnowsTheEscapesOfDocuments)
         {R"("\u001)", R"("\u001)"},
         {R"("\u00g1")", R"("\u00g1")"},
         {"\\", "\\"},
+        {"\"\\\x1B\\\u00C0\"", "\"\\?\\\u00C0\""},
+        {"[// of \"two\n\"a\",// more\r\"//\\n\"]//", "[ \"a\", \"// \"] "},
+        {"[/* \"\n */\"\\n\"]", "[ \" \"]"},
+        {"[/*/\n", "[/*/ "}, // without an end, so that it stays unreadable
     };
     for (const char *key : {"line_items", "moneris_rcpt_data", "LINE_ITEMS"}) {
         for (const auto &[value, expected] : cases)
