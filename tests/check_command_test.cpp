@@ -2,6 +2,8 @@
 // it says of the samples.
 #include "command_runs.hpp"
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -124,6 +126,25 @@ TEST_F(Command, ChecksArchives)
     EXPECT_TRUE(has(strict.out, R"({"line": 1, "error": "'1,5' is not an amount)")) << strict.out;
     EXPECT_TRUE(has(strict.out, R"({"line": 2, "blocks": {)")) << strict.out;
     EXPECT_TRUE(has(strict.out, "$10000000.00")) << strict.out;
+}
+
+// Each with two places, of which the order of the later ones goes to and fro.
+TEST_F(Command, ChecksAnyNumberOfUnknownKeysInProportion)
+{
+    constexpr int number = 150'000;
+    constexpr int stride = 62'501;
+    std::string record = "{";
+    for (int i = 0; i < number; ++i)
+        record.append("\"k").append(std::to_string(i)).append("\":1,");
+    for (int i = 0; i < number; ++i)
+        record.append("\"k").append(std::to_string(i * 1LL * stride % number)).append("\":1,");
+    record.back() = '}';
+    const std::string file = write("keys", record + "\n");
+    const result made = run({"--batch", "--check", file});
+    EXPECT_TRUE(has(made.err, "150000 warning repeated-key\n  150000 warning unknown-key"));
+    rusage used{};
+    getrusage(RUSAGE_CHILDREN, &used);
+    EXPECT_LT(used.ru_utime.tv_sec, 15);
 }
 
 TEST_F(Command, RefusesOptionsThatTheCheckHasNoUseFor)

@@ -238,6 +238,22 @@ TEST_F(Output, IsNeverOneOfItsInputs)
     }
 }
 
+TEST_F(Output, HoldsNoMessagesWhereTheCallerClosedDescriptors)
+{
+    const std::string file = write("file", R"({"timestamp": "1", "zzz": "1"})");
+    ASSERT_EQ(shell("cd " + directory_.string() + "; \"$0\" --batch -o whole file").end.status, 0);
+    for (const std::string closed : {"2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        const result made =
+            shell("cd " + directory_.string() + "; \"$0\" --batch -o new file " + closed);
+        EXPECT_EQ(made.end.status, 0) << closed;
+        EXPECT_EQ(read_file(path("new")), read_file(path("whole"))) << closed;
+        fs::remove(path("new"));
+    }
+    for (const std::string closed : {"file >&-", "--batch file >&-", "- <&-", "--batch - <&-"})
+        EXPECT_EQ(shell("cd " + directory_.string() + "; \"$0\" -q " + closed).end.status, 1)
+            << closed;
+}
+
 TEST_F(Output, GoesWhereTheNameLeads)
 {
     fs::create_directory(directory_ / "folder");

@@ -16,6 +16,7 @@
 #include "writing/playground.h"
 #include "writing/render.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -130,6 +131,16 @@ void tell_of_terminal(const tool::options &options)
         tool::complain("reading standard input; end it with Ctrl-D, or see qelrcpt --help");
 }
 
+// A file that is opened here never gets the number of a standard stream that the caller closed, or
+// messages would be written into receipts. What takes the numbers can be neither read nor written.
+void keep_standard_descriptors()
+{
+    int fd = 0;
+    while (fd >= 0 && fd <= STDERR_FILENO)
+        fd = ::open("/", O_PATH | O_CLOEXEC);
+    ::close(fd);
+}
+
 int run(int argc, char **argv)
 {
     tool::options options = tool::parse_options(argc, argv);
@@ -157,6 +168,7 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    keep_standard_descriptors();
     for (const int signal : {SIGPIPE, SIGXFSZ})
         std::signal(signal, SIG_IGN); // what is left to do is done before the program ends
     tool::prepare_for_out_of_memory();

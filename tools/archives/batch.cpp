@@ -112,7 +112,8 @@ std::optional<uint64_t> total_size(const std::vector<std::string> &files)
             throw input_error(shown_file_name(name) + ": " +
                               std::generic_category().message(errno));
         if (S_ISDIR(file.st_mode))
-            throw input_error(name + ": " + std::generic_category().message(EISDIR));
+            throw input_error(shown_file_name(name) + ": " +
+                              std::generic_category().message(EISDIR));
         is_known = is_known && S_ISREG(file.st_mode);
         total += static_cast<uint64_t>(std::max<off_t>(file.st_size, 0));
     }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <numeric>
 
 namespace tool
 {
@@ -25,6 +26,23 @@ constexpr const char *repeated_members[] = {"ttid", "ordernum"};
 size_t column_of(std::string_view line, size_t offset)
 {
     return 1 + qel_rcpt::width_of(line.substr(0, offset));
+}
+
+// The columns of the findings' places, found in one pass; 0 without a place.
+std::vector<size_t> columns_of(std::string_view line, const std::vector<finding> &findings)
+{
+    std::vector<size_t> order(findings.size());
+    std::iota(order.begin(), order.end(), size_t{0});
+    const auto place = [&](size_t i) { return findings[i].place.value_or(0); };
+    std::ranges::sort(order, {}, place);
+    std::vector<size_t> columns(findings.size());
+    size_t column = 1;
+    for (size_t at = 0; const size_t i : order) {
+        column += qel_rcpt::width_of(line.substr(at, place(i) - at));
+        at = place(i);
+        columns[i] = findings[i].place ? column : 0;
+    }
+    return columns;
 }
 
 std::string_view without_line_break(std::string_view line)
@@ -119,17 +137,21 @@ void line_renderer::add_findings(rendered &result, const position &where, std::s
     ++result.records;
     if (findings.empty())
         return;
-    std::vector<finding> sorted = findings;
-    std::ranges::stable_sort(sorted, std::greater(), &finding::severity);
+    const std::vector<size_t> columns = columns_of(line, findings);
+    std::vector<size_t> sorted(findings.size());
+    std::iota(sorted.begin(), sorted.end(), size_t{0});
+    std::ranges::stable_sort(sorted, std::greater(),
+                             [&](size_t i) { return findings[i].severity; });
     line_in_work written(result.lines);
     begin_line(result.lines, where);
     result.lines += "\"findings\": [";
-    for (const finding &each : sorted) {
-        if (&each != &sorted.front())
+    for (const size_t i : sorted) {
+        const finding &each = findings[i];
+        if (i != sorted.front())
             result.lines += ", ";
         text_place place;
         if (each.place)
-            place = {where.number, column_of(line, *each.place)};
+            place = {where.number, columns[i]};
         append_finding(result.lines, each, {"", place});
         ++result.warnings[each.rule];
         result.has_bad_records = result.has_bad_records || is_error(each);

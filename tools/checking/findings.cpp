@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tool
 {
@@ -27,24 +28,56 @@ bool is_chosen(std::string_view rule, const options &options)
     return (options.rules.empty() || has(options.rules)) && !has(options.left_out_rules);
 }
 
-// The last place of the key counts, as its value does.
-std::optional<size_t> place_of(const record_file &file, std::string_view key)
+// Where the keys of a record stand. A record of the usual size is searched from its end; of one
+// that may have millions of keys that nothing reads, the places are sorted first.
+class key_places
 {
-    const auto found =
-        std::ranges::find(file.members.rbegin(), file.members.rend(), key, &member_place::key);
-    return found == file.members.rend() ? std::nullopt : std::optional(found->offset);
-}
+  public:
+    explicit key_places(const std::vector<member_place> &members) : members_(members) {}
+
+    // The last place of the key counts, as its value does.
+    std::optional<size_t> of(std::string_view key)
+    {
+        constexpr size_t usual_number = 64;
+        if (members_.size() <= usual_number) {
+            const auto found =
+                std::ranges::find(members_.rbegin(), members_.rend(), key, &member_place::key);
+            return found == members_.rend() ? std::nullopt : std::optional(found->offset);
+        }
+        if (sorted_.empty())
+            sort();
+        const auto behind = std::ranges::upper_bound(sorted_, key, {}, key_of);
+        if (behind == sorted_.begin() || key_of(behind[-1]) != key)
+            return std::nullopt;
+        return behind[-1]->offset;
+    }
+
+  private:
+    static std::string_view key_of(const member_place *member) { return member->key; }
+
+    void sort()
+    {
+        for (const member_place &member : members_)
+            sorted_.push_back(&member);
+        std::ranges::sort(sorted_, {}, [](const member_place *member) {
+            return std::pair(key_of(member), member->offset);
+        });
+    }
+
+    const std::vector<member_place> &members_;
+    std::vector<const member_place *> sorted_;
+};
 
 struct collector {
-    const record_file &file;
+    key_places places;
     const options &chosen;
     std::vector<finding> findings;
 };
 
 void collect(void *info, const Qel_rcpt_finding_t *found)
 {
-    auto &[file, chosen, findings] = *static_cast<collector *>(info);
-    const std::optional<size_t> place = place_of(file, found->key);
+    auto &[places, chosen, findings] = *static_cast<collector *>(info);
+    const std::optional<size_t> place = places.of(found->key);
     const bool is_added = found->rule == unknown_key && !place; // and told of already
     if (is_added || !is_chosen(found->rule, chosen))
         return;
@@ -92,7 +125,7 @@ std::vector<std::string_view> rule_names()
 std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,
                                  const options &options)
 {
-    collector collected{file, options, {}};
+    collector collected{key_places(file.members), options, {}};
     Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form->name), collect,
                    &collected);
     for (const member_place &member : file.repeated) {
