@@ -3,7 +3,7 @@
 import { documentOf } from './src/documents.js';
 import { call, load as loadModule, textsOf } from './src/module.js';
 import { optionsOf, prepare, settingsForPrinting } from './src/options.js';
-import { appendTexts, indexOfByte, isWellFormed, refuseCharacters } from './src/record.js';
+import { appendTexts, isWellFormed, placesIn, refuseCharacters } from './src/record.js';
 
 export { optionsOf };
 
@@ -104,10 +104,14 @@ function readReceipt(bytes, module, layout) {
 function readFindings(bytes, module, record) {
   const texts = textsOf(bytes, module);
   const findings = [];
+  const places = new Map(); // by key
   for (let i = 0; i + FINDING_TEXTS <= texts.length; i += FINDING_TEXTS) {
     const [severity, rule, key, offset, message, source, date] = texts.slice(i, i + FINDING_TEXTS);
     const finding = { severity: SEVERITIES[severity], rule, key, message };
-    if (offset !== '') finding.offset = indexOfByte(record.get(key), Number(offset));
+    if (offset !== '') {
+      if (!places.has(key)) places.set(key, placesIn(record.get(key)));
+      finding.offset = places.get(key)(Number(offset));
+    }
     if (source !== '') Object.assign(finding, { source, date });
     findings.push(finding);
   }

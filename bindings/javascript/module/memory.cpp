@@ -1,5 +1,5 @@
 // Copying bytes, with the vectors of WebAssembly: the C library's own loops, with those of
-// search.cpp, take a quarter of a receipt's time. of a receipt's time.
+// search.cpp, take a quarter of a receipt's time.
 #include <wasm_simd128.h>
 
 #include <cstddef>

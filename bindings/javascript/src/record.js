@@ -111,15 +111,23 @@ export function refuseCharacters(texts, from) {
   }
 }
 
-// Where a place in bytes of UTF-8 is in the text, in UTF-16 units.
-export function indexOfByte(text, offset) {
+// Tells of places in bytes of UTF-8 where they are in the text, in UTF-16 units. Each is sought from the
+// one before, for the findings of a large value come in about its order.
+export function placesIn(text) {
   let bytes = 0;
   let index = 0;
-  for (const character of text) {
-    if (bytes >= offset) break;
-    const code = character.codePointAt(0);
-    bytes += code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
-    index += character.length;
-  }
-  return index;
+  return (offset) => {
+    while (bytes < offset && index < text.length) {
+      const code = text.codePointAt(index);
+      bytes += code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+      index += code < 0x10000 ? 1 : 2;
+    }
+    while (bytes > offset) {
+      const unit = text.charCodeAt(index - 1);
+      const isPair = (unit & 0xfc00) === 0xdc00;
+      bytes -= unit < 0x80 ? 1 : unit < 0x800 ? 2 : isPair ? 4 : 3;
+      index -= isPair ? 2 : 1;
+    }
+    return index;
+  };
 }

@@ -160,6 +160,16 @@ test('the place of a finding is an index into the text', () => {
   assert.match(finding.source, /PCI/);
 });
 
+test('the places of many findings are found in proportion to the text', () => {
+  const text = `[${Array(20_000).fill('{"name":"","é😀":""}').join(',')}]`;
+  const begin = performance.now();
+  const begins = { 'member-unknown': '"é😀"', 'entry-without-name': '{"name"' };
+  const found = check({ line_items: text }).filter(({ rule }) => Object.hasOwn(begins, rule));
+  assert.ok(performance.now() - begin < 10_000);
+  assert.equal(found.length, 40_000);
+  assert.ok(found.every(({ rule, offset }) => text.startsWith(begins[rule], offset)));
+});
+
 test('the environment of a renderer is its own', () => {
   const { record } = sample('chip-credit-sale');
   const options = { form: 'plain', width: 32, language: 'de' };

@@ -179,8 +179,8 @@ void keep_finding(void *info, const Qel_rcpt_finding_t *found)
                                                           found->source, found->date});
 }
 
-// Counts the characters of the record's values in front of findings. Findings of one value mostly
-// come in its order, so each goes on where the one before it was.
+// Counts the characters of the record's values in front of findings. Findings of one value come in
+// about its order, so each is sought from where the one before it was.
 class place_counter
 {
   public:
@@ -193,11 +193,14 @@ class place_counter
             Py_INCREF(Py_None);
             return object(Py_None);
         }
-        if (found.key != key_ || found.offset < offset_)
+        if (found.key != key_)
             *this = place_counter(record_, found.key);
-        const std::string_view passed = value_.substr(offset_, found.offset - offset_);
-        characters_ += std::ranges::count_if(
-            passed, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; });
+        const auto &[first, last] = std::minmax(offset_, found.offset);
+        const std::ptrdiff_t between =
+            std::ranges::count_if(value_.substr(first, last - first), [](char byte) {
+                return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
+            });
+        characters_ += found.offset < offset_ ? -between : between;
         offset_ = found.offset;
         return owned(PyLong_FromSsize_t(characters_));
     }

@@ -4,6 +4,7 @@ import dataclasses
 import json
 import os
 import subprocess
+import time
 from typing import Any, Dict, List
 
 import pytest
@@ -30,6 +31,16 @@ def test_findings_are_those_of_the_command(sample: Sample) -> None:
     wanted = sorted((one["rule"], one["severity"], one["message"]) for one in told)
     found = qelrcpt.check(sample.record, form, **sample.options)
     assert sorted((one.rule, one.severity, one.message) for one in found) == wanted
+
+
+def test_places_of_many_findings_are_found_in_proportion_to_the_text() -> None:
+    text = "[" + ",".join(['{"name":"","é😀":""}'] * 100_000) + "]"
+    begins = {"member-unknown": '"é😀"', "entry-without-name": '{"name"'}
+    before = time.process_time()
+    found = [one for one in qelrcpt.check({"line_items": text}) if one.rule in begins]
+    assert time.process_time() - before < 10
+    assert len(found) == 200_000
+    assert all(text.startswith(begins[one.rule], one.offset) for one in found)
 
 
 def test_findings() -> None:

@@ -25,6 +25,7 @@ SALE = {"action": "sale", "amount": "12.34", "code": "AUTH", "timestamp": "17735
         ({"language": "fr", "country": "CA", "currency": "cad"}, "12.34$", "12.34$"),
         ({"country": "USA", "time_zone": "UTC"}, "03/14/26", "03/14/26"),
         ({"country": "276", "time_zone": "UTC"}, "14/03/26", "14/03/26"),
+        ({"country": "00840", "time_zone": "UTC"}, "03/14/26", "03/14/26"),
         ({"time_zone": "America/Toronto"}, "11:41:07", "11:41:07"),
         ({"time_zone": ZoneInfo("Asia/Tokyo")}, "00:41:07", "00:41:07"),
         ({"time_zone": timezone.utc}, "15:41:07", "15:41:07"),

@@ -228,7 +228,7 @@ def _code(option: str, value: Union[int, str], numbers: Mapping[str, int]) -> in
         raise TypeError(f"{option}: is of type {_kind(value)}, expected a str or an int")
     code = numbers.get(value.upper(), 0) if isinstance(value, str) else value
     if isinstance(value, str) and value.isascii() and value.isdigit():
-        code = int(value[:4])
+        code = int(value.lstrip("0")[:4] or "0")
     if not 1 <= code <= 999:
         raise ValueError(
             f"{option}: {value!r} is unknown, expected {listed(numbers)}, or a number from 1 to 999"
