@@ -175,6 +175,16 @@ TEST_F(Command, PutsTheRecordIntoThePage)
         given({"--merchant", shop, "--set", "custref=\"7\"", "--merchant-lang=it", "--form=html",
                "--copy=merchant", "--country=GB"},
               R"({"auth": "1", "line_items": [{"name": "a", "qty": 2}], "notes": "{no document"})");
+    EXPECT_EQ(given({"--set=auth=1"}, R"({"custref": "{}", "moneris_rcpt_data": "{\"policy\": 1}",
+                  "line_items": "[] // none"})")["text"],
+              R"({
+  "custref": "{}",
+  "moneris_rcpt_data": "{\"policy\": 1}",
+  "line_items": [] // none
+,
+  "auth": "1"
+}
+)");
     const auto record = nlohmann::json::parse(completed["text"].get<std::string>());
     EXPECT_EQ(record, nlohmann::json::parse(R"({"auth": "1", "notes": "{no document",
         "line_items": [{"name": "a", "qty": "2"}], "merch_phone": "1 < 2", "custref": "\"7\""})"));

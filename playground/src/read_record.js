@@ -55,9 +55,11 @@ class Reader {
     const begin = this.at;
     const opening = this.text.slice(begin, begin + 2);
     if (opening !== '//' && opening !== '/*') this.fail("Unexpected '/', expected a comment to begin with // or /*");
-    const end = this.text.indexOf(opening === '//' ? '\n' : '*/', begin + 2);
-    if (end < 0 && opening === '/*') this.fail('Comment without an end, expected */', begin, begin + 2);
-    this.at = end < 0 ? this.text.length : end + (opening === '//' ? 1 : 2);
+    const ending = opening === '//' ? /[\r\n]/g : /\*\//g;
+    ending.lastIndex = begin + 2;
+    const isEnded = ending.test(this.text);
+    if (!isEnded && opening === '/*') this.fail('Comment without an end, expected */', begin, begin + 2);
+    this.at = isEnded ? ending.lastIndex : this.text.length;
   }
 
   // Takes the character when it comes next, after blanks.

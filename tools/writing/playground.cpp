@@ -2,6 +2,7 @@
 
 #include "writing/safe_text.h"
 
+#include <qel_rcpt_keys.hpp>
 #include <qel_rcpt_tables.hpp>
 #include <qelstdlib_json.hpp>
 
@@ -45,21 +46,39 @@ std::string json_text(std::string_view text)
     return json;
 }
 
-bool is_document(std::string_view value)
+// Which values a document has: the page makes texts of numbers, as the command does of those that
+// are nested in a file, and not of those in a text.
+struct values_handler : qel::json_handler {
+    void value(qel::json_kind kind, std::string_view /*text*/, size_t /*offset*/)
+    {
+        are_texts = are_texts && (kind == qel::json_kind::string || kind == qel::json_kind::null);
+    }
+    bool are_texts = true;
+};
+
+bool is_document(std::string_view key, std::string_view value)
 {
-    if (!value.starts_with('{') && !value.starts_with('['))
+    const size_t place = qel_rcpt::find_record_key(key);
+    const bool may_be = place < std::size(qel_rcpt::record_keys) &&
+                        qel_rcpt::record_keys[place].kind == qel_rcpt::key_kind::json;
+    if (!may_be || (!value.starts_with('{') && !value.starts_with('[')))
         return false;
-    qel::json_handler nobody;
-    return qel::json_reader(value, nobody).read().problem == qel::json_problem::none;
+    values_handler values;
+    return qel::json_reader(value, values).read().problem == qel::json_problem::none &&
+           values.are_texts;
 }
 
-// A key a line; documents as such.
+// A key a line; documents as such, on whose last line a comment may stand.
 std::string record_json(const Qel_hash_dict_t *record)
 {
     std::string json = "{";
     for (const auto [key, value] : qel::pairs(record)) {
         json.append(json.ends_with('{') ? "\n  " : ",\n  ").append(json_text(key)).append(": ");
-        json += is_document(value) ? value : json_text(value);
+        if (is_document(key, value))
+            json.append(value).append(
+                std::string_view(value).find("//") == std::string_view::npos ? "" : "\n");
+        else
+            json += json_text(value);
     }
     return json + "\n}\n";
 }
