@@ -262,21 +262,28 @@ class sentence_text
 
     void add_quoted(std::string_view value)
     {
-        const bool is_secret = find_card_number(value) != no_offset;
-        std::size_t quoted = 0;
+        std::string_view rest = value;
+        for (std::size_t quoted = 0; !rest.empty() && quoted < most_quoted; ++quoted)
+            rest.remove_prefix(first_character(rest).size);
+        const std::string_view shown = value.substr(0, value.size() - rest.size());
+        const bool is_secret = find_card_number(value) != no_offset || has_card_digits(shown);
         add('\'');
-        for (character chr; !value.empty() && quoted < most_quoted; ++quoted) {
-            chr = first_character(value);
-            const bool is_number = is_digit(value.front());
+        add_harmless(shown, is_secret);
+        add(rest.empty() ? piece("'") : piece("...'"));
+    }
+
+    void add_harmless(std::string_view shown, bool is_secret)
+    {
+        while (!shown.empty()) {
+            const character chr = first_character(shown);
             if (chr.is_broken || is_control(chr.code))
                 add('?');
-            else if (is_secret && is_number)
+            else if (is_secret && is_digit(shown.front()))
                 add('#');
             else
-                std::ranges::for_each(value.substr(0, chr.size), [&](char byte) { add(byte); });
-            value.remove_prefix(chr.size);
+                std::ranges::for_each(shown.substr(0, chr.size), [&](char byte) { add(byte); });
+            shown.remove_prefix(chr.size);
         }
-        add(value.empty() ? piece("'") : piece("...'"));
     }
 
     std::array<char, 512> text_{};

@@ -207,6 +207,10 @@ bool is_secret_name(std::string_view name);
 // Where a whole card number stands in the text, or no_offset.
 std::size_t find_card_number(std::string_view text);
 
+// Whether a card number is among the digits of the text, however they are written: what is next to
+// it or between its digits may make it none for find_card_number.
+bool has_card_digits(std::string_view text);
+
 // A field of rcpt_custom, its name and its value as they are written between their quotes.
 struct field {
     std::string_view name;

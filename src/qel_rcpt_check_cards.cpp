@@ -164,4 +164,17 @@ std::size_t find_card_number(std::string_view text)
     return no_offset;
 }
 
+bool has_card_digits(std::string_view text)
+{
+    digit_groups digits;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (!is_digit(text[at]))
+            continue;
+        digits.add(text[at], at, true);
+        if (digits.number_begin() != no_offset)
+            return true;
+    }
+    return false;
+}
+
 } // namespace qel_rcpt::check

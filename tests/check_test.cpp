@@ -439,6 +439,12 @@ TEST_F(Check, SaysNothingThatMustNotBeSaid)
         EXPECT_EQ(f.message.find("1111"), std::string::npos) << f.message;
         EXPECT_EQ(f.message.find('\x1B'), std::string::npos) << f.message;
     }
+    for (const char *code :
+         {"41111111111111112512", "0004111111111111111", "4111.1111/1111\n1111"}) {
+        const auto told = findings_of({{"action", "sale"}, {"code", code}});
+        ASSERT_NE(find(told, "result-unknown"), nullptr);
+        EXPECT_EQ(find(told, "result-unknown")->message.find("1111"), std::string::npos) << code;
+    }
 }
 
 } // namespace

@@ -26,6 +26,7 @@ describe('values', () => {
     ['{"a": [1.10, null, {"b": false, "c": "1"}]}', { a: '["1.10", null, {"b": "false", "c": "1"}]' }],
     ['{"a": "1", "a": "2"}', { a: '2' }],
     ['// card\n{"a": /* none */ "b"} // end', { a: 'b' }],
+    ['{ // card\r"a": "b"}', { a: 'b' }],
     ['{"config": {"lang": "fr"}, "record": {"a": 5}}', { a: '5' }],
     ['{"config": "x", "record": "y"}', { config: 'x', record: 'y' }],
     ['{"__proto__": "p", "constructor": "c"}', Object.fromEntries([['__proto__', 'p'], ['constructor', 'c']])],
