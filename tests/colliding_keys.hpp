@@ -49,6 +49,15 @@ inline std::vector<std::string> colliding_ascii_keys(std::size_t pairs)
     return keys;
 }
 
+// Short ones that are alike but for their middle, at which a quick hash would not look.
+inline std::vector<std::string> keys_with_same_ends(std::size_t count)
+{
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < count; ++i)
+        keys.push_back("beginnin" + std::to_string(1'000'000'000'000'000 + i) + "theirend");
+    return keys;
+}
+
 } // namespace test
 
 #endif

@@ -10,6 +10,8 @@
 #include <vector>
 
 #include <sys/random.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 static bool random_numbers_fail = false;
 
@@ -50,7 +52,7 @@ TEST(KeyHash, IsThePublishedOne)
     std::string text;
     for (const auto &[two_four, one_three] : published) {
         EXPECT_EQ((qel::sip_hasher<2, 4>{published_salt}(text)), two_four) << text.size();
-        EXPECT_EQ((qel::sip_hasher<1, 3>{published_salt}(text)), one_three) << text.size();
+        EXPECT_EQ(qel::key_hasher{published_salt}(text), one_three) << text.size();
         text.push_back(static_cast<char>(text.size()));
     }
 }
@@ -97,4 +99,20 @@ TEST(KeyHash, SaltsAreDrawnAnew)
     expect_others(known, qel::hash_salt::random());
     EXPECT_NE(known.first, 0U);
     random_numbers_fail = false;
+}
+
+TEST(KeyHash, EveryProcessHasItsOwn)
+{
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const std::uint64_t hash = qel::own_hasher()("key");
+        _exit(write(ends[1], &hash, sizeof hash) == sizeof hash ? 0 : 1);
+    }
+    close(ends[1]);
+    std::uint64_t other = 0;
+    EXPECT_EQ(read(ends[0], &other, sizeof other), static_cast<ssize_t>(sizeof other));
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_NE(qel::own_hasher()("key"), other);
 }

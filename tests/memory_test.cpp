@@ -132,4 +132,23 @@ TEST_F(Memory, EndsOrGivesTheWholeArchive)
     }
 }
 
+// The command itself, with more and more room until there is enough.
+TEST_F(Memory, EndsTheCommandWithAMessage)
+{
+    const std::string record =
+        write("record", R"({"order_notes": ")" + std::string(12'000'000, 'x') + "\"}");
+    const std::string out = write("out", "old");
+    const std::string err = (directory_ / "err").string();
+    int status = 1;
+    for (int kilobytes = 20'000; status == 1; kilobytes += 5'000) {
+        const std::string script = "ulimit -v " + std::to_string(kilobytes) +
+                                   "; exec " QELRCPT_COMMAND " -q -o " + out + " " + record +
+                                   " 2> " + err;
+        status = wait_for(start({"-c", script}, 0, 1, 2, "/bin/sh")).status;
+        EXPECT_EQ(read_file(err), status == 0 ? "" : "qelrcpt: out of memory\n");
+        EXPECT_EQ(read_file(out) == "old", status != 0);
+    }
+    EXPECT_EQ(status, 0);
+}
+
 } // namespace

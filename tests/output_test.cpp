@@ -185,6 +185,11 @@ TEST_F(Output, LeavesNothingBehindWhateverEndsIt)
     const fs::path left = fs::directory_iterator(directory_)->path();
     EXPECT_TRUE(left.filename().string().starts_with(".qelrcpt-")) << left;
     fs::remove(left);
+    { // nor is what was left behind in the way of another process of the same number
+        const tool::new_file one(path("receipt"), tool::new_file::name::beside);
+        const tool::new_file other(path("receipt"), tool::new_file::name::beside);
+        EXPECT_EQ(files_in(directory_), 2);
+    }
     const bool can_be_nameless = ::open(directory_.c_str(), O_TMPFILE | O_WRONLY, 0600) >= 0;
     end_by(SIGKILL, tool::new_file::name::none_if_possible);
     EXPECT_EQ(files_in(directory_), can_be_nameless ? 0 : 1);
