@@ -175,6 +175,8 @@ TEST_F(Command, TellsWhatIsWrongWithTheInputAndWhere)
             EXPECT_TRUE(has(made.err, word)) << made.err;
     }
     EXPECT_EQ(run({"no/such"}).err, "qelrcpt: no/such: No such file or directory\n");
+    EXPECT_EQ(run({"4111111111111111"}).err,
+              "qelrcpt: 411111******1111: No such file or directory\n");
     EXPECT_EQ(run({"/"}).err, "qelrcpt: /: Is a directory\n");
     EXPECT_TRUE(run({}, "{").err.starts_with("qelrcpt: <stdin>:1:2: "));
 }

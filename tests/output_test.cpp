@@ -145,9 +145,17 @@ TEST_F(Output, GivesAStrangersGroupNoMoreThanEverybody)
     if (!is_root())
         GTEST_SKIP() << "needs a file of somebody else";
     chmod(directory_.c_str(), 0777);
-    for (const auto &[old_mode, mode] :
-         {std::pair(0660U, 0600U), {0664U, 0644U}, {0626U, 0626U}, {0671U, 0611U}}) {
+    const struct {
+        mode_t old_mode, mode;
+        gid_t group;
+    } cases[] = {{0660, 0600, 0},
+                 {0664, 0644, 0},
+                 {0626, 0626, 0},
+                 {0671, 0611, 0},
+                 {0660, 0660, nobody}}; // the new group's, too
+    for (const auto &[old_mode, mode, group] : cases) {
         const std::string name = write("receipt", "old");
+        EXPECT_EQ(chown(name.c_str(), 0, group), 0);
         chmod(name.c_str(), old_mode);
         EXPECT_EQ(message_as_nobody([&] {
                       tool::output out(name);

@@ -1,5 +1,7 @@
 #include "checking/findings.h"
 
+#include "messages.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -84,8 +86,8 @@ void collect(void *info, const Qel_rcpt_finding_t *found)
     std::optional<size_t> offset;
     if (found->offset != QEL_RCPT_NO_OFFSET)
         offset = found->offset;
-    findings.push_back({found->severity, found->rule, found->key, place, offset, found->message,
-                        found->source, found->date});
+    findings.push_back({found->severity, found->rule, found->key, place, offset,
+                        masked(found->message), found->source, found->date});
 }
 
 } // namespace

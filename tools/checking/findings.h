@@ -24,7 +24,7 @@ struct finding {
     std::string key;
     std::optional<size_t> place;  // of the key in the text; absent where that does not have it
     std::optional<size_t> offset; // inside of the value
-    std::string message;
+    std::string message;          // masked
     std::string_view source;
     std::string_view date;
 };
