@@ -17,13 +17,13 @@ RENDERER = qelrcpt.Renderer(country="US", currency="USD", time_zone="America/Den
 def answer_to(line: str) -> Dict[str, str]:
     try:
         receipt = RENDERER.render(json.loads(line, parse_float=Decimal))
-    except (TypeError, ValueError) as fault:
+    except (TypeError, ValueError, RecursionError) as fault:
         return {"error": str(fault)}
     return {"customer": str(receipt.customer), "merchant": str(receipt.merchant)}
 
 
 def main() -> None:
-    for line in sys.stdin:
+    for line in open(sys.stdin.fileno(), encoding="utf-8", errors="surrogateescape"):
         print(json.dumps(answer_to(line)), flush=True)
 
 

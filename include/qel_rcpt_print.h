@@ -1,5 +1,6 @@
 /* Receipts for receipt printers: the blocks of a text receipt as the bytes that a printer prints.
  *
+ *     Qel_rcpt_strip_control(record);
  *     Qel_hash_dict_t *blocks = Qel_rcpt_generate_plain(record, &config, 42, "\n");
  *     const Qel_rcpt_printer_t printer = {0};
  *     Qel_rcpt_printed_t printed;
@@ -11,7 +12,9 @@
  * The lines are those of the blocks, one cell a character, with a blank line between two blocks;
  * commands are added only between and around them. No value of a record can become a command:
  * control characters in a text are printed as '?' or as a blank, and only the library's own bytes
- * are left below 0x20. docs/paper.md tells how to find out what a printer wants.
+ * are left below 0x20. A line feed in a value, though, has become a line break of its block by
+ * then, and a line of the record's own: Qel_rcpt_strip_control keeps it out. docs/paper.md tells
+ * how to find out what a printer wants.
  *
  * The conventions of qel_rcpt.h on threads and memory apply.
  */

@@ -26,7 +26,7 @@ def loaded(name: str) -> ModuleType:
 
 def run(name: str, given: str = "") -> str:
     command = [sys.executable, "-B", str(EXAMPLES / name)]
-    done = subprocess.run(command, input=given.encode(), stdout=subprocess.PIPE, check=True)
+    done = subprocess.run(command, input=given.encode(errors="surrogateescape"), stdout=subprocess.PIPE, check=True)
     return done.stdout.decode()
 
 
@@ -39,14 +39,16 @@ def test_receipt() -> None:
 
 def test_lines_answer_lines() -> None:
     sale = named("void.json").record
-    lines = [json.dumps(sale), '{"amount": }', '{"amount": 1.005}', '["sale"]', json.dumps(sale)]
+    deep = '{"line_items": ' + "[" * 100_000
+    lines = [json.dumps(sale), '{"amount": }', '{"amount": 1.005}', '["sale"]', json.dumps(sale),
+             deep, '{"custref": "\udcff"}']  # fmt: skip
     answers = [json.loads(line) for line in run("receipt_lines.py", "\n".join(lines)).splitlines()]
     wanted = qelrcpt.render(sale, time_zone="America/Denver")
     assert answers[0] == answers[4] == {
         "customer": str(wanted.customer), "merchant": str(wanted.merchant)
     }  # fmt: skip
-    faults = [list(answer) for answer in answers[1:4]]
-    assert faults == [["error"]] * 3 and "'amount'" in answers[2]["error"]
+    faults = [list(answer) for answer in answers[1:4] + answers[5:]]
+    assert faults == [["error"]] * 5 and "'amount'" in answers[2]["error"]
 
 
 def test_frames_as_spark_hands_them_over() -> None:
