@@ -7,6 +7,10 @@ const ORDER = ['error', 'warning', 'note'];
 // What the editor calls them.
 const SEVERITIES = { error: 'error', warning: 'warning', note: 'info' };
 
+const rank = ({ severity }) => ORDER.indexOf(severity);
+
+export const worstFirst = (findings) => findings.toSorted((a, b) => rank(a) - rank(b));
+
 // Findings of the check with their places in the text: at the character, or the key with its value; what
 // the record lacks stands at its beginning.
 export function located(findings, text, { members, begin }) {
@@ -53,15 +57,16 @@ export class Findings {
     Object.assign(this, { list, totals, badge, showPlace: show, lineAt });
   }
 
-  // Worst first, then as they stand in the text.
-  show(findings) {
+  // Worst first, then as they stand in the text; how many more there are is told.
+  show(findings, more = 0) {
     const sorted = findings.toSorted((a, b) =>
-      ORDER.indexOf(a.severity) - ORDER.indexOf(b.severity) || Boolean(a.isMissing) - Boolean(b.isMissing) || a.from - b.from);
+      rank(a) - rank(b) || Boolean(a.isMissing) - Boolean(b.isMissing) || a.from - b.from);
     const rows = sorted.map((finding) => ({ finding, place: this.placeOf(finding) }));
-    const seen = JSON.stringify(rows);
+    const seen = JSON.stringify([rows, more]);
     if (seen === this.seen) return;
     this.seen = seen;
     this.list.replaceChildren(...rows.map((row) => this.item(row)));
+    if (more > 0) this.list.append(element('li', { className: 'more' }, `${more} more are not shown.`));
     const counts = ORDER.map((severity) => [severity, count(findings, severity)]).filter(([, text]) => text !== '');
     this.totals.replaceChildren(...(counts.length === 0 ? ['The check finds nothing wrong.'] : counts.map(([severity, text]) => {
       const total = element('span', {}, text);

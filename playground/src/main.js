@@ -6,7 +6,7 @@ import { Card, FORMS } from './cards.js';
 import { byId, element } from './dom.js';
 import { Width } from './edge.js';
 import { Editor } from './editor.js';
-import { diagnosticsOf, Findings, located, repeated } from './findings.js';
+import { diagnosticsOf, Findings, located, repeated, worstFirst } from './findings.js';
 import { fromFragment, toFragment } from './link.js';
 import { PrinterSettings } from './printer_settings.js';
 import { jsonOfLines, readRecord, TextFault } from './read_record.js';
@@ -16,6 +16,7 @@ const FIRST_SAMPLE = 'restaurant-ten-items.json';
 const COPIES = [['customer', 'Customer'], ['merchant', 'Merchant'], ['both', 'Both']];
 const ARRANGEMENTS = [['one', 'One'], ['all', 'Side by side']];
 const SIDE_BY_SIDE = ['plain', 'html', 'json'];
+const MOST_FINDINGS = 200; // that are shown: a browser has no room for any number of them
 const THEMES = [['light dark', 'System'], ['light', 'Light'], ['dark', 'Dark']];
 
 const state = { forms: ['plain'], arrangement: 'one', copies: 'both' };
@@ -86,11 +87,10 @@ function showReceipts(read) {
 }
 
 // The check of the form that is shown; of the general ones where there are several.
-function findingsOf(read, text) {
+function findingsOf(read) {
   const form = state.forms.every((name) => name.startsWith('moneris')) ? state.forms[0] : 'plain';
   const found = check(read.record, { ...merchantOptions(read), form });
-  const all = [...found.map(({ offset, ...finding }) => ({ ...finding, index: offset })), ...repeated(read)];
-  return located(all, text, read);
+  return worstFirst([...found.map(({ offset, ...finding }) => ({ ...finding, index: offset })), ...repeated(read)]);
 }
 
 function faultOf(fault) {
@@ -114,12 +114,13 @@ function update() {
   byId('chosen').textContent = settings.summary;
   try {
     const read = readRecord(text);
-    const found = findingsOf(read, text);
+    const all = findingsOf(read);
+    const found = located(all.slice(0, MOST_FINDINGS), text, read);
     showReceipts(read);
     byId('stale').hidden = true;
     desk.classList.remove('is-stale');
     editor.mark(diagnosticsOf(found));
-    findings.show(found);
+    findings.show(found, all.length - found.length);
   } catch (fault) {
     showFault(faultOf(fault));
   }

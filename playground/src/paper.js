@@ -30,7 +30,7 @@ class Printer {
 
   text(length) {
     const bytes = this.bytes.subarray(this.at, (this.at += length));
-    return new TextDecoder().decode(bytes);
+    return new TextDecoder('utf-8', { ignoreBOM: true }).decode(bytes);
   }
 
   word() {

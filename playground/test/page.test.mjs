@@ -212,6 +212,14 @@ describe('typing', () => {
     assert.match(await page.$eval('.cm-activeLine', (node) => node.textContent), /1,234\.50/);
   });
 
+  test('any number of findings is told of, and the worst are listed', async () => {
+    await write(`{${'"a":1,'.repeat(5000)}"amount":"x"}`);
+    const rows = await page.$$eval('#findings li', (nodes) => nodes.map((node) => node.textContent));
+    assert.equal(rows.length, 201);
+    assert.ok(rows.some((row) => row.includes('amount-unreadable')), rows[0]);
+    assert.match(rows[200], /^4\d{3} more are not shown/);
+  });
+
   test('keys are offered with their meaning', async () => {
     await write('{\n  \n}');
     await page.keyboard.press('ArrowUp');
