@@ -17,7 +17,7 @@ public sealed class Receipts {
 
     /// <summary>The answer to a record, both one line of JSON.</summary>
     public string Render(string record) {
-        if (string.IsNullOrWhiteSpace(record) || record.Contains("\n"))
+        if (record == null || !record.StartsWith("{", StringComparison.Ordinal) || record.Contains("\n"))
             throw new FormatException("expected a record in one line");
         string answer;
         lock (command) answer = Ask(record, true);

@@ -23,7 +23,7 @@ type Receipts struct {
 func (r *Receipts) Render(record string) (answer string, err error) {
 	r.mutex.Lock()
 	defer r.mutex.Unlock()
-	if strings.TrimSpace(record) == "" || strings.Contains(record, "\n") {
+	if !strings.HasPrefix(record, "{") || strings.Contains(record, "\n") {
 		err = errors.New("expected a record in one line")
 	} else if answer, err = r.ask(record); err != nil {
 		answer, err = r.ask(record) // of a new one; when that dies too, the record may be why
