@@ -67,6 +67,9 @@ TEST_F(Command, ReportsFindingsAsData)
     EXPECT_FALSE(first.contains("source"));
     const auto none = run({"--check", "--output=json", "--rule=unknown-key"}, "amount=1");
     EXPECT_EQ(none.out, "[]\n");
+    const result card = run({"--check", "--output=json"}, "amount=1\n4111111111111111=1\n");
+    EXPECT_TRUE(has(card.out, R"("key": "411111******1111")")) << card.out;
+    EXPECT_FALSE(has(card.out, "4111111111111111")) << card.out;
     const auto missing = nlohmann::json::parse(
         run({"--check", "--output=json", "--rule=merchant-name-missing"}, "amount=1").out);
     EXPECT_FALSE(missing[0].contains("line"));

@@ -86,7 +86,7 @@ void collect(void *info, const Qel_rcpt_finding_t *found)
     std::optional<size_t> offset;
     if (found->offset != QEL_RCPT_NO_OFFSET)
         offset = found->offset;
-    findings.push_back({found->severity, found->rule, found->key, place, offset,
+    findings.push_back({found->severity, found->rule, masked(found->key), place, offset,
                         masked(found->message), found->source, found->date});
 }
 
@@ -133,8 +133,8 @@ std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_
     for (const member_place &member : file.repeated) {
         if (is_chosen(repeated_key, options))
             collected.findings.push_back(
-                {QEL_RCPT_SEVERITY_WARNING, repeated_key, member.key, member.offset, std::nullopt,
-                 "the record has this key again; the later value counts", "", ""});
+                {QEL_RCPT_SEVERITY_WARNING, repeated_key, masked(member.key), member.offset,
+                 std::nullopt, "the record has this key again; the later value counts", "", ""});
     }
     return std::move(collected.findings);
 }

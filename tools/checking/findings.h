@@ -20,8 +20,8 @@ namespace tool
 
 struct finding {
     Qel_rcpt_severity_t severity;
-    std::string_view rule; // all views are constants
-    std::string key;
+    std::string_view rule;        // all views are constants
+    std::string key;              // masked, as a card number may stand where a key should
     std::optional<size_t> place;  // of the key in the text; absent where that does not have it
     std::optional<size_t> offset; // inside of the value
     std::string message;          // masked

@@ -59,7 +59,7 @@ struct values_handler : qel::json_handler {
 bool is_document(std::string_view key, std::string_view value)
 {
     const size_t place = qel_rcpt::find_record_key(key);
-    const bool may_be = place < std::size(qel_rcpt::record_keys) &&
+    const bool may_be = place < qel_rcpt::num_record_keys &&
                         qel_rcpt::record_keys[place].kind == qel_rcpt::key_kind::json;
     if (!may_be || (!value.starts_with('{') && !value.starts_with('[')))
         return false;
