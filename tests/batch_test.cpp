@@ -343,6 +343,9 @@ TEST_F(Batch, NeverLetsAValueActOnTheTerminal)
     wait_for(start({"-q", "--raw", "-o", out, file}, 0, 1, 2));
     EXPECT_TRUE(has(read_file(out), "A\x1b[2JB\x07"));
     EXPECT_TRUE(has(run({"-q", file}).out, "A?[2JB?C?31MD?E F"));
+    const std::string name = R"({"merch_name": ")" + escaped + "\"}";
+    for (const char *form : {"plain", "moneris", "moneris-ecomm"})
+        EXPECT_TRUE(has(run({"-q", "--form", form}, name).out, "A?[2JB?C?31MD?E F")) << form;
     const auto lines = lines_of(run({"-q", "--raw", file}).out);
     EXPECT_TRUE(has(lines[0]["blocks"]["cust_reference"], "A\x1b[2JB\x07"
                                                           "C\u009b31MD\x7f"))

@@ -53,7 +53,9 @@ std::int32_t Qel_time_host_offset(const char *name, std::int64_t time)
 {
     if (*name == '\0')
         return local_offset(time);
-    const std::string path = std::string("/usr/share/zoneinfo/") + name;
+    const char *const folder = std::getenv("TZDIR");
+    const std::string path =
+        std::string(folder != nullptr ? folder : "/usr/share/zoneinfo") + '/' + name;
     struct stat file {
     };
     if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode))

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <unistd.h>
 
 namespace
 {
@@ -157,6 +159,18 @@ TEST(Time, OnlyNamesOfTheDatabaseAreLoaded)
                "tzdata.zi", long_name.c_str()})
         EXPECT_EQ(Qel_time_tz_load(name), nullptr) << name;
     Qel_time_tz_destroy(nullptr);
+
+    // Where there is a file of that name.
+    const std::filesystem::path folder = testing::TempDir() + std::to_string(getpid());
+    std::filesystem::create_directory(folder);
+    setenv("TZDIR", folder.c_str(), 1);
+    for (const auto &[len, is_loaded] : {std::pair(64, true), {65, false}}) {
+        const std::string file(static_cast<std::size_t>(len), 'x');
+        std::filesystem::copy("/usr/share/zoneinfo/Asia/Tokyo", folder / file);
+        EXPECT_EQ(qel::time_tz(Qel_time_tz_load(file.c_str())) != nullptr, is_loaded) << len;
+    }
+    unsetenv("TZDIR");
+    std::filesystem::remove_all(folder);
 }
 
 std::size_t allocated()
