@@ -6,15 +6,18 @@
 #include "processes.hpp"
 #include "reading/record_file.h"
 #include "writing/forms.h"
+#include "writing/new_file.h"
 #include "writing/output.h"
 #include "writing/render.h"
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 
 #include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace
 {
@@ -130,6 +133,49 @@ TEST_F(Memory, EndsOrGivesTheWholeArchive)
         ASSERT_EQ(files_in(directory_), 4) << number;
         std::ofstream(options.output_file) << "old";
     }
+}
+
+// A file that has a name from its beginning.
+TEST_F(Memory, LeavesNoFileBehind)
+{
+    const auto run = [&] {
+        const tool::new_file file((directory_ / "receipts").string(), tool::new_file::name::beside);
+        failing_allocations::begin(1, true);
+        Qel_list_str_destroy(Qel_list_str_create(0));
+        return 0;
+    };
+    EXPECT_EQ(with_failure(1'000'000, false, run).status, 1);
+    EXPECT_EQ(files_in(directory_), 2); // what it said
+}
+
+// One thread writes into a pipe that is full when there is no memory for another.
+TEST_F(Memory, FinishesTheLineThatIsBeingWritten)
+{
+    const std::string line(1'000'000, 'x');
+    channel out = make_pipe(true);
+    channel ready = make_pipe(true);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(longest_run);
+        dup2(out.theirs.get(), STDOUT_FILENO);
+        close(STDERR_FILENO);
+        tool::prepare_for_out_of_memory();
+        const tool::output output("");
+        const std::jthread writing([&] { output.write(line); });
+        for (int waiting = 0; waiting < 1 << 16;)
+            ioctl(out.ours.get(), FIONREAD, &waiting);
+        failing_allocations::begin(1, true);
+        ready.theirs.write("!");
+        Qel_list_str_destroy(Qel_list_str_create(0));
+        _exit(0);
+    }
+    out.theirs.close();
+    ready.theirs.close();
+    ready.ours.read("!");
+    while (has(read_file("/proc/" + std::to_string(child) + "/stat"), ") R "))
+        std::this_thread::yield();
+    EXPECT_EQ(out.ours.read().size(), line.size());
+    EXPECT_EQ(wait_for(child).status, 1);
 }
 
 // The command itself, with more and more room until there is enough.
