@@ -18,6 +18,13 @@ using qel_rcpt::is_digit;
 namespace
 {
 
+constexpr ptrdiff_t fewest_digits = 8; // what has fewer is no card's
+
+ptrdiff_t count_digits(std::string_view text)
+{
+    return std::ranges::count_if(text, is_digit);
+}
+
 bool is_control(char byte)
 {
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
@@ -34,14 +41,13 @@ bool is_letter(char byte)
 size_t track_at(std::string_view text)
 {
     constexpr size_t longest = 128;
-    constexpr ptrdiff_t least_digits = 8; // what has fewer is no card's
     const bool begins = text.size() > 1 && ((text[0] == '%' && is_letter(text[1])) ||
                                             (text[0] == ';' && is_digit(text[1])));
     if (!begins)
         return 0;
     const std::string_view track = text.substr(0, longest);
     const size_t last = track.find('?');
-    if (std::ranges::count_if(track.substr(0, last), is_digit) < least_digits)
+    if (count_digits(track.substr(0, last)) < fewest_digits)
         return 0;
     return last == std::string_view::npos ? text.size() : last + 1;
 }
@@ -78,7 +84,7 @@ void mask_number(std::string_view number, std::string &shown)
 {
     constexpr ptrdiff_t first_shown = 6;
     constexpr ptrdiff_t last_shown = 4;
-    const ptrdiff_t count = std::ranges::count_if(number, is_digit);
+    const ptrdiff_t count = count_digits(number);
     ptrdiff_t digit = 0;
     for (const char byte : number) {
         const bool is_hidden = is_digit(byte) && digit >= first_shown && digit < count - last_shown;
@@ -92,6 +98,8 @@ void mask_number(std::string_view number, std::string &shown)
 std::string masked(std::string_view text)
 {
     constexpr size_t least_hidden = 12;
+    if (count_digits(text) < fewest_digits) // as in nearly all that is said
+        return std::string(text);
     std::string shown;
     for (size_t size = 1; !text.empty(); text.remove_prefix(size)) {
         size = 1;
