@@ -53,7 +53,6 @@ class emphasis
     using line_styles = std::span<line_style>;
 
     void mark_merchant(text_lines lines, line_styles styles) const;
-    // NOLINTNEXTLINE(readability-convert-member-functions-to-static): the others need the receipt
     void mark_type(text_lines lines, line_styles styles) const;
     void mark_reference(text_lines lines, line_styles styles) const;
     void mark_money(text_lines lines, line_styles styles) const;

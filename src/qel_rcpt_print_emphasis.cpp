@@ -235,6 +235,8 @@ void qel_rcpt::emphasis::mark_merchant(text_lines lines, line_styles styles) con
         count == 1 ? line_style::bold_tall : line_style::bold);
 }
 
+// One of a table, of which the others need the receipt.
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static)
 void qel_rcpt::emphasis::mark_type(text_lines /*lines*/, line_styles styles) const
 {
     std::ranges::fill(styles, line_style::bold);
