@@ -1,10 +1,38 @@
-# A manual page for each function of a header, made from its declaration and the comment above:
+# A manual page for each function of a header, made from its declaration and the comment above,
+# after that of its section (one by itself) where this says more than a title:
 # awk -v folder=FOLDER -v see=PAGE -f manual_pages.awk HEADER
 
 function escaped(text) {
   gsub(/\\/, "\\e", text)
   gsub(/-/, "\\-", text)
   return text ~ /^[.']/ ? "\\&" text : text
+}
+
+# Ends the argument or the example that the comment is in, and begins another or a paragraph.
+function begin(next_shape) {
+  if (shape == "example")
+    comment = comment ".fi\n.RE\n"
+  if (next_shape == "example")
+    comment = comment ".RS\n.nf\n"
+  else if (next_shape == "paragraph" && comment != "")
+    comment = comment ".PP\n"
+  shape = next_shape
+}
+
+# An argument is indented by two, its name apart from what it is, and examples by four.
+function add_line(line) {
+  if (match(line, /^  [^ ]+( [^ ]+)*  /)) {
+    begin("argument")
+    comment = comment ".TP\n.I " escaped(substr(line, 3, RLENGTH - 4)) "\n"
+    line = substr(line, RLENGTH + 1)
+  } else if (line == "" || (line ~ /^[^ ]/ && shape != "paragraph")) {
+    begin("paragraph")
+  } else if (line ~ /^    / && shape == "paragraph") {
+    begin("example")
+  }
+  sub(/^ +/, "", line)
+  if (line != "")
+    comment = comment escaped(line) "\n"
 }
 
 function write_page(declaration, name, file) {
@@ -18,7 +46,7 @@ function write_page(declaration, name, file) {
   printf ".TH %s 3 \"\" \"qelrcpt\" \"Library Functions\"\n.SH NAME\n", toupper(name) >file
   printf "%s \\- function of %s\n.SH SYNOPSIS\n.nf\n", name, header >file
   printf ".B #include <%s>\n.fi\n.PP\n.B %s;\n", header, escaped(declaration) >file
-  printf ".SH DESCRIPTION\n%s", comment >file
+  printf ".SH DESCRIPTION\n%s%s%s", section, section == "" ? "" : ".PP\n", comment >file
   printf ".SH SEE ALSO\n.BR %s (3)\n", see >file
   close(file)
 }
@@ -28,18 +56,25 @@ FNR == 1 {
   sub(/.*\//, "", header)
 }
 
-/^$/ { comment = "" }
+/^$/ {
+  if (comment_ended)
+    section = comment ~ /\.\n$/ ? comment : ""
+  comment = ""
+}
 
-/^\/\*/ { in_comment = 1; comment = "" }
+{ comment_ended = 0 }
+
+/^\/\*/ { in_comment = 1; comment = ""; shape = "" }
 
 in_comment {
-  is_end = $0 ~ /\*\//
   line = $0
+  comment_ended = sub(/ *\*\/.*$/, "", line)
+  in_comment = !comment_ended
   sub(/^ ?\/?\*+ ?/, "", line)
-  sub(/ *\*\/.*$/, "", line)
-  comment = comment (line == "" ? ".PP" : escaped(line)) "\n"
-  if (is_end)
-    in_comment = 0
+  if (in_comment || line != "")
+    add_line(line)
+  if (!in_comment)
+    begin("")
   next
 }
 

@@ -143,10 +143,10 @@ typedef struct Qel_rcpt_printed {
 /* New bytes that print one copy, to be released with Qel_free; they may hold NULs. Absent when that
  * cannot be done, for the reason that *printed has.
  *   blocks       of a plain or Moneris receipt, or text of one's own under such keys. A line ends
- * at
- *                "\n", "\r\n" or "\r", so a generator's line break has to be one of these.
+ *                at "\n", "\r\n" or "\r", so a generator's line break has to be one of these.
  *   kvs          the record of which they were made: the source of the barcode and of the
- * merchant's name. Absent: no barcode, and the merchant's first line counts as the name.
+ *                merchant's name. Absent: no barcode, and the merchant's first line counts as the
+ *                name.
  *   is_custcopy  which copy
  *   printer      absent counts as all zero
  *   printed      absent: nothing is told, not even the length

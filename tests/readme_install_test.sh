@@ -59,6 +59,7 @@ expect_receipt "$work/cmake/build/app"
 cat "$source"/tests/exports/*.txt | while read -r name; do
   [ -s "$HOME/.local/share/man/man3/$name.3" ] || { echo "$name has no manual page"; exit 1; }
 done
+grep -q 'released by Qel_hash_dict_destroy' "$HOME/.local/share/man/man3/Qel_rcpt_generate_xml.3"
 if command -v groff >/dev/null; then
   warnings=$(for page in "$HOME"/.local/share/man/man3/*.3; do groff -K utf8 -man -ww -z -Tutf8 "$page" 2>&1; done)
   [ -z "$warnings" ] || { echo "$warnings"; exit 1; }
