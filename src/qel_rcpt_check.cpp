@@ -1,6 +1,8 @@
 // The check of a record: what its rules ask about it, and the report of what they find.
 #include "qel_rcpt_check.hpp"
 
+#include "qel_rcpt_outcome.hpp"
+
 #include <algorithm>
 #include <iterator>
 
@@ -175,14 +177,14 @@ outcome subject::find_outcome() const
         outcome result;
     };
     static constexpr meaning meanings[] = {
-        {QEL_RCPT_MSG_APPROVED, outcome::approved},
-        {QEL_RCPT_MSG_PARTIAL_APPROVAL, outcome::approved},
         {QEL_RCPT_MSG_VOIDED, outcome::voided},
         {QEL_RCPT_MSG_CANCELED, outcome::canceled},
         {QEL_RCPT_MSG_DECLINE_CALL, outcome::declined},
         {QEL_RCPT_MSG_NOT_APPROVED, outcome::declined},
         {QEL_RCPT_MSG_DECLINED, outcome::declined},
     };
+    if (qel_rcpt::is_approved(kvs_))
+        return outcome::approved;
     const char *stated = Qel_rcpt_get_result(kvs_, QEL_RCPT_LANG_EN);
     for (const auto &[message, result] : meanings) {
         if (stated == Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, message))

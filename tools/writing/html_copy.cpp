@@ -1,6 +1,7 @@
 #include "writing/html_copy.h"
 
 #include <qel_rcpt_int.h>
+#include <qel_rcpt_outcome.hpp>
 #include <qel_rcpt_tables.hpp>
 #include <qelstdlib_formats.h>
 
@@ -75,13 +76,6 @@ std::string entry_mode_of(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang)
     return "";
 }
 
-bool is_approved(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang)
-{
-    const char *result = Qel_rcpt_get_result(record, lang);
-    return Qel_str_eq(result, Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_APPROVED)) ||
-           Qel_str_eq(result, Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_PARTIAL_APPROVAL));
-}
-
 } // namespace
 
 html_copy render_html_copy(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, layout layout)
@@ -94,7 +88,7 @@ html_copy render_html_copy(Qel_hash_dict_t *record, const Qel_rcpt_config_t &con
             .title = as_html(title_of(record, lang, is_customer_copy)),
             .signature = as_html(Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_SIGNATURE)),
             .entry_mode = as_html(entry_mode_of(record, lang)),
-            .is_approved = is_approved(record, lang)};
+            .is_approved = qel_rcpt::is_approved(record)};
 }
 
 std::string as_html(const std::string &text)

@@ -5,7 +5,7 @@
 // each way, whatever its record holds.
 #include <qel_rcpt.h>
 #include <qel_rcpt_check.h>
-#include <qel_rcpt_int.h>
+#include <qel_rcpt_outcome.hpp>
 #include <qel_rcpt_print.h>
 #include <qelstdlib.hpp>
 
@@ -187,14 +187,6 @@ void add_text(const char *text)
     result_of_call.append(text).push_back('\0');
 }
 
-bool is_approved(const transaction &made)
-{
-    const Qel_rcpt_lang_t lang = made.config().cust_lang;
-    const char *const result = Qel_rcpt_get_result(made.record(), lang);
-    return Qel_str_eq(result, Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_APPROVED)) ||
-           Qel_str_eq(result, Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_PARTIAL_APPROVAL));
-}
-
 // What is kept between calls does not stay as large as the largest receipt ever made.
 void release_if_large(std::string &text)
 {
@@ -335,7 +327,7 @@ MODULE_EXPORT(render) std::uint32_t module_render()
 {
     return answer([](const transaction &made) {
         const qel::dict blocks = wanted_blocks(made);
-        add_text(is_approved(made) ? "1" : "0");
+        add_text(qel_rcpt::is_approved(made.record()) ? "1" : "0");
         for (const auto [key, text] : qel::pairs(blocks.get()))
             result_of_call.append(key).push_back(',');
         add_text("");
