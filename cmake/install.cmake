@@ -21,6 +21,11 @@ install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
 install(DIRECTORY docs examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development
   PATTERN node_modules EXCLUDE PATTERN dist EXCLUDE)
+foreach(described bindings/python bindings/javascript playground) # the documents refer to them
+  install(FILES ${described}/README.md
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev/${described}
+    COMPONENT qelrcpt_development)
+endforeach()
 if(QELRCPT_TOOLS)
   # zsh looks for what packages bring apart from what was installed by hand.
   if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")

@@ -11,8 +11,8 @@
 //         std::cout << text << '\n';
 //
 // Nothing here throws but std::bad_alloc, and std::invalid_argument for an unknown time zone. A
-// text that is put in ends at its first NUL. Between the begin and the end of the session, any
-// number of threads may render at once, each from records that no thread changes.
+// text that is put in ends at its first NUL. Any number of threads may render at once, each from
+// records that no thread changes.
 #ifndef QEL_RCPT_HPP
 #define QEL_RCPT_HPP
 

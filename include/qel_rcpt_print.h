@@ -98,8 +98,8 @@ typedef struct Qel_rcpt_printer {
     Qel_rcpt_drawer_t drawer;
 
     /* A logo that is stored in the printer, above the receipt: its number (0: none), or its key of
-     * two characters from 0x20 to 0x7E (absent or "": none), which only ESC/POS has. The key goes
-     * before the number. */
+     * two characters from 0x20 to 0x7E (absent or "": none), which only ESC/POS has. When
+     * both are given, the key is used. */
     uint8_t logo_number;
     const char *logo_key;
 
@@ -119,14 +119,13 @@ typedef struct Qel_rcpt_printer {
 /* Why there is no result. */
 typedef enum Qel_rcpt_print_fault QEL_ENUM_U32 {
     QEL_RCPT_PRINT_FAULT_NONE = 0,
-    QEL_RCPT_PRINT_FAULT_NO_COPY = 1,  /* there is no block of that copy */
-    QEL_RCPT_PRINT_FAULT_NOT_TEXT = 2, /* a block is HTML, XML or JSON */
-    QEL_RCPT_PRINT_FAULT_OPTION = 3,   /* a language, cut, drawer, level or module that is none */
-    QEL_RCPT_PRINT_FAULT_CODE_PAGE =
-        4,                          /* not a page of ours, or one without number in the language */
-    QEL_RCPT_PRINT_FAULT_WIDTH = 5, /* the receipt is wider than a line in font B */
-    QEL_RCPT_PRINT_FAULT_LOGO = 6,  /* the key is not two characters, or not for the language */
-    QEL_RCPT_PRINT_FAULT_QR = 7     /* more text than a QR code holds or the paper has room for */
+    QEL_RCPT_PRINT_FAULT_NO_COPY = 1,   /* there is no block of that copy */
+    QEL_RCPT_PRINT_FAULT_NOT_TEXT = 2,  /* a block is HTML, XML or JSON */
+    QEL_RCPT_PRINT_FAULT_OPTION = 3,    /* a language, cut, drawer, level or module that is none */
+    QEL_RCPT_PRINT_FAULT_CODE_PAGE = 4, /* not a page of ours, or without number in the language */
+    QEL_RCPT_PRINT_FAULT_WIDTH = 5,     /* the receipt is wider than a line in font B */
+    QEL_RCPT_PRINT_FAULT_LOGO = 6,      /* the key is not two characters, or not for the language */
+    QEL_RCPT_PRINT_FAULT_QR = 7 /* more text than a QR code holds or the paper has room for */
 } Qel_rcpt_print_fault_t;
 
 /* What came of printing. */

@@ -8,6 +8,9 @@
  * at the break is dropped, further ones before it stay. Padding is put in front of what is centred
  * or flush right; there is none at the end of a line. A width above 65,535 counts as that. A line
  * that is put into the list directly (such as an empty one) stays as it is.
+ *
+ * With an absent info nothing happens; an absent list is empty and takes no lines. Nothing changes
+ * its owner; threads as in qel_rcpt.h.
  */
 #ifndef QEL_RCPT_PLAIN_H
 #define QEL_RCPT_PLAIN_H
@@ -22,14 +25,14 @@ extern "C" {
 typedef struct Qel_rcpt_plain {
     Qel_hash_dict_t *blocks;    /* receives the blocks */
     const Qel_hash_dict_t *kvs; /* the transaction record */
-    const char *line_break;     /* put between two lines */
+    const char *line_break;     /* put between two lines; absent: nothing */
     size_t line_len;        /* width in characters, 1 to 65,535; what is beyond counts as those */
     Qel_rcpt_attrs_t attrs; /* of the copy being rendered */
     bool is_unattended;     /* a self-service terminal, where the layout asks */
 } Qel_rcpt_plain_t;
 
-/* Joins the lines, upper-cases the text and stores it under the name; nothing but white space is
- * not stored. */
+/* Joins the lines, upper-cases the text and stores it under the name. A block of white space alone
+ * is not stored. */
 QEL_API void Qel_rcpt_plain_add_block(const Qel_rcpt_plain_t *info, const char *block_name,
                                       const Qel_list_str_t *ret) QEL_NOEXCEPT;
 
@@ -59,8 +62,8 @@ QEL_API void Qel_rcpt_plain_format_left_prefix(const Qel_rcpt_plain_t *info, con
                                                const char *str, Qel_list_str_t *ret) QEL_NOEXCEPT;
 
 /* Appends the label on the left and the amount val (decimal text) as money on the right, with "- "
- * before it when negative. An amount that is absent or no decimal number adds nothing; a zero is
- * shown. */
+ * before it when negative is true. An amount that is absent or no decimal number adds nothing; a
+ * zero is shown. */
 QEL_API void Qel_rcpt_plain_add_money(const Qel_rcpt_plain_t *info, const char *key,
                                       const char *val, Qel_list_str_t *ret,
                                       bool negative) QEL_NOEXCEPT;

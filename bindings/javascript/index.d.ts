@@ -91,7 +91,7 @@ export interface PrinterOptions {
   readonly qrModule?: number | null;
 }
 
-/** What is not given, or is `null` or `undefined`, is as usual. */
+/** What is not given, or is `null` or `undefined`, has its default. */
 export interface Options {
   /** `plain` unless given. */
   readonly form?: Form | null;

@@ -41,7 +41,8 @@ struct emphasis {
 // The longer mark first.
 constexpr emphasis emphases[] = {{"`", "\\fB"}, {"**", "\\fB"}, {"*", "\\fI"}};
 
-// The text of a paragraph: emphasis as fonts, links without where they lead.
+// The text of a paragraph: emphasis as fonts, behind a link the other document that it
+// leads to.
 std::string inline_text(std::string_view text)
 {
     std::string out;
@@ -61,8 +62,12 @@ std::string inline_text(std::string_view text)
         }
         const size_t middle = text.starts_with('[') ? text.find("](") : std::string_view::npos;
         if (middle != std::string_view::npos) {
+            const size_t end = text.find(')', middle);
+            const std::string_view document = text.substr(middle + 2, end - middle - 2);
             out += inline_text(text.substr(1, middle - 1));
-            text.remove_prefix(text.find(')', middle) + 1);
+            if (!document.starts_with('#'))
+                out.append(" (docs/").append(escaped(document)).append(")");
+            text.remove_prefix(end + 1);
             continue;
         }
         const size_t next = std::min(text.find_first_of("`*[", 1), text.size());
