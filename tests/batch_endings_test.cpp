@@ -12,7 +12,7 @@ TEST_F(Batch, SaysThatTheOutputIsFull)
     for (int i = 0; i < 5000; ++i)
         archive += "{\"amount\": 5}\n";
     const result made = run({"--jobs=2", "--quiet"}, archive, "/dev/full");
-    EXPECT_EQ(made.end.status, 1);
+    EXPECT_EQ(made.status, 1);
     EXPECT_EQ(made.err, "qelrcpt: standard output: No space left on device\n");
 }
 
@@ -123,7 +123,7 @@ TEST_P(BatchInterrupted, SaysHowToGoOn)
                                     " of " + two + "; --start-line " + next + " goes on, with " +
                                     two + " as the first FILE\n");
     const result rest = run({"--block=money", "--start-line", next, two, write("empty", "")});
-    EXPECT_EQ(rest.end.status, 0) << rest.err;
+    EXPECT_EQ(rest.status, 0) << rest.err;
     EXPECT_TRUE(text + rest.out == whole.out) << next;
 }
 

@@ -52,7 +52,7 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
         args.emplace_back("--jobs=2");
         const result made = run(args, input);
         EXPECT_TRUE(made.out.starts_with(expected)) << made.out << "instead of\n" << expected;
-        EXPECT_EQ(made.end.status, words.empty() ? 0 : 1) << input;
+        EXPECT_EQ(made.status, words.empty() ? 0 : 1) << input;
         EXPECT_EQ(has(made.err, " records, 1 errors\n"), !words.empty()) << made.err;
         const auto lines = std::ranges::count(made.out, '\n');
         EXPECT_EQ(lines, words.empty() ? std::ranges::count(expected, '\n')
@@ -72,20 +72,20 @@ TEST_F(Batch, CountsTheLinesOfEveryFileByItself)
     arguments args = money_only;
     args.insert(args.end(), {"-o", out, one, two, "-", one});
     const result made = run(args, "{\"amount\": 5}\n");
-    EXPECT_EQ(made.end.status, 0) << made.err;
+    EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(made.out, "");
     EXPECT_EQ(read_file(out),
               money_line(2, one) + money_line(1, two) + money_line(1, "-") + money_line(2, one));
 
     args.emplace_back((directory_ / "missing").string());
     const result failed = run(args);
-    EXPECT_EQ(failed.end.status, 1);
+    EXPECT_EQ(failed.status, 1);
     EXPECT_TRUE(has(failed.err, "missing: No such file")) << failed.err;
     EXPECT_TRUE(has(read_file(out), "SUBTOTAL")) << "the old output is lost";
-    EXPECT_EQ(run({directory_.string()}).end.status, 1);
+    EXPECT_EQ(run({directory_.string()}).status, 1);
 
     const result torn = run({"-q", "-o", out, two, "/proc/self/mem"}); // opens, but cannot be read
-    EXPECT_EQ(torn.end.status, 1);
+    EXPECT_EQ(torn.status, 1);
     EXPECT_EQ(torn.err, "qelrcpt: /proc/self/mem: Input/output error\n");
     EXPECT_TRUE(has(read_file(out), "SUBTOTAL")) << "the old output is lost";
 
@@ -120,7 +120,7 @@ TEST_F(Batch, BeginsAtTheLineThatIsAskedFor)
         arguments args = money_only;
         args.insert(args.end(), {"--start-line", start});
         const result made = run(args, input);
-        EXPECT_EQ(made.end.status, message.empty() ? 0 : 1) << input.substr(0, 40) << start;
+        EXPECT_EQ(made.status, message.empty() ? 0 : 1) << input.substr(0, 40) << start;
         EXPECT_EQ(made.out, expected);
         EXPECT_TRUE(has(made.err, message)) << made.err;
     }
@@ -173,7 +173,7 @@ TEST_F(Batch, KeepsTheOrderWithAnyNumberOfJobs)
             EXPECT_TRUE(has(line["blocks"]["cust_reference"], " N" + std::to_string(i)));
         }
     }
-    EXPECT_EQ(expected.end.status, 1);
+    EXPECT_EQ(expected.status, 1);
     EXPECT_TRUE(has(expected.err, "qelrcpt: 5455 records, 545 errors\n")) << expected.err;
     for (const char *jobs : {"--jobs=2", "--jobs=7"})
         EXPECT_TRUE(run({jobs}, archive).out == expected.out) << jobs;
@@ -193,7 +193,7 @@ TEST_F(Batch, NeedsNoMoreMemoryForMoreRecordsOrLongerLines)
     });
     const auto lines = lines_of(long_line.out);
     ASSERT_EQ(lines.size(), 3);
-    EXPECT_EQ(long_line.end.status, 1);
+    EXPECT_EQ(long_line.status, 1);
     EXPECT_TRUE(has(lines[1]["error"], "longer than 16 MiB")) << lines[1];
     EXPECT_EQ(lines[2]["line"], 3);
     EXPECT_TRUE(lines[2].contains("blocks"));
@@ -207,10 +207,10 @@ TEST_F(Batch, NeedsNoMoreMemoryForMoreRecordsOrLongerLines)
         for (int i = 0; i < (is_sanitized ? 5 : 100); ++i)
             in.write(records);
     });
-    EXPECT_EQ(many.end.status, 0);
+    EXPECT_EQ(many.status, 0);
     if (!is_sanitized) {
-        EXPECT_LT(long_line.end.most_kilobytes, ceiling);
-        EXPECT_LT(many.end.most_kilobytes, ceiling);
+        EXPECT_LT(long_line.most_kilobytes, ceiling);
+        EXPECT_LT(many.most_kilobytes, ceiling);
     }
 }
 
@@ -224,7 +224,7 @@ TEST_F(Batch, WarnsOfEveryKindOfMistakeButNeverFloods)
                "\n";
     const result made = run(
         {"--jobs=2", "--set=merch_name=A", "--set=merch_addr1=B", "--set=action=sale"}, archive);
-    EXPECT_EQ(made.end.status, 0);
+    EXPECT_EQ(made.status, 0);
     EXPECT_EQ(std::ranges::count(made.err, '\n'), 5 + 5 + 5 + 1 + 1) << made.err;
     for (const char *part :
          {"qelrcpt: <stdin>:1:2: warning: nothing reads the key 'amuont'; did you mean 'amount'?",
@@ -250,11 +250,11 @@ TEST_F(Batch, ChecksItsOptions)
     };
     for (const auto &[args, word] : cases) {
         const result made = run(args, "{}");
-        EXPECT_EQ(made.end.status, 2);
+        EXPECT_EQ(made.status, 2);
         EXPECT_EQ(made.out, "");
         EXPECT_TRUE(has(made.err, word)) << made.err;
     }
-    EXPECT_EQ(run({"--output=json"}, "").end.status, 0);
+    EXPECT_EQ(run({"--output=json"}, "").status, 0);
     const channel err = make_pipe(true);
     EXPECT_EQ(wait_for(start({"--jobs", "2"}, 0, 1, err.theirs.get())).status, 2);
 }
@@ -269,10 +269,10 @@ TEST_F(Batch, NeedsNoMoreMemoryForMoreZones)
             in.write(R"({"config": {"timezone": "America/)" + std::string(40, 'x') +
                      std::to_string(i) + "\"}, \"record\": {}}\n");
     });
-    EXPECT_EQ(made.end.status, 1);
+    EXPECT_EQ(made.status, 1);
     EXPECT_EQ(std::ranges::count(made.out, '\n'), zones);
     if (!is_sanitized) {
-        EXPECT_LT(made.end.most_kilobytes, ceiling);
+        EXPECT_LT(made.most_kilobytes, ceiling);
     }
 }
 

@@ -1,18 +1,13 @@
 // Dictionaries; what holds for any calls and any text, the fuzz targets say.
-#include "qelstdlib.hpp"
+#include "qelstdlib_tests.hpp"
 
-#include <string>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace
 {
 
+using test::absent;
 using pair_list = std::vector<std::pair<std::string, std::string>>;
-
-const char *absent = nullptr; // a variable, so that the compiler does not warn of it
 
 pair_list contents(const qel::dict &dict)
 {

@@ -2,27 +2,16 @@
 // documents, this finds the place that was forgotten.
 #include "qel_rcpt_rows.hpp"
 #include "qel_rcpt_tables.hpp"
-
-#include <gtest/gtest.h>
+#include "utility.hpp"
 
 #include <cctype>
 #include <cstdint>
-#include <fstream>
 #include <initializer_list>
-#include <sstream>
 #include <string>
 #include <string_view>
 
 namespace
 {
-
-std::string contents(const std::string &file)
-{
-    std::ifstream in(QELRCPT_SOURCE "/" + file);
-    std::stringstream text;
-    text << in.rdbuf();
-    return std::move(text).str();
-}
 
 bool is_part_of_word(char chr)
 {
@@ -45,7 +34,7 @@ bool holds(const std::string &document, std::string_view text)
 
 void expect_in(const std::string &file, std::initializer_list<std::string> texts)
 {
-    const std::string document = contents(file);
+    const std::string document = read_file(QELRCPT_SOURCE "/" + file);
     ASSERT_FALSE(document.empty()) << file;
     for (const std::string &text : texts)
         EXPECT_TRUE(text.empty() || holds(document, text)) << file << " lacks " << text;
@@ -61,7 +50,7 @@ std::size_t count_of(const std::string &document, std::string_view text)
 
 TEST(Facts, Languages)
 {
-    EXPECT_EQ(count_of(contents("include/qel_rcpt.h"), "    QEL_RCPT_LANG_"),
+    EXPECT_EQ(count_of(read_file(QELRCPT_SOURCE "/include/qel_rcpt.h"), "    QEL_RCPT_LANG_"),
               std::size(qel_rcpt::languages))
         << "src/qel_rcpt_tables.hpp has a row for each enumerator";
     for (const qel_rcpt::language &language : qel_rcpt::languages) {
@@ -184,7 +173,7 @@ TEST(Facts, Rows)
 
 TEST(Facts, Messages)
 {
-    const std::string header = contents("src/qel_rcpt_int.h");
+    const std::string header = read_file(QELRCPT_SOURCE "/src/qel_rcpt_int.h");
     std::uint32_t number = 0;
     for (size_t at = header.find("    QEL_RCPT_MSG_"); at != std::string::npos;
          at = header.find("    QEL_RCPT_MSG_", at + 1), ++number) {

@@ -1,27 +1,17 @@
 // The table of options against what is written of them elsewhere.
 #include "options.h"
+#include "utility.hpp"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 
 namespace
 {
 
-std::string read_text(const std::string &path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
 // The manual page as it reads: without the marks of its fonts.
 std::string manual()
 {
-    std::string text = read_text(QELRCPT_SOURCE "/man/qelrcpt.1");
+    std::string text = read_file(QELRCPT_SOURCE "/man/qelrcpt.1");
     text = std::regex_replace(text, std::regex(R"(\\f[BIRP]|\\&)"), "");
     return std::regex_replace(text, std::regex(R"(\\-)"), "-");
 }

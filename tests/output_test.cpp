@@ -211,7 +211,7 @@ TEST_F(Output, IsNoLargerThanTheShellAllows)
     for (const std::string batch : {"", "--batch"}) {
         const std::string note = R"({"order_notes": ")" + std::string(200000, 'x') + "\"}\n";
         const result made = shell("ulimit -f 64; exec \"$0\" -q -o " + out + " " + batch, {}, note);
-        EXPECT_EQ(made.end.status, 1);
+        EXPECT_EQ(made.status, 1);
         EXPECT_EQ(made.err, "qelrcpt: " + out + ": File too large\n");
         EXPECT_EQ(read_file(out), "old");
         EXPECT_EQ(files_in(directory_), 2) << "a file is left over";
@@ -243,7 +243,7 @@ TEST_F(Output, IsNeverOneOfItsInputs)
         for (const auto &[script, is_refused] : cases) {
             const result made =
                 shell("cd " + directory_.string() + "; \"$0\" -q " + batch + script);
-            EXPECT_EQ(made.end.status, is_refused ? 1 : 0) << script << made.err;
+            EXPECT_EQ(made.status, is_refused ? 1 : 0) << script << made.err;
             EXPECT_EQ(has(made.err, "is the output as well, expected another file"), is_refused)
                 << script;
             EXPECT_EQ(read_file(file), sale + "\n") << script;
@@ -254,17 +254,16 @@ TEST_F(Output, IsNeverOneOfItsInputs)
 TEST_F(Output, HoldsNoMessagesWhereTheCallerClosedDescriptors)
 {
     const std::string file = write("file", R"({"timestamp": "1", "zzz": "1"})");
-    ASSERT_EQ(shell("cd " + directory_.string() + "; \"$0\" --batch -o whole file").end.status, 0);
+    ASSERT_EQ(shell("cd " + directory_.string() + "; \"$0\" --batch -o whole file").status, 0);
     for (const std::string closed : {"2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
         const result made =
             shell("cd " + directory_.string() + "; \"$0\" --batch -o new file " + closed);
-        EXPECT_EQ(made.end.status, 0) << closed;
+        EXPECT_EQ(made.status, 0) << closed;
         EXPECT_EQ(read_file(path("new")), read_file(path("whole"))) << closed;
         fs::remove(path("new"));
     }
     for (const std::string closed : {"file >&-", "--batch file >&-", "- <&-", "--batch - <&-"})
-        EXPECT_EQ(shell("cd " + directory_.string() + "; \"$0\" -q " + closed).end.status, 1)
-            << closed;
+        EXPECT_EQ(shell("cd " + directory_.string() + "; \"$0\" -q " + closed).status, 1) << closed;
 }
 
 TEST_F(Output, GoesWhereTheNameLeads)
@@ -290,7 +289,7 @@ TEST_F(Output, GoesWhereTheNameLeads)
     for (const auto &[name, place, message] : cases) {
         const bool is_link = name.size() < 250 && fs::is_symlink(path(name));
         const result made = run(with(money_only, {"-o", path(name)}), sale);
-        EXPECT_EQ(made.end.status, place.empty() ? 1 : 0) << name << made.err;
+        EXPECT_EQ(made.status, place.empty() ? 1 : 0) << name << made.err;
         EXPECT_TRUE(message.empty() || has(made.err, ": " + message + "\n")) << made.err;
         if (place.empty())
             continue;

@@ -2,6 +2,8 @@
 #ifndef QELRCPT_TESTS_PROCESSES_HPP
 #define QELRCPT_TESTS_PROCESSES_HPP
 
+#include "utility.hpp"
+
 #include <fcntl.h>
 #include <pty.h>
 #include <spawn.h>
@@ -10,44 +12,17 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
 
-namespace fs = std::filesystem;
 using arguments = std::vector<std::string>;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool is_sanitized = true;
-#elif defined(__has_feature)
-constexpr bool is_sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool is_sanitized = false;
-#endif
-
-inline std::string read_file(const fs::path &path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-inline bool has(const std::string &text, const std::string &part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 class descriptor
 {
@@ -145,16 +120,14 @@ inline ending wait_for(pid_t child)
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), usage.ru_maxrss};
 }
 
-struct result {
-    ending end;
+struct result : ending {
     std::string out;
     std::string err;
 };
 
 using feeder = std::function<void(const descriptor &)>;
 
-// A test with a folder of its own for its files.
-class ProcessTest : public testing::Test
+class ProcessTest : public FolderTest
 {
   protected:
     void SetUp() override
@@ -162,19 +135,8 @@ class ProcessTest : public testing::Test
         std::signal(SIGPIPE, SIG_IGN); // the command may end before its input
         setenv("TZ", "UTC", 0); // without it the C library reads its zone under a lock of its own,
                                 // which the thread sanitizer does not see
-        std::string name = (fs::temp_directory_path() / "batch_test.XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        directory_ = name;
+        FolderTest::SetUp();
     }
-    void TearDown() override { fs::remove_all(directory_); }
-
-    std::string write(const std::string &name, const std::string &content) const
-    {
-        std::ofstream(directory_ / name, std::ios::binary) << content;
-        return (directory_ / name).string();
-    }
-
-    fs::path directory_;
 };
 
 // As wait_for, but a process that does not end by itself within a minute is killed.

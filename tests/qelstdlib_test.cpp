@@ -1,31 +1,14 @@
 // Texts, numbers, buffers and lists.
-#include "qelstdlib.hpp"
+#include "qelstdlib_tests.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <random>
-#include <string>
 #include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace
 {
 
-using texts = std::vector<const char *>;
-
-constexpr std::int64_t int64_least = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t int64_most = std::numeric_limits<std::int64_t>::max();
-
-const char *absent = nullptr; // a variable, so that the compiler does not warn of it
-
-// The new text, or "(absent)".
-std::string taken(char *new_text)
-{
-    const qel::text text(new_text);
-    return text ? text.get() : "(absent)";
-}
+using namespace test;
 
 // Generated input, the same in every run.
 class generator

@@ -2,28 +2,13 @@
 // tests/receipts/FORM/SAMPLE. scripts/update-receipts writes them anew after a wanted change; read
 // the difference before you commit it.
 #include "reading/record_file.h"
+#include "utility.hpp"
 #include "writing/forms.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace
 {
-
-namespace fs = std::filesystem;
-
-std::string read_text(const fs::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << path;
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
 
 std::vector<fs::path> sample_records()
 {
@@ -65,7 +50,7 @@ TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
             continue;
         SCOPED_TRACE(form.name);
         const fs::path approved = fs::path(QELRCPT_RECEIPTS) / form.name / GetParam().filename();
-        EXPECT_EQ(render_sample(GetParam(), form), read_text(approved.string() + ".txt"));
+        EXPECT_EQ(render_sample(GetParam(), form), read_file(approved.string() + ".txt"));
     }
 }
 

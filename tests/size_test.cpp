@@ -3,6 +3,7 @@
 // is the benchmarks' to show, but for keys made to be slow.
 #include "colliding_keys.hpp"
 #include "test_record.hpp"
+#include "utility.hpp"
 
 #include <qel_rcpt.h>
 
@@ -22,14 +23,6 @@ namespace
 
 using test::record;
 using namespace std::string_literals;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool is_sanitized = true;
-#elif defined(__has_feature)
-constexpr bool is_sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool is_sanitized = false;
-#endif
 
 // Sanitizers make every frame larger.
 constexpr std::size_t stack_size = (is_sanitized ? 1024 : 128) * 1024;

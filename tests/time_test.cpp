@@ -1,34 +1,18 @@
 // Time: parsing, writing, zones and the calendar.
-#include "qelstdlib.hpp"
+#include "qelstdlib_tests.hpp"
 
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <limits>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <unistd.h>
 
 namespace
 {
 
-using texts = std::vector<const char *>;
-
-constexpr std::int64_t int64_least = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t int64_most = std::numeric_limits<std::int64_t>::max();
-
-const char *absent = nullptr; // a variable, so that the compiler does not warn of it
-
-// The new text, or "(absent)".
-std::string taken(char *new_text)
-{
-    const qel::text text(new_text);
-    return text ? text.get() : "(absent)";
-}
+using namespace test;
 
 // The fields in their order, for comparison and for messages.
 std::string fields_of(const Qel_time_localtm_t &tm)
