@@ -305,7 +305,7 @@ TEST_F(Check, FindsWhatBreaksARuleAndNothingElseOfIt)
 // line.
 TEST_F(Check, SaysWhatIsWrongAndWhatToDo)
 {
-    std::ifstream file(QELRCPT_CHECK_MESSAGES);
+    std::ifstream file(QELRCPT_SOURCE "/tests/check_messages.txt");
     ASSERT_TRUE(file);
     std::string wanted;
     for (const rule_case &c : rule_cases) {

@@ -153,7 +153,7 @@ TEST_F(Command, PutsTheRecordIntoThePage)
         const std::string page = run(all, record).out;
         const size_t begin = page.find(opening) + opening.size();
         const size_t end = page.find("</script>", begin);
-        const std::string built = read_file(QELRCPT_PAGE);
+        const std::string built = read_file(QELRCPT_SOURCE "/share/playground.html");
         EXPECT_EQ(page.substr(0, begin) + "null" + page.substr(end), built);
         return nlohmann::json::parse(page.substr(begin, end - begin));
     };

@@ -74,7 +74,7 @@ TEST(Messages, NumbersWithAndWithoutText)
 // messages.txt has the wording that was agreed on: the number and the text in each language.
 TEST(Messages, AreWorded)
 {
-    std::ifstream file(QELRCPT_MESSAGES);
+    std::ifstream file(QELRCPT_SOURCE "/tests/messages.txt");
     std::size_t lines = 0;
     for (std::string line; std::getline(file, line); ++lines) {
         std::istringstream cells(line);

@@ -49,7 +49,8 @@ TEST_P(Receipts, ReadAsTheyWereReadAndApproved)
         if (!is_for(GetParam(), form))
             continue;
         SCOPED_TRACE(form.name);
-        const fs::path approved = fs::path(QELRCPT_RECEIPTS) / form.name / GetParam().filename();
+        const fs::path approved =
+            fs::path(QELRCPT_SOURCE "/tests/receipts") / form.name / GetParam().filename();
         EXPECT_EQ(render_sample(GetParam(), form), read_file(approved.string() + ".txt"));
     }
 }
