@@ -273,10 +273,10 @@ class nearest_word
 
 inline constexpr qel::json_rules reading_rules = {512, true, false}; // as the forms read
 
-// Whether the whole text is the JSON object or array that it should be, by the bracket with which
-// it begins; of any other nothing is used, so what would be shown is lost.
-bool is_document(const subject &record, known_key key, char begin, const Qel_rcpt_rule_t &rule,
-                 const char *lost, report &findings);
+// Whether the whole text is the JSON object or array that it should be; of any other nothing is
+// used, so what would be shown is lost.
+bool is_document(const subject &record, known_key key, qel::json_kind wanted,
+                 const Qel_rcpt_rule_t &rule, const char *lost, report &findings);
 
 template <typename Members>
 void add_unknown_member(const char *key, std::string_view name, std::size_t offset,

@@ -39,25 +39,48 @@ const char *words_of(qel::json_problem problem)
     return "";
 }
 
+// What a document is and where it begins, behind comments.
+class document_kind : public qel::json_handler
+{
+  public:
+    void begin(qel::json_kind kind, std::size_t at) { keep(kind, at); }
+    void value(qel::json_kind kind, std::string_view /*text*/, std::size_t at) { keep(kind, at); }
+
+    [[nodiscard]] qel::json_kind kind() const { return kind_; }
+    [[nodiscard]] std::size_t offset() const { return offset_; }
+
+  private:
+    void keep(qel::json_kind kind, std::size_t at)
+    {
+        if (offset_ != no_offset)
+            return;
+        kind_ = kind;
+        offset_ = at;
+    }
+
+    qel::json_kind kind_ = qel::json_kind::null;
+    std::size_t offset_ = no_offset;
+};
+
 } // namespace
 
-bool is_document(const subject &record, known_key key, char begin, const Qel_rcpt_rule_t &rule,
-                 const char *lost, report &findings)
+bool is_document(const subject &record, known_key key, qel::json_kind wanted,
+                 const Qel_rcpt_rule_t &rule, const char *lost, report &findings)
 {
     const std::string_view text = record.text(key);
-    qel::json_handler handler;
-    const qel::json_fault fault = qel::json_reader(text, handler, reading_rules).read();
+    document_kind document;
+    const qel::json_fault fault = qel::json_reader(text, document, reading_rules).read();
     if (fault.problem != qel::json_problem::none) {
         findings.add(rule, key.name(), std::min(fault.at, text.size()),
                      {"this cannot be read as JSON, so ", lost, " would be shown; ",
                       fault.at < text.size() ? words_of(fault.problem) : "it ends too early"});
         return false;
     }
-    const std::size_t first = text.find_first_of("{[\"0123456789tfn-");
-    if (text[first] == begin)
+    if (document.kind() == wanted)
         return true;
-    findings.add(rule, key.name(), first,
-                 {"this is JSON, but not ", begin == '[' ? "an array" : "an object", ", so ", lost,
+    findings.add(rule, key.name(), document.offset(),
+                 {"this is JSON, but not ",
+                  wanted == qel::json_kind::array ? "an array" : "an object", ", so ", lost,
                   " would be shown"});
     return false;
 }
@@ -199,8 +222,9 @@ class data_handler
 void look_at_receipt_data(const subject &record, report &findings)
 {
     if (!record.is_ecommerce() || !record.has("moneris_rcpt_data") ||
-        !is_document(record, "moneris_rcpt_data", '{', rule_named("receipt-data-unreadable"),
-                     "no items, fees, addresses and policy", findings))
+        !is_document(record, "moneris_rcpt_data", qel::json_kind::object,
+                     rule_named("receipt-data-unreadable"), "no items, fees, addresses and policy",
+                     findings))
         return;
     data_handler handler(record, findings);
     qel::json_reader(record.text("moneris_rcpt_data"), handler, reading_rules).read();

@@ -330,8 +330,8 @@ void look_at_items_sum(const subject &record, const items_sum &sum, report &find
 void look_at_line_items(const subject &record, report &findings)
 {
     if (!record.is_general() || !record.has("line_items") ||
-        !is_document(record, "line_items", '[', rule_named("line-items-unreadable"), "no items",
-                     findings))
+        !is_document(record, "line_items", qel::json_kind::array,
+                     rule_named("line-items-unreadable"), "no items", findings))
         return;
     items_handler handler(record, findings);
     qel::json_reader(record.text("line_items"), handler, reading_rules).read();
