@@ -96,6 +96,7 @@ class subject
     [[nodiscard]] bool is_approved() const { return outcome_ == outcome::approved; }
     [[nodiscard]] bool is_cash() const { return is("cardtype", "cash"); }
     [[nodiscard]] bool is_interac() const { return is("cardtype", "interac"); }
+    [[nodiscard]] bool has_order() const { return amount("order_total") != 0; }
     [[nodiscard]] bool is_debit() const { return is_card_class("debit"); }
     [[nodiscard]] bool is_card_class(const char *word) const;
     [[nodiscard]] bool is_benefit() const; // SNAP and other EBT

@@ -23,9 +23,11 @@ bool pays_more_than_order(const subject &record)
            record.amount("amount") > record.amount("order_total");
 }
 
+// Beside an order's money, the discount for cash is not part of the payment's.
 bool has_negative_discount(const subject &record)
 {
-    return record.is_cash() && record.amount("discountamount") != 0 &&
+    return record.is_general() && record.is_cash() && !record.has_order() &&
+           record.amount("discountamount") != 0 &&
            record.amount("order_cash_discount") > record.amount("discountamount");
 }
 

@@ -299,7 +299,7 @@ std::int64_t minus(std::int64_t a, std::int64_t b)
 // the payment, with or without tax, and with or without the discounts.
 void look_at_items_sum(const subject &record, const items_sum &sum, report &findings)
 {
-    const bool has_order = record.amount("order_total") != 0;
+    const bool has_order = record.has_order();
     if (!sum.is_known || sum.is_empty ||
         !record.has(has_order ? known_key("order_total") : known_key("amount")))
         return;

@@ -143,6 +143,8 @@ const rule_case rule_cases[] = {
     {"amount-above-order", "order_total:11.99", "order_total:12.00"},
     {"discount-negative", "cardtype:cash,discountamount:1,order_cash_discount:1.01",
      "cardtype:cash,discountamount:1,order_cash_discount:1"},
+    {"discount-negative", "cardtype:Cash,discountamount:1,order_cash_discount:2,order_total:0.00",
+     "cardtype:Cash,discountamount:1,order_cash_discount:2,order_total:20.00"},
     {"authamount-above-amount", "authamount:12.01", "authamount:11.99"},
     {"approval-not-partial", "authamount:12.00", "authamount:12.00,code:DENY"},
     {"decline-called-partial", "authamount:5,code:DENY", "authamount:5", whole, canada_in_store},
@@ -379,6 +381,17 @@ TEST_F(Check, AsksForCurrenciesAsTheyAreWritten)
     EXPECT_EQ(rules(124, 124, QEL_RCPT_FORM_MONERIS_ECOMM), "");
     EXPECT_EQ(rules(826, 826, QEL_RCPT_FORM_MONERIS_ECOMM), "");
     EXPECT_EQ(rules(276, 978, QEL_RCPT_FORM_MONERIS_ECOMM), "currency-misnamed");
+}
+
+TEST_F(Check, LooksAtDiscountsWhereTheyAreSplit)
+{
+    const test::record sale = sale_with("cardtype:cash,discountamount:1,order_cash_discount:2");
+    const auto is_found = [&](Qel_rcpt_form_t form) {
+        return find(findings_of(sale, {.form = form}), "discount-negative") != nullptr;
+    };
+    EXPECT_TRUE(is_found(QEL_RCPT_FORM_GENERAL));
+    EXPECT_FALSE(is_found(QEL_RCPT_FORM_MONERIS));
+    EXPECT_FALSE(is_found(QEL_RCPT_FORM_MONERIS_ECOMM));
 }
 
 TEST_F(Check, TakesTheFormOfTheMerchantsIndustry)
