@@ -36,10 +36,17 @@ bool is_authorized_above_amount(const subject &record)
     return record.has("amount") && record.amount("authamount") > record.amount("amount");
 }
 
+// Any authamount calls an approval partial, but where no result is shown.
 bool is_full_approval_called_partial(const subject &record)
 {
-    return record.is_approved() && record.has("authamount") &&
+    return record.is_approved() && !record.is_ecommerce() && record.amount("authamount") != 0 &&
            record.amount("authamount") == record.amount("amount");
+}
+
+bool is_nothing_called_partial(const subject &record)
+{
+    return record.is_approved() && !record.is_ecommerce() && is_amount(record.text("authamount")) &&
+           record.amount("authamount") == 0;
 }
 
 // The in-store layout says so whatever the result is.
@@ -144,6 +151,9 @@ constexpr condition conditions[] = {
     {rule_named("approval-not-partial"), is_full_approval_called_partial, "authamount",
      "authamount is the whole amount, and the receipt would say \"Transaction Partially "
      "Approved\"; leave it out"},
+    {rule_named("approval-not-partial"), is_nothing_called_partial, "authamount",
+     "authamount is zero, so nothing would be authorized, and the receipt would say \"Transaction "
+     "Partially Approved\"; leave it out"},
     {rule_named("decline-called-partial"), is_decline_called_partial, "authamount",
      "the receipt of this decline would say \"Transaction Partially Approved\" too; leave "
      "authamount out"},

@@ -206,7 +206,8 @@ bool lacks_authorized_amount(const subject &record)
 
 bool hides_partial_approval(const subject &record)
 {
-    return record.is_ecommerce() && record.has("authamount");
+    return record.is_ecommerce() && record.has("authamount") &&
+           record.amount("authamount") < record.amount("amount");
 }
 
 // Regulation E and benefits

@@ -147,6 +147,8 @@ const rule_case rule_cases[] = {
      "cardtype:Cash,discountamount:1,order_cash_discount:2,order_total:20.00"},
     {"authamount-above-amount", "authamount:12.01", "authamount:11.99"},
     {"approval-not-partial", "authamount:12.00", "authamount:12.00,code:DENY"},
+    {"approval-not-partial", "authamount:0.00", "authamount:"},
+    {"approval-not-partial", "authamount:0,amount:0", "authamount:none"}, // which is unreadable
     {"decline-called-partial", "authamount:5,code:DENY", "authamount:5", whole, canada_in_store},
     {"tip-twice", "examount:1,u_tip:1", "examount:0.00,u_tip:1"},
     {"cash-back-twice", "cashbackamount:1,u_cashback:1", "u_cashback:1"},
@@ -264,6 +266,7 @@ const rule_case rule_cases[] = {
     {"partial-approval-unmarked", "rcpt_issuer_resp_code:10",
      "rcpt_issuer_resp_code:10,authamount:5.00"},
     {"partial-approval-hidden", "authamount:5", "authamount:", whole, canada_ecommerce},
+    {"partial-approval-hidden", "authamount:0.00", "authamount:12.00", whole, canada_ecommerce},
     {"debit-account-type", "u_cardclass:debit",
      R"(u_cardclass:debit,rcpt_custom:"MID:1,Account:Checking")"},
     {"benefit-balance-missing", "action:ebtfssale", "action:ebtfssale,balance:3.00"},
