@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace qel_rcpt::check
 {
@@ -23,7 +24,7 @@ constexpr item_member_name item_members[] = {
     {"notes", item_member::notes}, {"modifiers", item_member::modifiers},
 };
 
-enum class item_type { item, discount, percentage, cash_percentage, unknown };
+enum class item_type { none, item, addon, discount, percentage, cash_percentage, unknown };
 
 struct item_type_name {
     std::string_view name;
@@ -32,41 +33,21 @@ struct item_type_name {
 
 constexpr item_type_name item_types[] = {
     {"item", item_type::item},
-    {"addon", item_type::item},
+    {"addon", item_type::addon},
     {"discount_fixed", item_type::discount},
     {"discount_percent", item_type::percentage},
     {"cashdiscount", item_type::cash_percentage},
 };
 
-// A short text that outlives the event that brought it.
-class kept_text
-{
-  public:
-    void keep(std::string_view text)
-    {
-        is_whole_ = text.size() <= bytes_.size();
-        size_ = std::min(text.size(), bytes_.size() - 1);
-        std::ranges::copy(text.substr(0, size_), bytes_.begin());
-        bytes_[size_] = '\0';
-    }
-    [[nodiscard]] std::string_view view() const { return {bytes_.data(), size_}; }
-    [[nodiscard]] const char *c_str() const { return bytes_.data(); }
-    [[nodiscard]] bool is_whole() const { return is_whole_; }
-
-  private:
-    std::array<char, 40> bytes_{};
-    std::size_t size_ = 0;
-    bool is_whole_ = true;
-};
-
 struct item {
     std::size_t begin = 0;
-    bool is_named = false;
-    item_type type = item_type::item;
+    item_type type = item_type::none;
     item_member member = item_member::none; // whose value is next
+    std::size_t name_at = no_offset;
     std::size_t price_at = no_offset;
-    kept_text price;
-    kept_text qty;
+    std::string name;
+    std::string price;
+    std::string qty;
 };
 
 // What the items come to, in hundredths; of no use when something about them is unclear.
@@ -136,14 +117,14 @@ class items_handler
         item &current = items_[level_ - 1];
         switch (member()) {
         case item_member::name:
-            current.is_named = !text.empty();
-            look_at_name(text, at);
+            current.name = text;
+            current.name_at = at;
             break;
         case item_member::qty:
-            current.qty.keep(text);
+            current.qty = text;
             break;
         case item_member::price:
-            current.price.keep(text);
+            current.price = text;
             current.price_at = at;
             break;
         case item_member::type:
@@ -191,13 +172,6 @@ class items_handler
                           "double quotes");
     }
 
-    void look_at_name(std::string_view text, std::size_t at)
-    {
-        constexpr std::size_t most = 253; // behind "+ "
-        if (level_ > 1)
-            look_at_cut(key, at, text, most, findings_);
-    }
-
     void take_type(std::string_view text, std::size_t at)
     {
         const auto *found = std::ranges::find_if(item_types, [&](const item_type_name &known) {
@@ -223,14 +197,11 @@ class items_handler
                        nearest.found().empty() ? "" : "?"});
     }
 
+    // The item has been taken from the open ones.
     void finish(const item &done)
     {
-        if (!done.is_named) {
-            sum_.is_known = false;
-            findings_.add(rule_named("entry-without-name"), key, done.begin,
-                          "this entry has no name and would not be shown, nor anything in it");
-        }
-        if (done.qty.view().empty())
+        look_at_name(done);
+        if (done.qty.empty())
             findings_.add(rule_named("item-quantity-missing"), key, done.begin,
                           "this entry has no quantity, which plain text shows as empty brackets; "
                           "give qty");
@@ -240,20 +211,35 @@ class items_handler
             done.type == item_type::percentage || done.type == item_type::cash_percentage;
         if (is_percentage)
             look_at_percentage(done);
-        else if (look_at_amount(record_, key, done.price.view(), done.price_at, findings_) &&
-                 done.price.is_whole())
+        else if (look_at_amount(record_, key, done.price, done.price_at, findings_))
             add_up(done);
         else
             sum_.is_known = false;
+    }
+
+    // Plain text has room for so much behind the "+ " of an add-on, as a modifier of any known type
+    // is; other names stand alone and wrap.
+    void look_at_name(const item &done)
+    {
+        constexpr std::size_t most = 253;
+        const bool is_modifier = level_ > 0;
+        const bool has_known_type = done.type != item_type::none && done.type != item_type::unknown;
+        if (done.name.empty()) {
+            sum_.is_known = false;
+            findings_.add(rule_named("entry-without-name"), key, done.begin,
+                          "this entry has no name and would not be shown, nor anything in it");
+        } else if (done.type == item_type::addon || (is_modifier && has_known_type)) {
+            look_at_cut(key, done.name_at, done.name, most, findings_);
+        }
     }
 
     void look_at_percentage(const item &done)
     {
         if (done.type == item_type::percentage)
             sum_.is_known = false;
-        if (!is_amount(done.price.view()))
+        if (!is_amount(done.price))
             findings_.add(rule_named("item-percentage-unreadable"), key, done.price_at,
-                          {quoted(done.price.view()),
+                          {quoted(done.price),
                            " is shown as it stands with a % behind it; write the number alone"});
     }
 

@@ -123,6 +123,10 @@ const rule_case rule_cases[] = {
     {"item-type-unknown",
      R"(line_items:"[{""name"":""a"",""modifiers"":[{""name"":""b"",""type"":""cashdiscount""}]}]")",
      R"(line_items:"[{""name"":""a"",""type"":""cashdiscount""}]")", 45},
+    {"amount-unreadable",
+     R"(line_items:"[{""name"":""a"",""price"":""0000000000000000000000000000000000000010$""}]")",
+     R"(line_items:"[{""name"":""a"",""price"":""0000000000000000000000000000000000000010""}]")",
+     21},
     {"item-quantity-missing", R"(line_items:"[{""name"":""a""}]")",
      R"(line_items:"[{""name"":""a"",""qty"":""1""}]")", 1},
     {"item-percentage-unreadable",
@@ -156,6 +160,9 @@ const rule_case rule_cases[] = {
     {"items-total", "amount:92233720368547758.07,fee:-5.00", "tax:2"}, // with the tax too large
     {"items-total", R"(line_items:"[{""name"":""a"",""qty"":""2"",""price"":""5""}]")",
      R"(line_items:"[{""name"":""a"",""qty"":""2"",""price"":""10""}]")"},
+    {"items-total",
+     R"(line_items:"[{""name"":""a"",""price"":""0000000000000000000000000000000000000011""}]")",
+     R"(line_items:"[{""name"":""a"",""price"":""0000000000000000000000000000000000000010""}]")"},
     {"items-total",
      R"(line_items:"[{""name"":""a"",""price"":""11""},{""name"":""b"",""price"":""2"",""type"":""discount_fixed""}]")",
      R"(line_items:"[{""name"":""a"",""price"":""11""},{""name"":""b"",""price"":""1"",""type"":""discount_fixed""}]")"},
@@ -368,6 +375,49 @@ TEST_F(Check, KnowsTheColumnsOfReceiptData)
             const auto findings = findings_of(sale, canada_ecommerce);
             EXPECT_EQ(rules_in(findings), is_cut ? "value-cut" : "") << data;
             EXPECT_EQ(findings.empty() ? key : findings[0].key, std::string_view(key));
+        }
+    }
+}
+
+// 253 bytes fit behind the "+ " that add-ons have in plain text, and modifiers of any type that is
+// known; other names wrap.
+TEST_F(Check, KnowsTheNamesOfItemsThatAreCut)
+{
+    struct name_case {
+        const char *type; // none, where empty
+        bool is_modifier;
+        bool is_cut;
+    };
+    const name_case cases[] = {
+        {"", false, false},
+        {"", true, false},
+        {"item", false, false},
+        {"item", true, true},
+        {"addon", false, true},
+        {"AddOn", true, true},
+        {"discount_fixed", false, false},
+        {"discount_fixed", true, true},
+        {"discount_percent", false, false},
+        {"discount_percent", true, true},
+        {"cashdiscount", false, false},
+        {"surprise", true, false},
+    };
+    for (const auto &[type, is_modifier, is_cut] : cases) {
+        for (const std::size_t size : {253, 254}) {
+            std::string entry = R"({"name":")" + std::string(size, 'n') + R"(","qty":"1")";
+            if (*type != '\0')
+                entry += std::string(R"(,"type":")") + type + '"';
+            entry += '}';
+            if (is_modifier)
+                entry = R"({"name":"a","qty":"1","modifiers":[)" + entry + "]}";
+            test::record sale{clean_sale};
+            Qel_hash_dict_insert(sale, "line_items", ("[" + entry + "]").c_str());
+            const auto findings = findings_of(sale);
+            const finding *cut = find(findings, "value-cut");
+            ASSERT_EQ(cut != nullptr, is_cut && size == 254) << entry;
+            if (cut != nullptr) {
+                EXPECT_EQ(cut->offset, is_modifier ? 44U : 9U) << entry;
+            }
         }
     }
 }
