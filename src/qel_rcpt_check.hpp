@@ -95,6 +95,7 @@ class subject
     [[nodiscard]] outcome result() const { return outcome_; }
     [[nodiscard]] bool is_approved() const { return outcome_ == outcome::approved; }
     [[nodiscard]] bool is_cash() const { return is("cardtype", "cash"); }
+    [[nodiscard]] bool is_card_payment() const { return is_payment_ && !is_cash(); }
     [[nodiscard]] bool is_interac() const { return is("cardtype", "interac"); }
     [[nodiscard]] bool has_order() const { return amount("order_total") != 0; }
     [[nodiscard]] bool is_debit() const { return is_card_class("debit"); }

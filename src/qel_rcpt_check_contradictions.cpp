@@ -67,8 +67,8 @@ bool has_cash_back_twice(const subject &record)
 
 bool lacks_authorization(const subject &record)
 {
-    return record.is_approved() && record.is_payment() && !record.is_cash() &&
-           !record.has("auth") && !record.is_set("u_standin");
+    return record.is_approved() && record.is_card_payment() && !record.has("auth") &&
+           !record.is_set("u_standin");
 }
 
 bool is_approval_refused_by_chip(const subject &record)

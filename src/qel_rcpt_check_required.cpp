@@ -81,10 +81,11 @@ bool is_decline_unstated(const subject &record)
            record.result() != outcome::voided;
 }
 
+// Where the payment came to nothing, perhaps no card was read.
 bool lacks_account(const subject &record)
 {
-    return record.is_payment() && !record.is_cash() && !record.is_ecommerce() &&
-           record.has("cardtype") && !record.has("account");
+    return record.is_card_payment() && !record.is_ecommerce() && !record.has("account") &&
+           (record.is_approved() || record.has("cardtype"));
 }
 
 // Chip
@@ -140,7 +141,7 @@ bool lacks_decline_data(const subject &record)
 
 bool lacks_response_code(const subject &record)
 {
-    return record.is_payment() && !record.is_cash() && !record.has("rcpt_issuer_resp_code") &&
+    return record.is_card_payment() && !record.has("rcpt_issuer_resp_code") &&
            !record.has("rcpt_resp_code") && record.has("code") &&
            (record.is_approved() || record.is_set("issuer_decline"));
 }
