@@ -28,6 +28,14 @@ constexpr bool is_continuation(char chr)
     return (static_cast<unsigned char>(chr) & 0xC0U) == 0x80U;
 }
 
+// Whether the character has to do with the direction of writing alone: marks, embeddings, overrides
+// and isolates, which have the property Bidi_Control (Unicode Character Database, PropList.txt).
+constexpr bool turns_direction(char32_t code)
+{
+    return code == 0x061C || code == 0x200E || code == 0x200F ||
+           (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
 // In characters.
 inline std::size_t width_of(std::string_view text)
 {

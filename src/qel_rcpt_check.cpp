@@ -101,8 +101,7 @@ character first_character(std::string_view text)
 
 bool is_control(char32_t code)
 {
-    return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x200E || code == 0x200F ||
-           (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return code < 0x20 || (code >= 0x7F && code < 0xA0) || turns_direction(code);
 }
 
 // The record

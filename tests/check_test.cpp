@@ -217,6 +217,8 @@ const rule_case rule_cases[] = {
      "cardtype:Interac,rcpt_emv_name:INTERAC,u_cardclass:debit", whole, canada_in_store},
     {"control-character", "merch_name:a\x1B[2J", "merch_name:a\tb\r\nc", 1},
     {"control-character", "order_notes:a\xE2\x80\xAE z", "order_notes:a\xE2\x80\x93z", 1},
+    {"control-character", "order_notes:ab\u061C5", "order_notes:ab\u061B5", 2},
+    {"control-character", "order_notes:a\u200F5", "order_notes:a\u200D5", 1},
     {"broken-utf8", "merch_name:Caf\xE9", "merch_name:Caf\xC3\xA9", 3},
 
     // What must be shown

@@ -75,7 +75,9 @@ TEST(Messages, DoNotActOnATerminal)
         {"\u2029\u202a\u202b\u202c\u202d\u202e\u202f",
          "\u2029\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\u202f"},
         {"\u2065\u2066\u2067\u2068\u2069\u206a", "\u2065\uFFFD\uFFFD\uFFFD\uFFFD\u206a"},
-        {"\u20ac\u2105", "\u20ac\u2105"},
+        {"\u200d\u200e\u200f\u2010", "\u200d\uFFFD\uFFFD\u2010"},
+        {"\u061b\u061c\u061d\u0627", "\u061b\uFFFD\u061d\u0627"},
+        {"\u20ac\u2105\U0001F35E", "\u20ac\u2105\U0001F35E"},
     };
     for (const auto &[text, shown] : cases)
         EXPECT_EQ(tool::for_terminal(text), shown);

@@ -1,5 +1,6 @@
 #include "writing/safe_text.h"
 
+#include <qel_rcpt_chars.hpp>
 #include <qelstdlib_json.hpp>
 #include <utf8.h>
 
@@ -33,15 +34,6 @@ bool is_late_control(std::string_view text, size_t at)
 {
     return text[at] == '\xC2' && at + 1 < text.size() &&
            static_cast<unsigned char>(text[at + 1]) < 0xA0;
-}
-
-// One of those that change the direction of the letters that follow, in three bytes.
-bool is_directional(std::string_view text, size_t at)
-{
-    if (!text.substr(at).starts_with("\xE2\x80") && !text.substr(at).starts_with("\xE2\x81"))
-        return false;
-    const auto last = static_cast<unsigned char>(text[at + 2]); // the text is valid
-    return text[at + 1] == '\x80' ? last >= 0xAA && last <= 0xAE : last >= 0xA6 && last <= 0xA9;
 }
 
 bool is_line_break_or_tab(std::string_view text, size_t at)
@@ -105,18 +97,16 @@ std::string for_terminal(std::string_view text)
         return for_terminal(repaired(text));
     std::string shown;
     shown.reserve(text.size());
-    for (size_t at = 0; at < text.size(); ++at) {
-        if (is_late_control(text, at)) {
+    for (size_t at = 0, size = 0; at < text.size(); at += size) {
+        size = qel::utf8_at(text.substr(at)).size;
+        const char32_t code = utf8::unchecked::peek_next(text.data() + at);
+        if (is_late_control(text, at) || qel_rcpt::turns_direction(code)) {
             shown += replacement;
-            ++at;
-        } else if (is_directional(text, at)) {
-            shown += replacement;
-            at += 2;
         } else if (is_ascii_control(text[at]) && !is_line_break_or_tab(text, at)) {
             shown += '^';
             shown += static_cast<char>(text[at] ^ 0x40);
         } else {
-            shown += text[at];
+            shown.append(text, at, size);
         }
     }
     return shown;

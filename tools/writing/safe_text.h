@@ -12,8 +12,8 @@ namespace tool
 std::string repaired(std::string_view text);
 
 // Nothing of the text acts on a terminal any more: control characters are shown as ^[ and the like,
-// those beyond ASCII, those that change the direction of letters (U+202A to U+202E, U+2066 to
-// U+2069) and bytes that are not UTF-8 as U+FFFD. Tabs and line breaks stay.
+// those beyond ASCII, those that turn the direction of writing (qel_rcpt_chars.hpp) and bytes that
+// are not UTF-8 as U+FFFD. Tabs and line breaks stay.
 std::string for_terminal(std::string_view text);
 
 // Appends the text as a JSON text in quotes: valid UTF-8 on one line, control characters escaped.
