@@ -17,7 +17,7 @@
  * The check does no input or output and keeps nothing; the same record, configuration and form give
  * the same findings in the same order. It takes time in proportion to the size of the record.
  *
- * Threads: as for the generators. Qel_rcpt_init comes before.
+ * Threads: as for the generators.
  */
 #ifndef QEL_RCPT_CHECK_H
 #define QEL_RCPT_CHECK_H
@@ -54,7 +54,8 @@ typedef struct Qel_rcpt_finding {
     size_t offset;    /* in bytes inside the key's value, at most its length; QEL_RCPT_NO_OFFSET for
                        * the whole value, or a key that the record does not have */
     const char *message; /* one sentence in English: what is wrong and what to do. UTF-8; never a
-                          * card number; control characters of the record are left out */
+                          * card number; each control character of the record, character that turns
+                          * the direction of writing and byte that is not UTF-8 is a "?" */
     const char *source;  /* the document that asks for it; "" for a rule of this library */
     const char *date;    /* when that document was read, as year and month; "" without a document */
 } Qel_rcpt_finding_t;
@@ -92,8 +93,8 @@ typedef struct Qel_rcpt_rule {
     const char *date;
 } Qel_rcpt_rule_t;
 
-/* The rule at this place of the table, counted from 0; absent beyond its end. Any thread, any time,
- * also before Qel_rcpt_init. */
+/* The rule at this place of the table, counted from 0; absent beyond its end. Any thread, any time.
+ */
 QEL_API const Qel_rcpt_rule_t *Qel_rcpt_check_rule(size_t index) QEL_NOEXCEPT;
 
 #ifdef __cplusplus
