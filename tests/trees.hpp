@@ -41,9 +41,8 @@ inline std::string write(const Qel_xml_node_t *node,
 inline std::string repeat(std::string_view text, size_t count)
 {
     std::string out;
-    while (count-- > 0) {
+    while (count-- > 0)
         out += text;
-    }
     return out;
 }
 

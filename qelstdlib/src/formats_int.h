@@ -27,9 +27,8 @@ inline constexpr std::string_view replacement_utf8 = "\xEF\xBF\xBD";
 // Text as the C interface returns it; its length goes to *len unless len is absent.
 inline char *finish(qel::text_builder &out, std::size_t *len)
 {
-    if (len != nullptr) {
+    if (len != nullptr)
         *len = out.size();
-    }
     return out.release();
 }
 

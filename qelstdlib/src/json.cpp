@@ -11,6 +11,45 @@ std::size_t hash_of(std::string_view name)
     return static_cast<std::size_t>(qel::own_hasher()(name));
 }
 
+const char *initial_text(Qel_json_type_t type)
+{
+    switch (type) {
+    case QEL_JSON_TYPE_INTEGER:
+        return "0";
+    case QEL_JSON_TYPE_DECIMAL:
+        return "0.0"; // still a decimal when it is read back
+    case QEL_JSON_TYPE_BOOL:
+        return "false";
+    case QEL_JSON_TYPE_NULL:
+        return "null";
+    case QEL_JSON_TYPE_OBJECT:
+    case QEL_JSON_TYPE_ARRAY:
+    case QEL_JSON_TYPE_STRING:
+        return "";
+    case QEL_JSON_TYPE_UNKNOWN:
+        break;
+    }
+    return nullptr;
+}
+
+bool is_type(const Qel_json_node_t *node, Qel_json_type_t type)
+{
+    return node != nullptr && node->type == type;
+}
+
+// Whether val may go under node. A root that node itself stands under may not: the two would own
+// each other. Only a node with children can be one, so building downwards stays linear.
+bool may_adopt(const Qel_json_node_t *node, const Qel_json_node_t *val)
+{
+    if (val == nullptr || val == node || val->parent != nullptr)
+        return false;
+    if (!val->is_container() || val->children->count == 0)
+        return true;
+    while (node->parent != nullptr)
+        node = node->parent;
+    return node != val;
+}
+
 } // namespace
 
 Qel_json_node *Qel_json_node::create_root(Qel_json_type_t type, std::string_view text)
@@ -188,48 +227,6 @@ void Qel_json_node::remove_element(const Qel_json_node &value) const
     }
 }
 
-static const char *initial_text(Qel_json_type_t type)
-{
-    switch (type) {
-    case QEL_JSON_TYPE_INTEGER:
-        return "0";
-    case QEL_JSON_TYPE_DECIMAL:
-        return "0.0"; // still a decimal when it is read back
-    case QEL_JSON_TYPE_BOOL:
-        return "false";
-    case QEL_JSON_TYPE_NULL:
-        return "null";
-    case QEL_JSON_TYPE_OBJECT:
-    case QEL_JSON_TYPE_ARRAY:
-    case QEL_JSON_TYPE_STRING:
-        return "";
-    case QEL_JSON_TYPE_UNKNOWN:
-        break;
-    }
-    return nullptr;
-}
-
-static bool is_type(const Qel_json_node_t *node, Qel_json_type_t type)
-{
-    return node != nullptr && node->type == type;
-}
-
-// Whether val may go under node. A root that node itself stands under may not: the two would own
-// each other. Only a node with children can be one, so building downwards stays linear.
-static bool may_adopt(const Qel_json_node_t *node, const Qel_json_node_t *val)
-{
-    if (val == nullptr || val == node || val->parent != nullptr) {
-        return false;
-    }
-    if (!val->is_container() || val->children->count == 0) {
-        return true;
-    }
-    while (node->parent != nullptr) {
-        node = node->parent;
-    }
-    return node != val;
-}
-
 Qel_json_node_t *Qel_json_node_create(Qel_json_type_t type) noexcept
 {
     const char *const text = initial_text(type);
@@ -243,9 +240,8 @@ Qel_json_type_t Qel_json_node_type(const Qel_json_node_t *node) noexcept
 
 Qel_json_node_t *Qel_json_object_value(const Qel_json_node_t *node, const char *name) noexcept
 {
-    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr) {
+    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr)
         return nullptr;
-    }
     return node->member(name);
 }
 
@@ -258,9 +254,8 @@ const char *Qel_json_object_value_string(const Qel_json_node_t *node, const char
 bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
                                    const char *str) noexcept
 {
-    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || str == nullptr) {
+    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || str == nullptr)
         return false;
-    }
     Qel_json_node *value = nullptr;
     if (node->memory->has_waste()) {
         value = Qel_json_node::create_root(QEL_JSON_TYPE_STRING, str);
@@ -277,12 +272,10 @@ bool Qel_json_object_insert_string(Qel_json_node_t *node, const char *name,
 
 bool Qel_json_object_insert(Qel_json_node_t *node, const char *name, Qel_json_node_t *val) noexcept
 {
-    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || !may_adopt(node, val)) {
+    if (!is_type(node, QEL_JSON_TYPE_OBJECT) || name == nullptr || !may_adopt(node, val))
         return false;
-    }
-    if (val->name != name) {
+    if (val->name != name)
         val->name = val->memory->keep(name);
-    }
     node->memory->expect_guests();
     node->set_member(*val);
     return true;
@@ -300,17 +293,15 @@ size_t Qel_json_array_len(const Qel_json_node_t *node) noexcept
 
 Qel_json_node_t *Qel_json_array_at(const Qel_json_node_t *node, size_t idx) noexcept
 {
-    if (idx >= Qel_json_array_len(node)) {
+    if (idx >= Qel_json_array_len(node))
         return nullptr;
-    }
     return node->children->slots[node->children->first_slot + idx];
 }
 
 bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) noexcept
 {
-    if (!is_type(node, QEL_JSON_TYPE_ARRAY) || !may_adopt(node, val)) {
+    if (!is_type(node, QEL_JSON_TYPE_ARRAY) || !may_adopt(node, val))
         return false;
-    }
     node->memory->expect_guests();
     node->append(*val);
     return true;
@@ -318,9 +309,8 @@ bool Qel_json_array_insert(Qel_json_node_t *node, Qel_json_node_t *val) noexcept
 
 void Qel_json_take_from_parent(Qel_json_node_t *node) noexcept
 {
-    if (node == nullptr || node->parent == nullptr) {
+    if (node == nullptr || node->parent == nullptr)
         return;
-    }
     node->unlink();
     if (!node->has_share) {
         node->has_share = true;
@@ -330,11 +320,9 @@ void Qel_json_take_from_parent(Qel_json_node_t *node) noexcept
 
 void Qel_json_node_destroy(Qel_json_node_t *node) noexcept
 {
-    if (node == nullptr) {
+    if (node == nullptr)
         return;
-    }
-    if (node->parent != nullptr) {
+    if (node->parent != nullptr)
         node->unlink();
-    }
     node->release();
 }

@@ -13,9 +13,8 @@ void append_unit(qel::text_builder &out, char32_t unit)
 {
     constexpr std::string_view digits = "0123456789abcdef";
     out.append("\\u");
-    for (int shift = 12; shift >= 0; shift -= 4) {
+    for (int shift = 12; shift >= 0; shift -= 4)
         out.append(digits[(unit >> shift) & 0xF]);
-    }
 }
 
 // The letter that follows the backslash in the short escape of a character, 0 when it has none.
@@ -100,9 +99,8 @@ bool is_plain_text(const char *text, std::size_t len)
     for (std::size_t at = 0; at < len; at += stretch_len) {
         stretch bytes;
         std::memcpy(&bytes, text + at, sizeof bytes);
-        if (has_special(bytes)) {
+        if (has_special(bytes))
             return false;
-        }
     }
     return true;
 }
@@ -185,9 +183,8 @@ class writer
 
     void begin_line()
     {
-        if (on_lines_) {
+        if (on_lines_)
             formats::begin_line(out_, depth_);
-        }
     }
 
     qel::text_builder out_{1023};
@@ -200,9 +197,8 @@ class writer
 char *Qel_json_write(const Qel_json_node_t *node, uint32_t flags, size_t *len) noexcept
 {
     if (node == nullptr) {
-        if (len != nullptr) {
+        if (len != nullptr)
             *len = 0;
-        }
         return nullptr;
     }
     writer out((flags & QEL_JSON_WRITER_PRETTYPRINT_SPACE) != 0);

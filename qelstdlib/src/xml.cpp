@@ -65,9 +65,8 @@ bool is_plain_name(std::string_view name)
 
 std::string made_valid(std::string_view name)
 {
-    if (name.empty()) {
+    if (name.empty())
         return "_";
-    }
     std::string out;
     while (!name.empty()) {
         const std::string_view before = name;
@@ -76,9 +75,8 @@ std::string made_valid(std::string_view name)
             out += '_';
             continue;
         }
-        if (out.empty() && !may_begin_name(*chr)) {
+        if (out.empty() && !may_begin_name(*chr))
             out += '_';
-        }
         out += before.substr(0, before.size() - name.size());
     }
     return out;
@@ -94,12 +92,10 @@ std::string_view keep_name(arena &memory, std::string_view name)
 // The text in at most max_len bytes of whole characters; 0 means no limit.
 std::string_view limited(std::string_view text, std::size_t max_len)
 {
-    if (max_len == 0 || text.size() <= max_len) {
+    if (max_len == 0 || text.size() <= max_len)
         return text;
-    }
-    while (max_len > 0 && qel::is_continuation(text[max_len])) {
+    while (max_len > 0 && qel::is_continuation(text[max_len]))
         --max_len;
-    }
     return text.substr(0, max_len);
 }
 
@@ -113,9 +109,8 @@ arena &memory_below(const Qel_xml_node *parent)
 Qel_xml_node *create_node(arena &memory, std::string_view tag, std::size_t name_len,
                           Qel_xml_node *parent)
 {
-    if (parent == nullptr) {
+    if (parent == nullptr)
         return memory.create<Qel_xml_node>(&memory, tag, name_len);
-    }
     auto *const child =
         memory.create<Qel_xml_node>(&memory, tag, name_len, parent, parent->last_child);
     (parent->last_child == nullptr ? parent->first_child : parent->last_child->next) = child;
@@ -146,9 +141,8 @@ attribute *&slot_of(const attribute_index &index, std::string_view name)
 {
     const std::size_t last = index.num_slots - 1;
     auto at = static_cast<std::size_t>(qel::own_hasher()(name)) & last;
-    while (index.slots[at] != nullptr && index.slots[at]->name != name) {
+    while (index.slots[at] != nullptr && index.slots[at]->name != name)
         at = (at + 1) & last;
-    }
     return index.slots[at];
 }
 
@@ -159,9 +153,8 @@ void make_slots(Qel_xml_node &node)
     attribute_index &index = *node.index;
     index.num_slots *= 2;
     index.slots = node.memory->create_slots(index.num_slots);
-    for (attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
+    for (attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next)
         slot_of(index, attr->name) = attr;
-    }
 }
 
 struct found_attribute {
@@ -173,16 +166,14 @@ found_attribute find_or_add_indexed(Qel_xml_node &node, std::string_view name)
 {
     attribute_index &index = *node.index;
     attribute *&slot = slot_of(index, name);
-    if (slot != nullptr) {
+    if (slot != nullptr)
         return {slot, false};
-    }
     auto *const added = node.memory->create<attribute>(name);
     slot = added;
     index.last->next = added;
     index.last = added;
-    if (2 * ++index.count > index.num_slots) {
+    if (2 * ++index.count > index.num_slots)
         make_slots(node);
-    }
     return {added, true};
 }
 
@@ -190,15 +181,13 @@ found_attribute find_or_add_indexed(Qel_xml_node &node, std::string_view name)
 found_attribute find_or_add(Qel_xml_node &node, std::string_view name)
 {
     constexpr std::size_t few = 16; // a power of two
-    if (node.index != nullptr) {
+    if (node.index != nullptr)
         return find_or_add_indexed(node, name);
-    }
     std::size_t count = 0;
     attribute **link = &node.first_attribute;
     for (; *link != nullptr; link = &(*link)->next, ++count) {
-        if ((*link)->name == name) {
+        if ((*link)->name == name)
             return {*link, false};
-        }
     }
     attribute *const added = *link = node.memory->create<attribute>(name);
     if (++count == few) {
@@ -217,9 +206,8 @@ void take_tag_apart(Qel_xml_node &node)
     node.tag = node.name();
     for (;;) {
         const std::size_t name_end = rest.find(before_value);
-        if (name_end == std::string_view::npos) {
+        if (name_end == std::string_view::npos)
             return;
-        }
         const std::string_view name = rest.substr(1, name_end - 1);
         rest.remove_prefix(name_end + before_value.size());
         const std::string_view value = rest.substr(0, rest.find('"'));
@@ -260,15 +248,13 @@ bool Qel_xml_node_insert_attribute(Qel_xml_node_t *node, const char *name, const
                                    size_t max_len, bool overwrite) noexcept
 {
     const bool takes_attributes = node != nullptr && node->is_element();
-    if (!takes_attributes || name == nullptr || value == nullptr) {
+    if (!takes_attributes || name == nullptr || value == nullptr)
         return false;
-    }
     take_tag_apart(*node);
     arena &memory = *node->memory;
     const auto [attr, is_new] = find_or_add(*node, keep_name(memory, name));
-    if (!is_new && !overwrite) {
+    if (!is_new && !overwrite)
         return false;
-    }
     attr->value = memory.keep(limited(value, max_len));
     return true;
 }
@@ -281,9 +267,8 @@ size_t Qel_xml_node_num_children(const Qel_xml_node_t *node) noexcept
 // What hangs below a tree keeps its memory until the tree goes.
 void Qel_xml_node_destroy(Qel_xml_node_t *node) noexcept
 {
-    if (node == nullptr) {
+    if (node == nullptr)
         return;
-    }
     if (node->parent != nullptr) {
         unlink(*node);
         return;

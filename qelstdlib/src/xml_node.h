@@ -53,9 +53,8 @@ class arena
 
     std::string_view keep(std::string_view text)
     {
-        if (text.empty()) {
+        if (text.empty())
             return {};
-        }
         void *const kept = memory_.allocate(text.size(), 1);
         std::memcpy(kept, text.data(), text.size());
         return {static_cast<const char *>(kept), text.size()};

@@ -58,11 +58,10 @@ void append_non_ascii(qel::text_builder &out, std::string_view &text)
 {
     const std::string_view before = text;
     const std::optional<char32_t> chr = formats::take_char(text);
-    if (!chr || *chr == 0xFFFE || *chr == 0xFFFF) {
+    if (!chr || *chr == 0xFFFE || *chr == 0xFFFF)
         out.append(formats::replacement_utf8);
-    } else {
+    else
         out.append(before.substr(0, before.size() - text.size()));
-    }
 }
 
 void append_encoded(qel::text_builder &out, std::string_view text, place where)
@@ -71,9 +70,8 @@ void append_encoded(qel::text_builder &out, std::string_view text, place where)
     const auto is_plain = [&](char chr) { return plain[static_cast<unsigned char>(chr)]; };
     for (;;) {
         formats::append_plain(out, text, is_plain);
-        if (text.empty()) {
+        if (text.empty())
             return;
-        }
         if (is_ascii(text.front())) {
             out.append(ascii_entity(text.front(), where));
             text.remove_prefix(1);
@@ -111,9 +109,8 @@ class writer
   private:
     void begin_node(const Qel_xml_node &node)
     {
-        if (!node.is_element()) {
+        if (!node.is_element())
             return;
-        }
         append_tag("<", node.tag);
         for (const attribute *attr = node.first_attribute; attr != nullptr; attr = attr->next) {
             out_.append(' ').append(attr->name).append("=\"");
@@ -126,17 +123,15 @@ class writer
         }
         out_.append('>');
         ++depth_;
-        if (node.text) {
+        if (node.text)
             begin_text(node);
-        }
     }
 
     // All of it but the closing bracket.
     void append_tag(std::string_view bracket, std::string_view tag)
     {
-        if (on_lines_ && !out_.empty()) {
+        if (on_lines_ && !out_.empty())
             formats::begin_line(out_, depth_);
-        }
         out_.append(bracket).append(tag);
     }
 
@@ -152,9 +147,8 @@ class writer
 
     void end_node(const Qel_xml_node &node)
     {
-        if (!node.is_element() || node.num_children == 0) {
+        if (!node.is_element() || node.num_children == 0)
             return;
-        }
         --depth_;
         append_tag("</", node.name());
         out_.append('>');
@@ -176,9 +170,8 @@ class writer
 char *Qel_xml_write(const Qel_xml_node_t *node, uint32_t flags, size_t *len) noexcept
 {
     if (node == nullptr) {
-        if (len != nullptr) {
+        if (len != nullptr)
             *len = 0;
-        }
         return nullptr;
     }
     writer out((flags & QEL_XML_WRITER_PRETTYPRINT_SPACE) != 0);
