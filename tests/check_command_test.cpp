@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <sstream>
+#include <string_view>
 
 namespace
 {
@@ -160,7 +162,31 @@ TEST_F(Command, RefusesOptionsThatTheCheckHasNoUseFor)
         all.emplace_back("--check");
         EXPECT_EQ(run(all, "amount=1").status, 2) << args.front();
     }
-    EXPECT_EQ(run({"--rule=amount"}, "amount=1").status, 2);
+}
+
+TEST_F(Command, ListsTheRulesOfTheCheck)
+{
+    const result listed = run({"--rules"});
+    EXPECT_EQ(listed.status, 0);
+    for (const std::string_view line :
+         {"amount-unreadable           error    amounts as decimal text",
+          "reason-unknown              note     the words that",
+          "repeated-key                warning  each key once"})
+        EXPECT_TRUE(has("\n" + listed.out, "\n" + std::string(line))) << listed.out;
+    std::istringstream lines(listed.out);
+    arguments all{"--check"};
+    for (std::string line; std::getline(lines, line);)
+        all.push_back("--rule=" + line.substr(0, line.find(' ')));
+    EXPECT_GE(all.size(), 98);
+    const result made = run(all, "amount=1\namount=2");
+    EXPECT_EQ(made.status, 1) << made.err;
+    EXPECT_TRUE(has(made.out, "[repeated-key]")) << made.out;
+
+    const result unknown = run({"--rule=amount"}, "amount=1");
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_TRUE(has(unknown.err, "--rule: there is no rule 'amount', expected one that "
+                                 "qelrcpt --rules lists\n"))
+        << unknown.err;
 }
 
 TEST_F(Command, ListsTheKeysOfARecord)

@@ -1,7 +1,7 @@
 #include "command_line.h"
 
+#include "lists.h"
 #include "messages.h"
-#include "reading/record_keys.h"
 #include "writing/forms.h"
 #include "writing/playground.h"
 
@@ -298,6 +298,8 @@ std::string information_text(const options &given)
         return option_list(given);
     case information::keys:
         return listed_record_keys();
+    case information::rules:
+        return listed_rules();
     case information::none:
         break;
     }

@@ -111,19 +111,22 @@ void set_output_file(options &taken, const std::string &given)
     taken.output_file = file_name(given);
 }
 
+word_list rule_names(const options & /*given*/)
+{
+    word_list names;
+    for (const Qel_rcpt_rule_t &rule : rules())
+        names.emplace_back(rule.name);
+    return names;
+}
+
 template <auto names>
 void add_rule(options &taken, const std::string &given)
 {
-    const std::vector<std::string_view> known = rule_names();
+    const word_list known = rule_names(taken);
     if (std::ranges::find(known, given) == known.end())
         throw std::invalid_argument("there is no rule " + in_quotes(given) +
-                                    ", expected one of docs/requirements.md");
+                                    ", expected one that qelrcpt --rules lists");
     (taken.*names).push_back(given);
-}
-
-word_list rule_words(const options & /*given*/)
-{
-    return rule_names();
 }
 
 void set_jobs(options &taken, const std::string &given)
@@ -331,6 +334,9 @@ std::vector<option_row> make_rows()
              turn_on<&options::quiet>},
             {output, "--keys", "", "list the keys of a record, each with its meaning",
              ask<information::keys>},
+            {output, "--rules", "",
+             "list the rules of the check, each with its severity and what it wants",
+             ask<information::rules>},
             {output, "-h,--help", "", "show this help", ask<information::help>},
             {output, "--version", "", "show the version", ask<information::version>},
             {"", "--list-options", "", "the options a line each, for completion",
@@ -372,10 +378,11 @@ std::vector<option_row> make_rows()
              turn_on<&options::check>},
             {checks, "--strict", "", "write no receipt of a record that has errors",
              turn_on<&options::strict>},
-            {checks, "--rule", "NAME", "look at this rule only; may be repeated",
-             add_rule<&options::rules>, anywhere, rule_words, true},
+            {checks, "--rule", "NAME",
+             "look at this rule only, one of those that --rules lists; may be repeated",
+             add_rule<&options::rules>, anywhere, rule_names, true},
             {checks, "--no-rule", "NAME", "leave this rule out; may be repeated",
-             add_rule<&options::left_out_rules>, anywhere, rule_words, true},
+             add_rule<&options::left_out_rules>, anywhere, rule_names, true},
             {archives, "--batch", "",
              "a FILE holds one JSON object a line, and so does the output: the line's number and "
              "its blocks, or what is wrong with it",

@@ -28,7 +28,7 @@ constexpr bool is_paper(output_format format)
 }
 
 // What the command line asks for instead of receipts.
-enum class information { none, help, version, options, keys };
+enum class information { none, help, version, options, keys, rules };
 
 struct options {
     std::vector<std::string> files; // at least one; "-" is standard input

@@ -12,7 +12,15 @@ namespace tool
 namespace
 {
 
-constexpr std::string_view repeated_key = "repeated-key";
+// The one rule that needs the file: in a record a key stands once.
+constexpr Qel_rcpt_rule_t repeated_key = {"repeated-key",
+                                          QEL_RCPT_SEVERITY_WARNING,
+                                          QEL_RCPT_RULES_VALUES,
+                                          "each key once; otherwise the later value counts",
+                                          "",
+                                          "every key",
+                                          "",
+                                          ""};
 constexpr std::string_view unknown_key = "unknown-key";
 
 Qel_rcpt_form_t checked_form(std::string_view rendered_as)
@@ -98,15 +106,6 @@ std::string_view word_of(Qel_rcpt_severity_t severity)
     return words[severity];
 }
 
-std::string_view severity_of(std::string_view rule)
-{
-    for (size_t i = 0; const Qel_rcpt_rule_t *known = Qel_rcpt_check_rule(i); ++i) {
-        if (rule == known->name)
-            return word_of(known->severity);
-    }
-    return word_of(QEL_RCPT_SEVERITY_WARNING);
-}
-
 std::string text_of(const finding &finding)
 {
     std::string text = finding.message + " [" + std::string(finding.rule);
@@ -115,13 +114,21 @@ std::string text_of(const finding &finding)
     return text + "]";
 }
 
-std::vector<std::string_view> rule_names()
+const std::vector<Qel_rcpt_rule_t> &rules()
 {
-    std::vector<std::string_view> names;
-    for (size_t i = 0; const Qel_rcpt_rule_t *rule = Qel_rcpt_check_rule(i); ++i)
-        names.emplace_back(rule->name);
-    names.push_back(repeated_key);
-    return names;
+    static const std::vector<Qel_rcpt_rule_t> all = [] {
+        std::vector<Qel_rcpt_rule_t> made;
+        for (size_t i = 0; const Qel_rcpt_rule_t *rule = Qel_rcpt_check_rule(i); ++i)
+            made.push_back(*rule);
+        made.push_back(repeated_key);
+        return made;
+    }();
+    return all;
+}
+
+std::string_view severity_of(std::string_view rule)
+{
+    return word_of(std::ranges::find(rules(), rule, &Qel_rcpt_rule_t::name)->severity);
 }
 
 std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,
@@ -131,9 +138,9 @@ std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_
     Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form->name), collect,
                    &collected);
     for (const member_place &member : file.repeated) {
-        if (is_chosen(repeated_key, options))
+        if (is_chosen(repeated_key.name, options))
             collected.findings.push_back(
-                {QEL_RCPT_SEVERITY_WARNING, repeated_key, masked(member.key), member.offset,
+                {repeated_key.severity, repeated_key.name, masked(member.key), member.offset,
                  std::nullopt, "the record has this key again; the later value counts", "", ""});
     }
     return std::move(collected.findings);
@@ -146,7 +153,7 @@ bool is_error(const finding &finding)
 
 bool is_worth_a_warning(const finding &finding)
 {
-    return is_error(finding) || finding.rule == unknown_key || finding.rule == repeated_key;
+    return is_error(finding) || finding.rule == unknown_key || finding.rule == repeated_key.name;
 }
 
 std::string totals_of(const std::map<Qel_rcpt_severity_t, uint64_t> &counts)

@@ -32,14 +32,14 @@ struct finding {
 // "error", "warning" or "note".
 std::string_view word_of(Qel_rcpt_severity_t severity);
 
-// Of a rule: "error", "warning" or "note".
-std::string_view severity_of(std::string_view rule);
-
 // "message [rule]", or with the source behind the rule.
 std::string text_of(const finding &finding);
 
-// The names of all rules: the library's, and the one about what a file repeats.
-std::vector<std::string_view> rule_names();
+// All rules: the library's, and the command's own about what a file repeats.
+const std::vector<Qel_rcpt_rule_t> &rules();
+
+// Of one of them, by its name: "error", "warning" or "note".
+std::string_view severity_of(std::string_view rule);
 
 // What the chosen rules find, in the order of the rules.
 std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_t &config,

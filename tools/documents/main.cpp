@@ -126,7 +126,7 @@ std::string fuzz_dictionary(const std::string &old, const fs::path & /*root*/)
 constexpr std::string_view requirements_head =
     R"(# What receipts are checked for
 
-Made from the library's table of rules by `scripts/update-documents`.
+Made from the library's table of rules by `scripts/update-documents`. `qelrcpt --rules` lists them.
 
 `Qel_rcpt_check` (`include/qel_rcpt_check.h`) and `qelrcpt --check` look at a record before it becomes a
 receipt. An **error** is a receipt that is wrong or breaks a rule, a **warning** one that may be, and a
@@ -155,6 +155,9 @@ What stands on general knowledge, and not on a document that is named:
   BIN, which may have eight.
 - **Notices that were read second-hand**: Visa's of August 2025 as passed on by a processor
   (Checkout.com), the requirements of the schemes as summed up by Adyen, EMV as quoted by others.
+
+The command adds a rule of its own: `repeated-key`, a warning that a record has a key twice; the later
+value counts.
 
 The general forms are plain text, HTML, XML and JSON. A payment is a sale or an authorization.
 )";
