@@ -1,10 +1,12 @@
 // The library's facts, each in one place: languages, currencies, countries with rules of their own,
-// industries and forms. The command and the tests read them too. CONTRIBUTING.md says what stands
-// beside a row.
+// industries, forms and what printers are told. The command, the packages for other languages and
+// the tests read them too. CONTRIBUTING.md says what stands beside a row.
 #ifndef QEL_RCPT_TABLES_HPP
 #define QEL_RCPT_TABLES_HPP
 
 #include <qel_rcpt.h>
+#include <qel_rcpt_check.h>
+#include <qel_rcpt_print.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -82,6 +84,8 @@ struct form {
     std::size_t width;                        // in characters; 0: as the caller wants it, or none
     std::string_view line_break;              // within a block; empty: as the caller wants it
     std::string_view ecommerce; // the form that e-commerce merchants get in its place; or empty
+    Qel_rcpt_form_t checked_as;
+    bool is_text; // lines that a printer takes as they are
 };
 
 inline constexpr std::string_view general_blocks[] = {
@@ -96,13 +100,14 @@ inline constexpr std::string_view moneris_ecomm_blocks[] = {
 };
 
 inline constexpr form forms[] = {
-    {"plain", "Qel_rcpt_generate_plain", general_blocks, 0, "", ""},
-    {"html", "Qel_rcpt_generate_html", general_blocks, 0, "\n", ""},
-    {"xml", "Qel_rcpt_generate_xml", general_blocks, 0, "\n", ""},
-    {"json", "Qel_rcpt_generate_json", general_blocks, 0, "\n", ""},
-    {"moneris", "Qel_rcpt_generate_plain_moneris", moneris_blocks, 40, "\r\n", "moneris-ecomm"},
-    {"moneris-ecomm", "Qel_rcpt_generate_plain_moneris_ecomm", moneris_ecomm_blocks, 70, "\r\n",
-     ""},
+    {"plain", "Qel_rcpt_generate_plain", general_blocks, 0, "", "", QEL_RCPT_FORM_GENERAL, true},
+    {"html", "Qel_rcpt_generate_html", general_blocks, 0, "\n", "", QEL_RCPT_FORM_GENERAL, false},
+    {"xml", "Qel_rcpt_generate_xml", general_blocks, 0, "\n", "", QEL_RCPT_FORM_GENERAL, false},
+    {"json", "Qel_rcpt_generate_json", general_blocks, 0, "\n", "", QEL_RCPT_FORM_GENERAL, false},
+    {"moneris", "Qel_rcpt_generate_plain_moneris", moneris_blocks, 40, "\r\n", "moneris-ecomm",
+     QEL_RCPT_FORM_MONERIS, true},
+    {"moneris-ecomm", "Qel_rcpt_generate_plain_moneris_ecomm", moneris_ecomm_blocks, 70, "\r\n", "",
+     QEL_RCPT_FORM_MONERIS_ECOMM, true},
 };
 
 // By name.

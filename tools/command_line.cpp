@@ -196,9 +196,8 @@ void fit_paper(options &taken)
 {
     if (!taken.format || !is_paper(*taken.format))
         return;
-    constexpr std::string_view text_forms[] = {"plain", "moneris", "moneris-ecomm"};
-    if (std::ranges::find(text_forms, taken.layout.form->name) == std::end(text_forms))
-        throw usage_error("--output: expected --form " + listed(text_forms) + " with it");
+    if (!text_only.is_met(taken))
+        throw usage_error("--output: expected " + std::string(text_only.expected));
     constexpr size_t most_star_dots = 8;
     if (taken.format == output_format::star && taken.paper.qr_module > most_star_dots)
         throw usage_error("--qr-module: expected at most " + std::to_string(most_star_dots) +

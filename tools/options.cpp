@@ -256,10 +256,6 @@ constexpr use plain_or_text = {[](const options &given) {
 
 constexpr use with_batch = {[](const options &given) { return given.batch; }, "--batch with it"};
 
-constexpr use text_only = {
-    [](const options &given) { return is_for_printers(printed(*given.layout.form)); },
-    "--form plain, moneris or moneris-ecomm with it"};
-
 constexpr use html_only = {[](const options &given) { return is_form(given.layout, "html"); },
                            "--form html with it"};
 

@@ -66,6 +66,9 @@ struct use {
 
 inline constexpr use anywhere = {[](const options &) { return true; }, ""};
 
+inline constexpr use text_only = {[](const options &given) { return given.layout.form->is_text; },
+                                  "--form plain, moneris or moneris-ecomm with it"};
+
 struct option_row {
     std::string_view group;   // of --help; empty: not shown there
     std::string name;         // "-q,--quiet"

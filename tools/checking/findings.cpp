@@ -23,13 +23,6 @@ constexpr Qel_rcpt_rule_t repeated_key = {"repeated-key",
                                           ""};
 constexpr std::string_view unknown_key = "unknown-key";
 
-Qel_rcpt_form_t checked_form(std::string_view rendered_as)
-{
-    if (rendered_as == "moneris")
-        return QEL_RCPT_FORM_MONERIS;
-    return rendered_as == "moneris-ecomm" ? QEL_RCPT_FORM_MONERIS_ECOMM : QEL_RCPT_FORM_GENERAL;
-}
-
 bool is_chosen(std::string_view rule, const options &options)
 {
     const auto has = [&](const std::vector<std::string> &names) {
@@ -135,7 +128,7 @@ std::vector<finding> findings_of(const record_file &file, const Qel_rcpt_config_
                                  const options &options)
 {
     collector collected{key_places(file.members), options, {}};
-    Qel_rcpt_check(file.record.get(), &config, checked_form(options.layout.form->name), collect,
+    Qel_rcpt_check(file.record.get(), &config, options.layout.form->checked_as, collect,
                    &collected);
     for (const member_place &member : file.repeated) {
         if (is_chosen(repeated_key.name, options))

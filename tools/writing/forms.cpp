@@ -44,11 +44,6 @@ const printed_form &printed(const qel_rcpt::form &form)
     return printed_forms[&form - qel_rcpt::forms];
 }
 
-bool is_for_printers(const printed_form &form)
-{
-    return form.document == text_document;
-}
-
 std::string as_text(const std::vector<receipt> &receipts, const layout &layout)
 {
     return printed(*layout.form).document(receipts, layout.line_break);

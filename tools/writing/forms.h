@@ -21,9 +21,6 @@ struct printed_form {
 
 const printed_form &printed(const qel_rcpt::form &form);
 
-// Whether it makes lines that a printer takes as they are.
-bool is_for_printers(const printed_form &form);
-
 // The receipts as one text, in the manner of the layout's form.
 std::string as_text(const std::vector<receipt> &receipts, const layout &layout);
 

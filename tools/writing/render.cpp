@@ -42,11 +42,10 @@ std::vector<std::string_view> blocks_of(const qel_rcpt::form &form)
 
 receipt render(Qel_hash_dict_t *record, const Qel_rcpt_config_t &config, const layout &layout)
 {
-    const printed_form &how = printed(*layout.form);
-    if (is_for_printers(how) && !layout.raw)
+    if (layout.form->is_text && !layout.raw)
         Qel_rcpt_strip_control(record);
     const qel_rcpt::form &form = form_for(*layout.form, config);
-    receipt shown{qel::dict(how.generate(record, config, layout)),
+    receipt shown{qel::dict(printed(*layout.form).generate(record, config, layout)),
                   {},
                   &form,
                   form.line_break.empty() ? layout.line_break : std::string(form.line_break),

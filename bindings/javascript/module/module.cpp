@@ -7,6 +7,7 @@
 #include <qel_rcpt_check.h>
 #include <qel_rcpt_outcome.hpp>
 #include <qel_rcpt_print.h>
+#include <qel_rcpt_tables.hpp>
 #include <qelstdlib.hpp>
 
 #include <algorithm>
@@ -19,10 +20,10 @@
 namespace
 {
 
-// What the caller fills in: numbers of 32 bits, in the order of src/settings.js.
+// What the caller fills in: numbers of 32 bits, in the order of SETTINGS in src/options.js.
 struct call_settings {
     std::uint32_t texts; // in the request
-    std::uint32_t form;  // its place in generators
+    std::uint32_t form;  // its place among the library's
     std::uint32_t customer_language;
     std::uint32_t merchant_language;
     std::uint32_t country;
@@ -125,31 +126,33 @@ Qel_hash_dict_t *generate(Qel_hash_dict_t *record, const Qel_rcpt_config_t *conf
 }
 
 struct generator {
+    std::string_view form;
     Qel_hash_dict_t *(*generate)(Qel_hash_dict_t *record, const Qel_rcpt_config_t *config);
-    Qel_rcpt_form_t checked_as;
-    bool is_text; // which hands control characters on
 };
 
 constexpr generator generators[] = {
-    {generate_plain, QEL_RCPT_FORM_GENERAL, true},
-    {generate<Qel_rcpt_generate_html>, QEL_RCPT_FORM_GENERAL, false},
-    {generate<Qel_rcpt_generate_xml>, QEL_RCPT_FORM_GENERAL, false},
-    {generate<Qel_rcpt_generate_json>, QEL_RCPT_FORM_GENERAL, false},
-    {generate<Qel_rcpt_generate_plain_moneris>, QEL_RCPT_FORM_MONERIS, true},
-    {generate<Qel_rcpt_generate_plain_moneris_ecomm>, QEL_RCPT_FORM_MONERIS_ECOMM, true},
+    {"plain", generate_plain},
+    {"html", generate<Qel_rcpt_generate_html>},
+    {"xml", generate<Qel_rcpt_generate_xml>},
+    {"json", generate<Qel_rcpt_generate_json>},
+    {"moneris", generate<Qel_rcpt_generate_plain_moneris>},
+    {"moneris-ecomm", generate<Qel_rcpt_generate_plain_moneris_ecomm>},
 };
+static_assert(std::ranges::equal(generators, qel_rcpt::forms, {}, &generator::form,
+                                 &qel_rcpt::form::name),
+              "every form has its row here");
 
-const generator &chosen_generator()
+std::size_t chosen_form()
 {
-    return generators[std::min<std::size_t>(settings_of_call.form, std::size(generators) - 1)];
+    return std::min<std::size_t>(settings_of_call.form, std::size(generators) - 1);
 }
 
 qel::dict generated(const transaction &made)
 {
-    const generator &chosen = chosen_generator();
-    if (chosen.is_text && settings_of_call.is_raw == 0)
+    const bool hands_control_on = qel_rcpt::forms[chosen_form()].is_text;
+    if (hands_control_on && settings_of_call.is_raw == 0)
         Qel_rcpt_strip_control(made.record());
-    return qel::dict(chosen.generate(made.record(), &made.config()));
+    return qel::dict(generators[chosen_form()].generate(made.record(), &made.config()));
 }
 
 // Whether a name is in a list of names with commas between them; an empty list has all.
@@ -340,8 +343,8 @@ MODULE_EXPORT(render) std::uint32_t module_render()
 MODULE_EXPORT(check) std::uint32_t module_check()
 {
     return answer([](const transaction &made) {
-        Qel_rcpt_check(made.record(), &made.config(), chosen_generator().checked_as, add_finding,
-                       nullptr);
+        Qel_rcpt_check(made.record(), &made.config(), qel_rcpt::forms[chosen_form()].checked_as,
+                       add_finding, nullptr);
     });
 }
 

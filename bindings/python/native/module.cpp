@@ -19,15 +19,14 @@ namespace
 
 struct settings;
 
-struct form {
-    std::string_view name; // as in qel_rcpt::forms
+struct generator {
+    std::string_view form;
     Qel_hash_dict_t *(*generate)(Qel_hash_dict_t *record, const settings &how);
-    Qel_rcpt_form_t checked_as;
 };
 
 // What a renderer was made with.
 struct settings {
-    const form *rendered_as = nullptr;
+    const qel_rcpt::form *form = nullptr;
     std::size_t width = 0;
     std::string line_break;
     bool strips_control = false; // characters of the record
@@ -48,15 +47,17 @@ Qel_hash_dict_t *generate_plain(Qel_hash_dict_t *record, const settings &how)
     return Qel_rcpt_generate_plain(record, &how.config, how.width, how.line_break.c_str());
 }
 
-constexpr form forms[] = {
-    {"plain", generate_plain, QEL_RCPT_FORM_GENERAL},
-    {"html", generate<Qel_rcpt_generate_html>, QEL_RCPT_FORM_GENERAL},
-    {"xml", generate<Qel_rcpt_generate_xml>, QEL_RCPT_FORM_GENERAL},
-    {"json", generate<Qel_rcpt_generate_json>, QEL_RCPT_FORM_GENERAL},
-    {"moneris", generate<Qel_rcpt_generate_plain_moneris>, QEL_RCPT_FORM_MONERIS},
-    {"moneris-ecomm", generate<Qel_rcpt_generate_plain_moneris_ecomm>, QEL_RCPT_FORM_MONERIS_ECOMM},
+constexpr generator generators[] = {
+    {"plain", generate_plain},
+    {"html", generate<Qel_rcpt_generate_html>},
+    {"xml", generate<Qel_rcpt_generate_xml>},
+    {"json", generate<Qel_rcpt_generate_json>},
+    {"moneris", generate<Qel_rcpt_generate_plain_moneris>},
+    {"moneris-ecomm", generate<Qel_rcpt_generate_plain_moneris_ecomm>},
 };
-static_assert(std::size(forms) == std::size(qel_rcpt::forms));
+static_assert(std::ranges::equal(generators, qel_rcpt::forms, {}, &generator::form,
+                                 &qel_rcpt::form::name),
+              "every form has its row here");
 
 void destroy_settings(PyObject *capsule) noexcept
 {
@@ -70,6 +71,15 @@ const settings &settings_in(PyObject *capsule)
     if (how == nullptr)
         throw python_error{};
     return *how;
+}
+
+const qel_rcpt::form *find_form(std::string_view name)
+{
+    const auto *found = std::ranges::find(qel_rcpt::forms, name, &qel_rcpt::form::name);
+    if (found != std::end(qel_rcpt::forms))
+        return found;
+    PyErr_Format(PyExc_ValueError, "form: '%s' is unknown", name.data());
+    throw python_error{};
 }
 
 void load_zone(settings &made, const char *name)
@@ -102,7 +112,7 @@ PyObject *make_settings(PyObject * /*module*/, PyObject *arguments)
         parse(arguments, "snspIIIIIz:settings", &form_name, &width, &line_break, &strips_control,
               &customer_lang, &merchant_lang, &made->config.country_code,
               &made->config.currency_code, &industry, &zone_name);
-        made->rendered_as = std::ranges::find(forms, std::string_view(form_name), &form::name);
+        made->form = find_form(form_name);
         made->width = static_cast<std::size_t>(width);
         made->line_break = line_break;
         made->strips_control = strips_control != 0;
@@ -121,7 +131,7 @@ PyObject *make_settings(PyObject * /*module*/, PyObject *arguments)
 // Blocks whose lines the form joins as the caller does not want it.
 void replace_line_breaks(qel::dict &blocks, const settings &how)
 {
-    const std::string_view own = qel_rcpt::form_named(how.rendered_as->name).line_break;
+    const std::string_view own = how.form->line_break;
     if (own.empty() || own == "\n" || own == how.line_break)
         return;
     qel::dict replaced(
@@ -137,7 +147,7 @@ qel::dict render_record(qel::dict record, const settings &how)
 {
     if (how.strips_control)
         Qel_rcpt_strip_control(record.get());
-    qel::dict blocks(how.rendered_as->generate(record.get(), how));
+    qel::dict blocks(generators[how.form - qel_rcpt::forms].generate(record.get(), how));
     replace_line_breaks(blocks, how);
     return blocks;
 }
@@ -240,8 +250,7 @@ PyObject *check(PyObject * /*module*/, PyObject *arguments)
         std::vector<finding> findings;
         {
             const unlocked others_run;
-            Qel_rcpt_check(kvs.get(), &how.config, how.rendered_as->checked_as, keep_finding,
-                           &findings);
+            Qel_rcpt_check(kvs.get(), &how.config, how.form->checked_as, keep_finding, &findings);
         }
         object list = owned(PyList_New(0));
         place_counter places(kvs.get());
@@ -335,14 +344,16 @@ object countries()
     return table;
 }
 
-// By name: width, or 0 for the caller's choice, and the form that e-commerce merchants get.
+// By name: width, or 0 for the caller's choice, the form that e-commerce merchants get, and whether
+// it is text.
 object form_table()
 {
     object table = owned(PyDict_New());
     for (const qel_rcpt::form &row : qel_rcpt::forms) {
         const object ecommerce = to_str(row.ecommerce);
         const object facts =
-            owned(Py_BuildValue("(nO)", static_cast<Py_ssize_t>(row.width), ecommerce.get()));
+            owned(Py_BuildValue("(nOO)", static_cast<Py_ssize_t>(row.width), ecommerce.get(),
+                                row.is_text ? Py_True : Py_False));
         expect(PyDict_SetItem(table.get(), to_str(row.name).get(), facts.get()));
     }
     return table;

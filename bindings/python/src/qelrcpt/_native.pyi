@@ -1,7 +1,8 @@
 from typing import Callable, Dict, List, Optional, Tuple
 
 VERSION: str
-FORMS: Dict[str, Tuple[int, str]]  # width (0: any), and the form that e-commerce merchants get or ""
+# Width (0: any), the form that e-commerce merchants get or "", and whether it is text.
+FORMS: Dict[str, Tuple[int, str, bool]]
 LANGUAGES: Dict[str, int]
 COUNTRIES: Dict[str, int]
 CURRENCIES: Dict[str, int]

@@ -16,7 +16,6 @@ _SEVERITIES: Tuple[Literal["note"], Literal["warning"], Literal["error"]] = (
     "warning",
     "error",
 )
-_TEXT_FORMS = ("plain", "moneris", "moneris-ecomm")
 _LINE_BREAKS = {"\n": 0, "\r\n": 0, "\r": 0}
 _PRINTED_KEYS = ("merch_name", "ordernum", "ptrannum")
 
@@ -96,11 +95,12 @@ class Renderer:
         )
         width = _number("width", self.width, 10, 0xFFFF)
         form = _form_for(self.form, industry)
+        own_width, _, is_text = _native.FORMS[form]
         settings = _native.settings(
             form,
             width,
             self.line_break,
-            form in _TEXT_FORMS and not self.raw,
+            is_text and not self.raw,
             language,
             merchant_language,
             _code("country", self.country, _native.COUNTRIES),
@@ -108,8 +108,7 @@ class Renderer:
             industry,
             _zone_name(self.time_zone),
         )
-        own_width = _native.FORMS[form][0]
-        line_break = self.line_break if form in _TEXT_FORMS else "\n"
+        line_break = self.line_break if is_text else "\n"
         object.__setattr__(self, "_settings", settings)
         object.__setattr__(self, "_layout", Layout(form, own_width or width, line_break, self.raw))
 
