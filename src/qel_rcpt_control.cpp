@@ -1,5 +1,6 @@
 // Control characters in a record, which a printer or a terminal would obey.
 #include "qel_rcpt_chars.hpp"
+#include "qel_rcpt_keys.hpp"
 
 #include <qel_rcpt.h>
 #include <qelstdlib.hpp>
@@ -14,9 +15,6 @@
 
 namespace
 {
-
-// Their texts are read from JSON, where escapes stand for characters.
-constexpr std::string_view json_keys[] = {"line_items", "moneris_rcpt_data"};
 
 unsigned char code_of(char byte)
 {
@@ -126,10 +124,12 @@ char replacement(unsigned control)
     return is_space ? ' ' : '?';
 }
 
-bool is_json_key(const char *key)
+// Whether the key's text is read as JSON, where escapes stand for characters.
+bool is_document(const char *key)
 {
-    return std::ranges::any_of(
-        json_keys, [&](std::string_view known) { return Qel_str_caseeq(key, known.data()); });
+    return std::ranges::any_of(qel_rcpt::record_keys, [key](const qel_rcpt::record_key &known) {
+        return known.kind == qel_rcpt::key_kind::json && Qel_str_caseeq(key, known.name.data());
+    });
 }
 
 // The value without control characters; absent when there are none.
@@ -138,7 +138,7 @@ std::optional<std::string> stripped(const char *key, std::string_view text)
     const bool has_escapes = text.find('\\') != std::string_view::npos;
     if (!has_escapes && qel_rcpt::is_visible_ascii(text))
         return std::nullopt;
-    text_walk walk(is_json_key(key));
+    text_walk walk(is_document(key));
     std::optional<std::string> clean;
     std::size_t size = 0;
     for (std::size_t at = 0; at < text.size(); at += size) {

@@ -340,9 +340,11 @@ static_assert([] { // each stands there once
     return true;
 }());
 
-constexpr bool is_record_key(std::string_view key)
+// Whether the key's value is a JSON document.
+constexpr bool is_document(std::string_view key)
 {
-    return find_record_key(key) < num_record_keys;
+    const std::size_t place = find_record_key(key);
+    return place < num_record_keys && record_keys[place].kind == key_kind::json;
 }
 
 } // namespace qel_rcpt

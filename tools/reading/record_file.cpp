@@ -5,6 +5,8 @@
 #include "reading/input_file.h"
 #include "reading/wrong_kinds.h"
 
+#include <qel_rcpt_keys.hpp>
+
 #include <algorithm>
 #include <optional>
 #include <set>
@@ -114,8 +116,7 @@ void apply_setting(merchant &merchant, const entry &member)
 
 void check_record_member(const entry &member)
 {
-    const bool is_document = member.key == "line_items" || member.key == "moneris_rcpt_data";
-    if (member.kind == entry_kind::nested && !is_document)
+    if (member.kind == entry_kind::nested && !qel_rcpt::is_document(member.key))
         throw text_error(member.offset, in_quotes(member.key) +
                                             " is an object or array, expected a text, a number, "
                                             "true or false");

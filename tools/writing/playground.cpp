@@ -56,12 +56,9 @@ struct values_handler : qel::json_handler {
     bool are_texts = true;
 };
 
-bool is_document(std::string_view key, std::string_view value)
+bool is_shown_as_document(std::string_view key, std::string_view value)
 {
-    const size_t place = qel_rcpt::find_record_key(key);
-    const bool may_be = place < qel_rcpt::num_record_keys &&
-                        qel_rcpt::record_keys[place].kind == qel_rcpt::key_kind::json;
-    if (!may_be || (!value.starts_with('{') && !value.starts_with('[')))
+    if (!qel_rcpt::is_document(key) || (!value.starts_with('{') && !value.starts_with('[')))
         return false;
     values_handler values;
     return qel::json_reader(value, values).read().problem == qel::json_problem::none &&
@@ -74,7 +71,7 @@ std::string record_json(const Qel_hash_dict_t *record)
     std::string json = "{";
     for (const auto [key, value] : qel::pairs(record)) {
         json.append(json.ends_with('{') ? "\n  " : ",\n  ").append(json_text(key)).append(": ");
-        if (is_document(key, value))
+        if (is_shown_as_document(key, value))
             json.append(value).append(
                 std::string_view(value).find("//") == std::string_view::npos ? "" : "\n");
         else
