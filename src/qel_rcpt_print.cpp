@@ -16,9 +16,6 @@ using namespace std::string_view_literals;
 namespace
 {
 
-constexpr std::size_t default_paper_columns = 48; // of 80 mm
-constexpr std::size_t font_a_dots = 12;
-constexpr std::size_t font_b_dots = 9;
 constexpr unsigned default_feed = 4; // without a cut
 
 // A block in markup or as data. None of these beginnings is one of a text block, which is in
@@ -100,12 +97,12 @@ Qel_rcpt_print_fault_t choose_font(job &made, const Qel_hash_dict_t *blocks)
 {
     const Qel_rcpt_printer_t &printer = made.printer;
     const std::size_t font_a =
-        printer.paper_columns == 0 ? default_paper_columns : printer.paper_columns;
+        printer.paper_columns == 0 ? qel_rcpt::usual_paper_columns : printer.paper_columns;
     const std::size_t columns = printer.columns == 0 ? widest_line(blocks) : printer.columns;
-    made.dots = font_a * font_a_dots;
+    made.dots = font_a * qel_rcpt::font_a_dots;
     made.font_b = columns > font_a;
-    return columns * font_b_dots <= made.dots || !made.font_b ? QEL_RCPT_PRINT_FAULT_NONE
-                                                              : QEL_RCPT_PRINT_FAULT_WIDTH;
+    return columns <= qel_rcpt::columns_in_font_b(font_a) ? QEL_RCPT_PRINT_FAULT_NONE
+                                                          : QEL_RCPT_PRINT_FAULT_WIDTH;
 }
 
 Qel_rcpt_print_fault_t check_logo(const job &made)

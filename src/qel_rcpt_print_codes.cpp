@@ -2,6 +2,7 @@
 // specifications, and the sizes of the codes that they draw.
 #include "qel_rcpt_print_codes.hpp"
 #include "qel_rcpt_chars.hpp"
+#include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
 #include <array>
@@ -101,7 +102,7 @@ constexpr printer_language escpos = {
     .drawer_2 = ESC "p\x01\x32\xFA",
     .full_cut = GS "VA\0"sv,
     .partial_cut = GS "VB\0"sv,
-    .most_qr_module = 16,
+    .most_qr_module = qel_rcpt::most_escpos_qr_module,
     .feed = escpos_feed,
     .logo_by_number = escpos_logo_by_number,
     .logo_by_key = escpos_logo_by_key,
@@ -158,7 +159,7 @@ constexpr printer_language starprnt = {
     .drawer_2 = "\x1A",
     .full_cut = ESC "d\x02",
     .partial_cut = ESC "d\x03",
-    .most_qr_module = 8,
+    .most_qr_module = qel_rcpt::most_starprnt_qr_module,
     .feed = star_feed,
     .logo_by_number = star_logo_by_number,
     .logo_by_key = nullptr,

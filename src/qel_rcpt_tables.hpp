@@ -110,6 +110,21 @@ inline constexpr form forms[] = {
      QEL_RCPT_FORM_MONERIS_ECOMM, true},
 };
 
+// Paper as receipt printers measure it: in characters of font A, which are 12 dots wide. Those of
+// font B are narrower.
+inline constexpr std::size_t usual_paper_columns = 48; // 80 mm
+inline constexpr std::size_t font_a_dots = 12;
+inline constexpr std::size_t font_b_dots = 9;
+
+constexpr std::size_t columns_in_font_b(std::size_t paper_columns)
+{
+    return paper_columns * font_a_dots / font_b_dots;
+}
+
+// A QR code's module, in dots.
+inline constexpr std::uint8_t most_escpos_qr_module = 16;
+inline constexpr std::uint8_t most_starprnt_qr_module = 8;
+
 // By name.
 constexpr const form &form_named(std::string_view name)
 {

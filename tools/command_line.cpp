@@ -198,20 +198,20 @@ void fit_paper(options &taken)
         return;
     if (!text_only.is_met(taken))
         throw usage_error("--output: expected " + std::string(text_only.expected));
-    constexpr size_t most_star_dots = 8;
-    if (taken.format == output_format::star && taken.paper.qr_module > most_star_dots)
-        throw usage_error("--qr-module: expected at most " + std::to_string(most_star_dots) +
+    constexpr unsigned most_dots = qel_rcpt::most_starprnt_qr_module;
+    if (taken.format == output_format::star && taken.paper.qr_module > most_dots)
+        throw usage_error("--qr-module: expected at most " + std::to_string(most_dots) +
                           " with --output star");
     if (!is_form(taken.layout, "plain"))
         return;
-    constexpr size_t usual_columns = 48;
-    const size_t columns = taken.paper.columns.value_or(usual_columns);
+    const size_t columns = taken.paper.columns.value_or(qel_rcpt::usual_paper_columns);
     if (taken.paper.columns && !taken.has_width)
         taken.layout.width = columns;
-    if (taken.layout.width > columns * 4 / 3)
+    const size_t most = qel_rcpt::columns_in_font_b(columns);
+    if (taken.layout.width > most)
         throw usage_error("--width: " + std::to_string(taken.layout.width) +
                           " columns do not fit on the paper, expected at most " +
-                          std::to_string(columns * 4 / 3) + ", or another --paper");
+                          std::to_string(most) + ", or another --paper");
 }
 
 // There is no receipt to lay out.

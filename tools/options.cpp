@@ -205,8 +205,8 @@ void set_qr_level(options &taken, const std::string &given)
 
 void set_qr_module(options &taken, const std::string &given)
 {
-    constexpr size_t most_dots = 16;
-    taken.paper.qr_module = static_cast<uint8_t>(to_number(given, "size in dots", 1, most_dots));
+    taken.paper.qr_module =
+        static_cast<uint8_t>(to_number(given, "size in dots", 1, qel_rcpt::most_escpos_qr_module));
 }
 
 template <auto flag>

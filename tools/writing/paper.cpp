@@ -123,12 +123,11 @@ bool paper_roll::add_copy(const std::string &name, const Qel_hash_dict_t *blocks
 std::string paper_roll::as_png() const
 {
 #ifdef QELRCPT_PNG
-    constexpr unsigned usual_columns = 48;
-    constexpr unsigned font_a_dots = 12;
     paper::model model;
     model.language = printer_.language == QEL_RCPT_PRINTER_LANG_STARPRNT ? paper::language::starprnt
                                                                          : paper::language::escpos;
-    model.dots = font_a_dots * options_.columns.value_or(usual_columns);
+    const size_t columns = options_.columns.value_or(qel_rcpt::usual_paper_columns);
+    model.dots = static_cast<unsigned>(qel_rcpt::font_a_dots * columns);
     if (options_.code_page_number)
         model.own_pages[*options_.code_page_number] = name_of(options_.code_page);
     return paper::as_png(paper::print(bytes_, model), model.dots);
