@@ -306,7 +306,8 @@ const char *Qel_rcpt_print_fault_to_str(Qel_rcpt_print_fault_t fault) noexcept
     case QEL_RCPT_PRINT_FAULT_NOT_TEXT:
         return "a block is markup or data, not text";
     case QEL_RCPT_PRINT_FAULT_OPTION:
-        return "an option has a value that it does not have";
+        return "the printer's language, the cut, the drawer, the QR level or the QR module has an "
+               "unknown value";
     case QEL_RCPT_PRINT_FAULT_CODE_PAGE:
         return "the printer's language has no such code page";
     case QEL_RCPT_PRINT_FAULT_WIDTH:
