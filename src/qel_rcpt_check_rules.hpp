@@ -70,11 +70,12 @@ inline constexpr Qel_rcpt_rule_t rules[] = {
      ours, ""},
     {"entry-mode-unknown", note, values, "C, T, R, S, F or M, as docs/record.md has them", "",
      "rcpt_entry_mode", ours, ""},
-    {"currency-unknown", error, values, "a currency that is written with $, € or £", "",
+    {"currency-unknown", error, values,
+     "a currency of two decimals whose sign the library knows, such as $, € and £", "",
      "the configuration's currency_code", ours, ""},
     {"currency-misnamed", error, values,
-     "the currency that the layout names: that of countries "
-     "124 (CAD) and 826 (GBP), USD for all others",
+     "the currency that the layout names: one that the library knows by the number of the "
+     "country, such as 124 (CAD) and 826 (GBP), USD for all others",
      "Moneris e-commerce", "the configuration's currency_code and country_code", ours, ""},
     {"chip-value-malformed", warning, values,
      "hexadecimal digits: 10 to 32 of an AID, 10 of the TVR, 4 of the TSI, 16 of a cryptogram, "

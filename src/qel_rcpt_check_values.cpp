@@ -1,5 +1,6 @@
 // Values that cannot be used: what a receipt would leave out, cut or misread.
 #include "qel_rcpt_check.hpp"
+#include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -20,23 +21,24 @@ std::size_t count_in_front(std::string_view text, Predicate is_one)
     return count;
 }
 
-// ISO 4217: the currencies that are written with "$", "€" or "£" and have two decimals.
-constexpr std::uint32_t known_currencies[] = {840, 978, 826, 124, 36,  554, 344, 702, 901, 484,
-                                              170, 32,  214, 192, 858, 388, 780, 52,  44,  84,
-                                              60,  136, 328, 951, 968, 242, 90,  96,  430, 516};
+// ISO 4217: the currencies without a row of their own that are written as the first one is, with
+// "$" and two decimals.
+constexpr std::uint32_t written_as_dollars[] = {36,  554, 344, 702, 901, 484, 170, 32, 214,
+                                                192, 858, 388, 780, 52,  44,  84,  60, 136,
+                                                328, 951, 968, 242, 90,  96,  430, 516};
 
 bool has_foreign_currency(const subject &record)
 {
-    return std::ranges::find(known_currencies, record.config().currency_code) ==
-           std::end(known_currencies);
+    const std::uint32_t code = record.config().currency_code;
+    return find_code(currencies, code) == nullptr &&
+           std::ranges::find(written_as_dollars, code) == std::end(written_as_dollars);
 }
 
 // The e-commerce layout writes the currency's code by the merchant's country.
 bool has_currency_of_other_country(const subject &record)
 {
-    const std::uint32_t country = record.config().country_code;
-    const bool has_own_code = country == 826 || country == 978 || country == 124;
-    return record.is_ecommerce() && record.config().currency_code != (has_own_code ? country : 840);
+    const Qel_rcpt_config_t &config = record.config();
+    return record.is_ecommerce() && config.currency_code != currency_of(config.country_code).code;
 }
 
 bool has_unknown_title(const subject &record)
@@ -62,8 +64,8 @@ constexpr condition conditions[] = {
     {rule_named("action-unknown"), has_untitled_action_trans, "action_trans", untitled},
     {rule_named("action-unknown"), has_untitled_action, "action", untitled},
     {rule_named("currency-unknown"), has_foreign_currency, "",
-     "the configuration's currency is none that is written with a dollar, euro or pound sign and "
-     "two decimals; the receipt would show dollars"},
+     "the configuration's currency is none of two decimals whose sign the library knows; the "
+     "receipt would show dollars"},
     {rule_named("currency-misnamed"), has_currency_of_other_country, "",
      "this layout names the currency by the merchant's country, and that is not the "
      "configuration's currency"},

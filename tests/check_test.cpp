@@ -435,12 +435,15 @@ TEST_F(Check, AsksForCurrenciesAsTheyAreWritten)
         return rules_in(findings_of(sale_with("moneris_rcpt_data:{}"),
                                     {.country = country, .currency = currency, .form = form}));
     };
-    for (const std::uint32_t currency : {840U, 124U, 978U, 826U})
+    for (const std::uint32_t currency : {840U, 124U, 978U, 826U, 36U, 516U})
         EXPECT_EQ(rules(276, currency, QEL_RCPT_FORM_GENERAL), "") << currency;
     EXPECT_EQ(rules(392, 392, QEL_RCPT_FORM_GENERAL), "currency-unknown");
     EXPECT_EQ(rules(124, 124, QEL_RCPT_FORM_MONERIS_ECOMM), "");
     EXPECT_EQ(rules(826, 826, QEL_RCPT_FORM_MONERIS_ECOMM), "");
+    EXPECT_EQ(rules(978, 978, QEL_RCPT_FORM_MONERIS_ECOMM), ""); // no country, but named EUR
+    EXPECT_EQ(rules(276, 840, QEL_RCPT_FORM_MONERIS_ECOMM), "");
     EXPECT_EQ(rules(276, 978, QEL_RCPT_FORM_MONERIS_ECOMM), "currency-misnamed");
+    EXPECT_EQ(rules(124, 840, QEL_RCPT_FORM_MONERIS_ECOMM), "currency-misnamed");
 }
 
 TEST_F(Check, LooksAtDiscountsWhereTheyAreSplit)
