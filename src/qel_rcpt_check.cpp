@@ -2,6 +2,7 @@
 #include "qel_rcpt_check.hpp"
 
 #include "qel_rcpt_outcome.hpp"
+#include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -128,8 +129,8 @@ subject::subject(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config, Qe
         config_ = *config;
     } else {
         config_ = {};
-        config_.country_code = country_us;
-        config_.currency_code = us_dollar;
+        config_.country_code = countries[0].code;
+        config_.currency_code = currencies[0].code;
     }
     if (form > QEL_RCPT_FORM_MONERIS_ECOMM)
         form_ = QEL_RCPT_FORM_GENERAL;
@@ -145,7 +146,7 @@ subject::subject(const Qel_hash_dict_t *kvs, const Qel_rcpt_config_t *config, Qe
         if (record_keys[place].kind == key_kind::amount)
             amounts_[place] = Qel_atofi100(value);
     }
-    action_ = has("action_trans") ? get("action_trans") : has("action") ? get("action") : nullptr;
+    action_ = get_action(kvs);
     const char *kind = Qel_rcpt_get_tran_type(action_, QEL_RCPT_LANG_EN, "");
     is_payment_ = kind != nullptr &&
                   (kind == Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, QEL_RCPT_MSG_PURCHASE) ||
@@ -201,7 +202,7 @@ bool subject::has_language(Qel_rcpt_lang_t lang) const
 
 bool subject::is_card_class(const char *word) const
 {
-    return Qel_str_caseeq(has("u_cardclass") ? get("u_cardclass") : get("card_cardclass"), word);
+    return Qel_str_caseeq(Qel_rcpt_get_cardclass(kvs_), word);
 }
 
 bool subject::is_benefit() const

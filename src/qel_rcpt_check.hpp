@@ -129,7 +129,6 @@ class subject
 
 inline constexpr std::uint32_t country_us = 840; // ISO 3166-1
 inline constexpr std::uint32_t country_canada = 124;
-inline constexpr std::uint32_t us_dollar = 840; // ISO 4217
 
 // A piece of a sentence: our own words, or a value of the record in quotes.
 struct piece {

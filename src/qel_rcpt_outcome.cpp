@@ -47,7 +47,7 @@ bool was_voided(const Qel_hash_dict_t *kvs)
 
 bool was_approved(const Qel_hash_dict_t *kvs)
 {
-    return is_one_of(Qel_rcpt_get_orig(kvs, outcome_code), {"auth", "success"});
+    return qel_rcpt::is_approving(Qel_rcpt_get_orig(kvs, outcome_code));
 }
 
 bool was_partially_approved(const Qel_hash_dict_t *kvs)
@@ -68,9 +68,7 @@ bool has_answer_of_processor(const Qel_hash_dict_t *kvs)
 
 bool was_declined_by_card(const Qel_hash_dict_t *kvs)
 {
-    return key_is(kvs, "u_errorcode", "emv_card_deny") ||
-           key_is(kvs, "reversal_reason", "carddecline") ||
-           key_is(kvs, "offline_decline", "carddecline");
+    return key_is(kvs, "u_errorcode", "emv_card_deny") || qel_rcpt::was_declined_by_chip(kvs);
 }
 
 bool was_chip_swiped(const Qel_hash_dict_t *kvs)

@@ -38,7 +38,7 @@ bool is_authorized(const Qel_hash_dict_t *kvs)
 
 bool has_approving_code(const Qel_hash_dict_t *kvs)
 {
-    return is_one_of(get_code(kvs), {"auth", "success"});
+    return qel_rcpt::is_approving(get_code(kvs));
 }
 
 bool has_cancel_error(const Qel_hash_dict_t *kvs)
@@ -106,8 +106,7 @@ result_text get_result(const plain_receipt &info)
 bool has_refusal_of_card(const Qel_hash_dict_t *kvs)
 {
     return (key_is(kvs, "u_errorcode", "emv_card_deny") && was_reversed(kvs)) ||
-           key_is(kvs, "reversal_reason", "carddecline") ||
-           key_is(kvs, "offline_decline", "carddecline");
+           qel_rcpt::was_declined_by_chip(kvs);
 }
 
 struct card_status_rule {

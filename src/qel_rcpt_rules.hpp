@@ -52,8 +52,17 @@ inline bool key_is_true(const Qel_hash_dict_t *kvs, const char *key)
     return Qel_str_istrue(get(kvs, key));
 }
 
+// Whether a result code, of whichever transaction, is an approval.
+inline bool is_approving(const char *code)
+{
+    return is_one_of(code, {"auth", "success"});
+}
+
 // Whether the card was taken out before the transaction was complete.
 bool was_card_removed(const Qel_hash_dict_t *kvs);
+
+// Whether the chip said no, by what is known of the reversal or of the offline decision.
+bool was_declined_by_chip(const Qel_hash_dict_t *kvs);
 
 // Whether the issuer said no.
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs);
@@ -86,6 +95,9 @@ inline constexpr money_term subtotal_terms[] = {
 // The record's value, also an empty one, or the message where the record does not have the key.
 const char *get_or_message(const Qel_hash_dict_t *kvs, const char *key, Qel_rcpt_lang_t lang,
                            Qel_rcpt_msg_t missing);
+
+// What is done or, for a correction, was done; absent where the record does not say.
+const char *get_action(const Qel_hash_dict_t *kvs);
 
 // What the transaction is called, from its action and card class; absent without an action.
 const char *get_title(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang);

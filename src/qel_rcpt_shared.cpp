@@ -115,25 +115,27 @@ bool was_card_removed(const Qel_hash_dict_t *kvs)
            key_is(kvs, "reversal_reason", "cardremoved");
 }
 
+bool was_declined_by_chip(const Qel_hash_dict_t *kvs)
+{
+    return key_is(kvs, "reversal_reason", "carddecline") ||
+           key_is(kvs, "offline_decline", "carddecline");
+}
+
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
 {
     return key_is_true(kvs, "issuer_decline");
 }
 
-namespace
-{
-
 const char *get_action(const Qel_hash_dict_t *kvs)
 {
-    return get_nonempty(kvs, "action_trans", "action");
+    const char *action = get_nonempty(kvs, "action_trans", "action");
+    return Qel_str_isempty(action) ? nullptr : action;
 }
-
-} // namespace
 
 const char *get_title(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang)
 {
     const char *action = get_action(kvs);
-    if (Qel_str_isempty(action))
+    if (action == nullptr)
         return nullptr;
     return Qel_rcpt_get_tran_type(action, lang, Qel_rcpt_get_cardclass(kvs));
 }
@@ -142,7 +144,7 @@ const char *get_title_moneris(const Qel_hash_dict_t *kvs, Qel_rcpt_lang_t lang,
                               const char *correction_type)
 {
     const char *action = get_action(kvs);
-    if (Qel_str_isempty(action))
+    if (action == nullptr)
         return nullptr;
     return Qel_rcpt_get_tran_type_moneris(action, correction_type, lang,
                                           Qel_rcpt_get_cardclass(kvs));
