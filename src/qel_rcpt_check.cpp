@@ -324,6 +324,16 @@ void report::add(const Qel_rcpt_rule_t &rule, const char *key, std::size_t offse
     add(rule, key, offset, text.c_str());
 }
 
+void add_unknown(const Qel_rcpt_rule_t &rule, const char *key, std::size_t offset, const char *what,
+                 const nearest_word &name, report &findings)
+{
+    const bool is_near = !name.found().empty();
+    findings.add(rule, key, offset,
+                 {"nothing reads the ", what, " ", quoted(name.given()),
+                  is_near ? "; did you mean " : "", is_near ? quoted(name.found()) : piece(""),
+                  is_near ? "?" : ""});
+}
+
 // The rules
 
 namespace

@@ -198,7 +198,10 @@ bool is_amount(std::string_view text);
 bool look_at_amount(const subject &record, const char *key, std::string_view text,
                     std::size_t offset, report &findings);
 
-// Reports a value of more bytes than fit.
+// Reports a value that does not fit.
+void add_cut(const char *key, std::size_t offset, std::string_view value, report &findings);
+
+// The same of one of more bytes than fit.
 void look_at_cut(const char *key, std::size_t offset, std::string_view value, std::size_t most,
                  report &findings);
 
@@ -262,6 +265,7 @@ class nearest_word
     explicit nearest_word(std::string_view given);
 
     void offer(std::string_view known);
+    [[nodiscard]] std::string_view given() const { return given_; }
     [[nodiscard]] std::string_view found() const { return found_; } // empty: none is near
 
   private:
@@ -269,6 +273,10 @@ class nearest_word
     std::string_view found_;
     std::size_t distance_; // less than this is near
 };
+
+// Reports a name that nothing reads, and the one that was probably meant. what: such as "key".
+void add_unknown(const Qel_rcpt_rule_t &rule, const char *key, std::size_t offset, const char *what,
+                 const nearest_word &name, report &findings);
 
 // The documents inside a record
 
@@ -286,13 +294,7 @@ void add_unknown_member(const char *key, std::string_view name, std::size_t offs
     nearest_word nearest(name);
     for (const auto &member : members)
         nearest.offer(member.name);
-    const Qel_rcpt_rule_t &rule = rule_named("member-unknown");
-    if (nearest.found().empty())
-        findings.add(rule, key, offset, {"nothing reads the member ", quoted(name)});
-    else
-        findings.add(rule, key, offset,
-                     {"nothing reads the member ", quoted(name), "; did you mean ",
-                      quoted(nearest.found()), "?"});
+    add_unknown(rule_named("member-unknown"), key, offset, "member", nearest, findings);
 }
 
 void look_at_line_items(const subject &record, report &findings);

@@ -207,7 +207,7 @@ class data_handler
     void look_at_width(std::string_view text, std::size_t at)
     {
         if (width_of(text) > member_->width)
-            look_at_cut(key, at, text, 0, findings_);
+            add_cut(key, at, text, findings_);
     }
 
     const subject &record_;

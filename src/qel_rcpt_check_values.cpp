@@ -143,12 +143,17 @@ bool look_at_amount(const subject &record, const char *key, std::string_view tex
     return false;
 }
 
+void add_cut(const char *key, std::size_t offset, std::string_view value, report &findings)
+{
+    findings.add(rule_named("value-cut"), key, offset,
+                 {quoted(value), " is longer than its place on the receipt and would be cut"});
+}
+
 void look_at_cut(const char *key, std::size_t offset, std::string_view value, std::size_t most,
                  report &findings)
 {
     if (value.size() > most)
-        findings.add(rule_named("value-cut"), key, offset,
-                     {quoted(value), " is longer than its place on the receipt and would be cut"});
+        add_cut(key, offset, value, findings);
 }
 
 namespace
@@ -376,13 +381,7 @@ void look_at_unknown_keys(const subject &record, report &findings)
         nearest_word nearest(key);
         for (const record_key &known : record_keys)
             nearest.offer(known.name);
-        if (nearest.found().empty())
-            findings.add(rule_named("unknown-key"), key, no_offset,
-                         {"nothing reads the key ", quoted(key)});
-        else
-            findings.add(rule_named("unknown-key"), key, no_offset,
-                         {"nothing reads the key ", quoted(key), "; did you mean ",
-                          quoted(nearest.found()), "?"});
+        add_unknown(rule_named("unknown-key"), key, no_offset, "key", nearest, findings);
     }
 }
 
