@@ -76,7 +76,6 @@ class items_handler
             begin_ignored(at);
         } else if (is_list) {
             in_list_ = true;
-            lists_ += 1;
         } else {
             items_[level_++] = {};
             items_[level_ - 1].begin = at;
@@ -267,19 +266,8 @@ class items_handler
     std::size_t level_ = 0;      // of them
     std::size_t depth_ = 0;      // of open brackets
     std::size_t ignored_ = 0;    // of these, the ones inside of what is not looked at
-    std::size_t lists_ = 0;
-    bool in_list_ = false; // an entry is next, or the end of the array
+    bool in_list_ = false;       // an entry is next, or the end of the array
 };
-
-// Amounts at the ends of their range wrap round: no items come to those.
-std::int64_t plus(std::int64_t a, std::int64_t b)
-{
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
-}
-std::int64_t minus(std::int64_t a, std::int64_t b)
-{
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) - static_cast<std::uint64_t>(b));
-}
 
 // The items should come to what the receipt shows beside them: the subtotal of the order or else of
 // the payment, with or without tax, and with or without the discounts.
@@ -292,10 +280,10 @@ void look_at_items_sum(const subject &record, const items_sum &sum, report &find
     const std::int64_t order_discount = record.amount("order_discount");
     const std::int64_t targets[] = {
         has_order ? record.order_subtotal() : record.subtotal(),
-        has_order ? plus(record.order_subtotal(), order_discount)
-                  : minus(record.subtotal(), record.amount("discountamount")),
-        has_order ? minus(record.amount("order_total"), record.amount("order_tip"))
-                  : plus(record.subtotal(), record.amount("tax")),
+        has_order ? saturating_add(record.order_subtotal(), order_discount)
+                  : saturating_subtract(record.subtotal(), record.amount("discountamount")),
+        has_order ? saturating_subtract(record.amount("order_total"), record.amount("order_tip"))
+                  : saturating_add(record.subtotal(), record.amount("tax")),
         record.amount(has_order ? known_key("order_total") : known_key("amount")),
     };
     const auto fits = [&](std::int64_t total) {

@@ -4,35 +4,18 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <limits>
 #include <span>
 #include <string>
 
 using qel_rcpt::get;
+using qel_rcpt::hundredths;
 using qel_rcpt::money_term;
+using qel_rcpt::saturating_add;
+using qel_rcpt::saturating_subtract;
 using qel_rcpt::sign;
 
 namespace
 {
-
-using hundredths = std::int64_t;
-
-// Sums and differences of amounts stop at the ends of the range instead of wrapping round.
-hundredths saturating_add(hundredths a, hundredths b)
-{
-    hundredths sum = 0;
-    if (!__builtin_add_overflow(a, b, &sum))
-        return sum;
-    return b > 0 ? std::numeric_limits<hundredths>::max() : std::numeric_limits<hundredths>::min();
-}
-
-hundredths saturating_subtract(hundredths a, hundredths b)
-{
-    hundredths difference = 0;
-    if (!__builtin_sub_overflow(a, b, &difference))
-        return difference;
-    return b < 0 ? std::numeric_limits<hundredths>::max() : std::numeric_limits<hundredths>::min();
-}
 
 // An amount as decimal text: -150 is -1.50.
 class amount_text

@@ -4,7 +4,6 @@
 #include "qel_rcpt_print_codes.hpp"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 using qel_rcpt::code_page;

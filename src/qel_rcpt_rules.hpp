@@ -7,10 +7,10 @@
 #include <qelstdlib.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <string_view>
 
 namespace qel_rcpt
@@ -66,6 +66,25 @@ bool was_declined_by_chip(const Qel_hash_dict_t *kvs);
 
 // Whether the issuer said no.
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs);
+
+// An amount as sums take it.
+using hundredths = std::int64_t;
+
+// Sums and differences of amounts stop at the ends of the range instead of wrapping round.
+inline hundredths saturating_add(hundredths a, hundredths b)
+{
+    hundredths sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum))
+        return sum;
+    return b > 0 ? std::numeric_limits<hundredths>::max() : std::numeric_limits<hundredths>::min();
+}
+inline hundredths saturating_subtract(hundredths a, hundredths b)
+{
+    hundredths difference = 0;
+    if (!__builtin_sub_overflow(a, b, &difference))
+        return difference;
+    return b < 0 ? std::numeric_limits<hundredths>::max() : std::numeric_limits<hundredths>::min();
+}
 
 // Whether the amount is above zero.
 inline bool is_positive(const char *amount)
