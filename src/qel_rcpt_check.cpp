@@ -76,28 +76,14 @@ bool is_word(std::string_view text, std::span<const std::string_view> words)
 
 character first_character(std::string_view text)
 {
-    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80)
-        return {lead, 1, false};
-    const std::size_t size = lead < 0xC2   ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
-    if (size == 0 || text.size() < size)
+    const qel::utf8_sequence found = qel::utf8_at(text);
+    if (!found.is_whole)
         return {0, 1, true};
-    char32_t code = lead & (0x7FU >> size);
-    for (std::size_t i = 1; i < size; ++i) {
-        if (!is_continuation(text[i]))
-            return {0, 1, true};
-        code = code << 6U | (byte(i) & 0x3FU);
-    }
-    const bool is_overlong = (size == 3 && code < 0x800) || (size == 4 && code < 0x10000);
-    const bool is_none = (code >= 0xD800 && code <= 0xDFFF) || code > 0x10FFFF;
-    if (is_overlong || is_none)
-        return {0, 1, true};
-    return {code, size, false};
+    const auto lead = static_cast<unsigned char>(text.front());
+    char32_t code = found.size == 1 ? lead : lead & (0x7FU >> found.size);
+    for (const char chr : text.substr(1, found.size - 1))
+        code = code << 6U | (static_cast<unsigned char>(chr) & 0x3FU);
+    return {code, found.size, false};
 }
 
 bool is_control(char32_t code)
