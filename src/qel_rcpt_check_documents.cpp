@@ -1,5 +1,6 @@
 // The documents inside a record: whether they can be read, and the merchant's fields.
 #include "qel_rcpt_check.hpp"
+#include "qel_rcpt_moneris_ecomm.hpp"
 
 #include <algorithm>
 
@@ -90,21 +91,17 @@ bool is_document(const subject &record, known_key key, qel::json_kind wanted,
 namespace
 {
 
-struct data_member {
-    std::string_view name;
-    std::size_t width; // of its place, in characters
-    bool is_amount = false;
-};
+namespace layout = moneris_ecomm;
+using data_member = layout::column;
 
-constexpr data_member data_items[] = {
-    {"sku", 8}, {"descr", 27}, {"qty", 5}, {"amount", 14, true}, {"subtotal", 8, true}};
-constexpr data_member data_fees[] = {{"name", 14}, {"val", 8, true}};
-constexpr data_member data_customer[] = {
-    {"bill_name", 34}, {"bill_addr1", 34}, {"bill_addr2", 34}, {"bill_addr3", 34},
-    {"bill_city", 34}, {"bill_state", 34}, {"bill_zip", 34},   {"bill_country", 34},
-    {"ship_name", 35}, {"ship_addr1", 35}, {"ship_addr2", 35}, {"ship_addr3", 35},
-    {"ship_city", 35}, {"ship_state", 35}, {"ship_zip", 35},   {"ship_country", 35},
-};
+constexpr auto data_customer = [] {
+    std::array<data_member, 2 * std::size(layout::addresses)> members{};
+    for (std::size_t i = 0; const auto &[bill, ship] : layout::addresses) {
+        members[i++] = bill;
+        members[i++] = ship;
+    }
+    return members;
+}();
 
 struct data_section {
     std::string_view name;
@@ -113,8 +110,8 @@ struct data_section {
 };
 
 constexpr data_section data_sections[] = {
-    {"items", data_items, true},
-    {"fees", data_fees, true},
+    {"items", layout::items, true},
+    {"fees", layout::fees, true},
     {"customer", data_customer, false},
     {"policy", {}, false},
 };
@@ -168,7 +165,7 @@ class data_handler
         if (member_ == nullptr || depth_ == 1)
             return;
         look_at_width(text, at);
-        if (member_->is_amount && !text.empty())
+        if (member_->holds_amount && !text.empty())
             look_at_amount(record_, key, text, at, findings_);
     }
 

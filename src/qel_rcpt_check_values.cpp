@@ -1,5 +1,6 @@
 // Values that cannot be used: what a receipt would leave out, cut or misread.
 #include "qel_rcpt_check.hpp"
+#include "qel_rcpt_moneris_ecomm.hpp"
 #include "qel_rcpt_tables.hpp"
 
 #include <algorithm>
@@ -175,15 +176,17 @@ void look_at_amounts(const subject &record, report &findings)
     }
 }
 
-// The columns of the e-commerce layout; the currency's code takes three of the total's.
+// The columns of the e-commerce layout.
 void look_at_columns(const subject &record, report &findings)
 {
     struct column {
         known_key key;
         std::size_t width;
     };
-    static constexpr column columns[] = {
-        {"amount", 5}, {"tax", 8}, {"surchargeamount", 8}, {"examount", 8}};
+    static constexpr column columns[] = {{"amount", moneris_ecomm::total_width},
+                                         {"tax", moneris_ecomm::value_width},
+                                         {"surchargeamount", moneris_ecomm::value_width},
+                                         {"examount", moneris_ecomm::value_width}};
     for (const auto &[key, width] : columns) {
         if (record.is_ecommerce())
             look_at_cut(key.name(), no_offset, record.text(key), width, findings);

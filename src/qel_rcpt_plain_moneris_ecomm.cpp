@@ -1,6 +1,7 @@
 // The Moneris processor's e-commerce receipt: plain text of 70 columns, with the order's items and
 // addresses from a JSON document of their own.
 #include "qel_rcpt_lines.hpp"
+#include "qel_rcpt_moneris_ecomm.hpp"
 
 #include <array>
 #include <cstdint>
@@ -13,6 +14,8 @@ using qel_rcpt::plain_block;
 
 namespace
 {
+
+namespace layout = qel_rcpt::moneris_ecomm;
 
 struct ecomm_receipt : qel_rcpt::plain_receipt {
     Qel_hash_dict_t *record; // kvs, to be changed
@@ -86,16 +89,6 @@ void generate_block_reference(ecomm_receipt &info, const block_slot &slot)
 
 // Table of items
 
-constexpr const char *table_rule =
-    "----------------------------------------------------------------------";
-constexpr const char *table_heading =
-    "| Item     Description                 Qty   Amount         Subtotal |";
-constexpr const char *to_amount_column = "|                                            ";
-constexpr const char *table_edge = " |";
-
-constexpr std::size_t amount_width = 14;  // the column Amount, where labels stand too
-constexpr std::size_t subtotal_width = 8; // the column Subtotal, where their values stand
-
 // A line made of cells, each of a fixed number of characters.
 class table_row
 {
@@ -123,37 +116,27 @@ class table_row
 
 void add_item(plain_block &block, const Qel_json_node_t *item)
 {
-    struct column {
-        const char *name;
-        std::size_t width;
-    };
-    static constexpr column columns[] = {
-        {"sku", 8},
-        {"descr", 27},
-        {"qty", 5},
-        {"amount", amount_width},
-        {"subtotal", subtotal_width},
-    };
     table_row row("|");
-    for (const column &column : columns)
+    for (const layout::column &column : layout::items)
         row.text(" ").cell(Qel_json_object_value_string(item, column.name), column.width);
-    row.text(table_edge).store(block);
+    row.text(layout::table_edge).store(block);
 }
 
 void add_label_and_value(plain_block &block, const char *label, const char *value)
 {
-    table_row(to_amount_column)
-        .cell(label, amount_width)
+    table_row(layout::to_amount_column)
+        .cell(label, layout::label_width)
         .text(" ")
-        .cell(value, subtotal_width)
-        .text(table_edge)
+        .cell(value, layout::value_width)
+        .text(layout::table_edge)
         .store(block);
 }
 
 void add_fee(plain_block &block, const Qel_json_node_t *fee)
 {
-    add_label_and_value(block, Qel_json_object_value_string(fee, "name"),
-                        Qel_json_object_value_string(fee, "val"));
+    const auto &[name, value] = layout::fees;
+    add_label_and_value(block, Qel_json_object_value_string(fee, name.name),
+                        Qel_json_object_value_string(fee, value.name));
 }
 
 void add_items_table_kvs(plain_block &block, const Qel_hash_dict_t *kvs, const char *key,
@@ -174,16 +157,15 @@ const char *currency_name_of_country(std::uint32_t country_code)
 void add_items_table_kvs_USD(plain_block &block, const ecomm_receipt &info, const char *key,
                              Qel_rcpt_msg_t msg)
 {
-    constexpr std::size_t currency_width = 3;
     const char *value = get(info.kvs, key);
     if (Qel_str_isempty(value))
         return;
-    table_row(to_amount_column)
-        .cell(block.message(msg).data(), amount_width)
+    table_row(layout::to_amount_column)
+        .cell(block.message(msg).data(), layout::label_width)
         .text(" ")
-        .cell(value, subtotal_width - currency_width)
-        .cell(currency_name_of_country(info.attrs.country_code), currency_width)
-        .text(table_edge)
+        .cell(value, layout::total_width)
+        .cell(currency_name_of_country(info.attrs.country_code), layout::currency_width)
+        .text(layout::table_edge)
         .store(block);
 }
 
@@ -198,8 +180,8 @@ void generate_block_items(ecomm_receipt &info, const block_slot &slot)
 {
     const Qel_hash_dict_t *kvs = info.kvs;
     plain_block block(info);
-    block.raw(table_rule);
-    block.raw(table_heading);
+    block.raw(layout::table_rule);
+    block.raw(layout::table_heading);
     add_each(block, get_moneris_rcpt_node(info, "items"), add_item);
     add_each(block, get_moneris_rcpt_node(info, "fees"), add_fee);
     if (!key_is(kvs, "action_trans", "reversal")) {
@@ -210,22 +192,11 @@ void generate_block_items(ecomm_receipt &info, const block_slot &slot)
     add_items_table_kvs_USD(block, info, "amount",
                             key_is(kvs, "action_trans", "preauth") ? QEL_RCPT_MSG_AUTH_AMOUNT
                                                                    : QEL_RCPT_MSG_TOTAL);
-    block.raw(table_rule);
+    block.raw(layout::table_rule);
     block.store(slot);
 }
 
 // Addresses
-
-struct address_row {
-    const char *bill_key;
-    const char *ship_key;
-};
-
-constexpr address_row address_rows[] = {
-    {"bill_name", "ship_name"},   {"bill_addr1", "ship_addr1"},     {"bill_addr2", "ship_addr2"},
-    {"bill_addr3", "ship_addr3"}, {"bill_city", "ship_city"},       {"bill_state", "ship_state"},
-    {"bill_zip", "ship_zip"},     {"bill_country", "ship_country"},
-};
 
 void generate_block_customer_info(ecomm_receipt &info, const block_slot &slot)
 {
@@ -235,12 +206,16 @@ void generate_block_customer_info(ecomm_receipt &info, const block_slot &slot)
     block.raw("Customer Information");
     block.raw(is_recurring ? "                                   Ship To:"
                            : "Bill To:                           Ship To:");
-    for (const address_row &row : address_rows) {
+    for (const auto &[bill_column, ship_column] : layout::addresses) {
         const char *bill =
-            is_recurring ? nullptr : Qel_json_object_value_string(customer, row.bill_key);
-        const char *ship = Qel_json_object_value_string(customer, row.ship_key);
+            is_recurring ? nullptr : Qel_json_object_value_string(customer, bill_column.name);
+        const char *ship = Qel_json_object_value_string(customer, ship_column.name);
         if (!Qel_str_isempty(bill) || !Qel_str_isempty(ship))
-            table_row("").cell(bill, 34).text(" ").cell(ship, 35).store(block);
+            table_row("")
+                .cell(bill, bill_column.width)
+                .text(" ")
+                .cell(ship, ship_column.width)
+                .store(block);
     }
     block.store(slot);
 }

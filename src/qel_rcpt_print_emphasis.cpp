@@ -1,6 +1,7 @@
 // Which lines of a copy stand out on paper: known by their block, their place in it and the words
 // of the catalogue, so that what a record says elsewhere is not taken for one of them.
 #include "qel_rcpt_chars.hpp"
+#include "qel_rcpt_moneris_ecomm.hpp"
 #include "qel_rcpt_print.hpp"
 
 #include <algorithm>
@@ -284,8 +285,8 @@ void qel_rcpt::emphasis::mark_money(text_lines lines, line_styles styles) const
 // The e-commerce table ends with the total and a rule.
 void qel_rcpt::emphasis::mark_table(text_lines lines, line_styles styles) const
 {
-    constexpr std::string_view to_label = "|                                            ";
-    constexpr std::size_t label_width = 14;
+    constexpr std::string_view to_label = qel_rcpt::moneris_ecomm::to_amount_column;
+    constexpr std::size_t label_width = qel_rcpt::moneris_ecomm::label_width;
     if (form_ != form::moneris_ecomm || lines.size() < 2)
         return;
     const std::size_t last = lines.size() - 2;
