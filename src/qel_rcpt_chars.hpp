@@ -22,6 +22,12 @@ constexpr bool is_digit(char chr)
     return chr >= '0' && chr <= '9';
 }
 
+// ASCII from the blank to the tilde.
+constexpr bool is_visible(char chr)
+{
+    return chr >= ' ' && chr <= '~';
+}
+
 // A byte that goes on with the character that an earlier byte began.
 constexpr bool is_continuation(char chr)
 {
@@ -42,22 +48,26 @@ inline std::size_t width_of(std::string_view text)
     return qel::utf8_cnt(text);
 }
 
-// Whether the text is nothing but ASCII from the blank to the tilde.
-inline bool is_visible_ascii(std::string_view text)
+// How many bytes at the beginning are visible ASCII.
+inline std::size_t visible_prefix(std::string_view text)
 {
     constexpr std::uint64_t ones = 0x0101010101010101U;
-    const auto has_other = [](std::uint64_t bytes) { // each sets a high bit, which may carry on
-        return ((bytes | (bytes - ones * ' ') | (bytes + ones)) & ones * 0x80U) != 0;
-    };
     std::uint64_t bytes = 0;
-    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
-        std::memcpy(&bytes, text.data(), sizeof bytes);
-        if (has_other(bytes))
-            return false;
+    std::size_t len = 0;
+    for (; len + sizeof bytes <= text.size(); len += sizeof bytes) {
+        std::memcpy(&bytes, text.data() + len, sizeof bytes);
+        // Any other byte sets a high bit, which may carry on.
+        if (((bytes | (bytes - ones * ' ') | (bytes + ones)) & ones * 0x80U) != 0)
+            break;
     }
-    bytes = ones * ' ';
-    text.copy(reinterpret_cast<char *>(&bytes), sizeof bytes);
-    return !has_other(bytes);
+    while (len < text.size() && is_visible(text[len]))
+        ++len;
+    return len;
+}
+
+inline bool is_visible_ascii(std::string_view text)
+{
+    return visible_prefix(text) == text.size();
 }
 
 constexpr std::string_view trim_front(std::string_view text)

@@ -152,11 +152,6 @@ bool is_secret_name(std::string_view name)
 namespace
 {
 
-bool is_visible(char chr)
-{
-    return chr >= ' ' && chr <= '~';
-}
-
 // Reports the first control character and the first byte that belongs to no character.
 void look_at_characters(const char *key, std::string_view value, report &findings)
 {

@@ -107,10 +107,9 @@ Qel_rcpt_print_fault_t choose_font(job &made, const Qel_hash_dict_t *blocks)
 Qel_rcpt_print_fault_t check_logo(const job &made)
 {
     const std::string_view key = qel::view(made.printer.logo_key);
-    const auto may_stand = [](char chr) { return chr >= 0x20 && chr < 0x7F; };
     if (key.empty())
         return QEL_RCPT_PRINT_FAULT_NONE;
-    const bool is_key = key.size() == 2 && std::ranges::all_of(key, may_stand);
+    const bool is_key = key.size() == 2 && qel_rcpt::is_visible_ascii(key);
     return is_key && made.language->logo_by_key != nullptr ? QEL_RCPT_PRINT_FAULT_NONE
                                                            : QEL_RCPT_PRINT_FAULT_LOGO;
 }

@@ -232,9 +232,8 @@ std::optional<qr_code> qel_rcpt::fit_qr_code(std::string_view text, Qel_rcpt_qr_
 // side.
 std::optional<barcode> qel_rcpt::fit_barcode(std::string_view text, std::size_t dots)
 {
-    const auto may_stand = [](char chr) { return chr >= 0x20 && chr < 0x7F; };
     constexpr std::size_t longest = 120; // more fit on no paper
-    if (text.empty() || text.size() > longest || !std::ranges::all_of(text, may_stand))
+    if (text.empty() || text.size() > longest || !is_visible_ascii(text))
         return std::nullopt;
     const bool by_pairs =
         text.size() >= 4 && text.size() % 2 == 0 && std::ranges::all_of(text, is_digit);

@@ -1,11 +1,11 @@
 // Code pages of receipt printers, and what stands for a character that a page lacks.
+#include "qel_rcpt_chars.hpp"
 #include "qel_rcpt_print.hpp"
 
 #include <utf8.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <iterator>
 
 namespace
@@ -156,11 +156,6 @@ constexpr bool takes_no_room(char32_t character)
         ranges, [&](const range &r) { return character >= r.first && character <= r.last; });
 }
 
-constexpr bool is_printable_ascii(char32_t character)
-{
-    return character >= 0x20 && character < 0x7F;
-}
-
 constexpr char unknown = '?';
 
 } // namespace
@@ -176,7 +171,7 @@ class qel_rcpt::code_page
     // The page's byte, or 0 when it lacks the character.
     [[nodiscard]] char byte_of(char32_t character) const
     {
-        if (is_printable_ascii(character))
+        if (character >= U' ' && character <= U'~')
             return static_cast<char>(character);
         if (character == no_character)
             return 0;
@@ -231,28 +226,6 @@ bool append_character(std::string &out, char32_t character, const code_page &pag
     return true;
 }
 
-// Whether eight characters are all printable ASCII, that is from 0x20 to 0x7E.
-bool are_printable_ascii(const char *eight)
-{
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    constexpr std::uint64_t tops = 0x80 * ones;
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, eight, sizeof bytes);
-    const std::uint64_t from_blank = bytes + (0x80 - 0x20) * ones;
-    const std::uint64_t beyond_tilde = bytes + ones;
-    return (from_blank & ~beyond_tilde & ~bytes & tops) == tops;
-}
-
-// Where printable ASCII ends.
-const char *end_of_ascii(const char *at, const char *end)
-{
-    while (end - at >= 8 && are_printable_ascii(at))
-        at += 8;
-    while (at != end && is_printable_ascii(static_cast<unsigned char>(*at)))
-        ++at;
-    return at;
-}
-
 std::size_t append_valid(std::string &out, std::string_view line, const code_page &page)
 {
     std::size_t replaced = 0;
@@ -260,7 +233,7 @@ std::size_t append_valid(std::string &out, std::string_view line, const code_pag
     const char *const end = at + line.size();
     while (at != end) {
         const char *const run = at;
-        at = end_of_ascii(at, end);
+        at += qel_rcpt::visible_prefix({at, end});
         out.append(run, at);
         if (at != end && append_character(out, utf8::unchecked::next(at), page))
             ++replaced;
@@ -290,10 +263,9 @@ std::optional<std::uint8_t> qel_rcpt::code_page_number(const code_page &page,
 
 std::size_t qel_rcpt::append_encoded(std::string &out, std::string_view line, const code_page &page)
 {
-    const char *const end = line.data() + line.size();
-    const char *const beyond = end_of_ascii(line.data(), end);
-    out.append(line.data(), beyond);
-    line.remove_prefix(static_cast<std::size_t>(beyond - line.data()));
+    const std::size_t visible = qel_rcpt::visible_prefix(line);
+    out.append(line, 0, visible);
+    line.remove_prefix(visible);
     if (line.empty())
         return 0;
     if (utf8::is_valid(line.begin(), line.end()))
