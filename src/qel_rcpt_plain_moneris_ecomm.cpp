@@ -139,12 +139,12 @@ void add_fee(plain_block &block, const Qel_json_node_t *fee)
                         Qel_json_object_value_string(fee, value.name));
 }
 
-void add_items_table_kvs(plain_block &block, const Qel_hash_dict_t *kvs, const char *key,
+void add_items_table_kvs(plain_block &block, const ecomm_receipt &info, const char *key,
                          Qel_rcpt_msg_t msg)
 {
-    const char *value = get(kvs, key);
+    const char *value = get(info.kvs, key);
     if (!Qel_str_isempty(value))
-        add_label_and_value(block, block.message(msg).data(), value);
+        add_label_and_value(block, Qel_rcpt_msg_to_string(info.attrs.lang, msg), value);
 }
 
 // The layout takes the currency's name from the country's number, which many currencies share.
@@ -161,7 +161,7 @@ void add_items_table_kvs_USD(plain_block &block, const ecomm_receipt &info, cons
     if (Qel_str_isempty(value))
         return;
     table_row(layout::to_amount_column)
-        .cell(block.message(msg).data(), layout::label_width)
+        .cell(Qel_rcpt_msg_to_string(info.attrs.lang, msg), layout::label_width)
         .text(" ")
         .cell(value, layout::total_width)
         .cell(currency_name_of_country(info.attrs.country_code), layout::currency_width)
@@ -185,9 +185,9 @@ void generate_block_items(ecomm_receipt &info, const block_slot &slot)
     add_each(block, get_moneris_rcpt_node(info, "items"), add_item);
     add_each(block, get_moneris_rcpt_node(info, "fees"), add_fee);
     if (!key_is(kvs, "action_trans", "reversal")) {
-        add_items_table_kvs(block, kvs, "surchargeamount", QEL_RCPT_MSG_SURCHARGE);
-        add_items_table_kvs(block, kvs, "tax", QEL_RCPT_MSG_TAX);
-        add_items_table_kvs(block, kvs, "examount", QEL_RCPT_MSG_TIP);
+        add_items_table_kvs(block, info, "surchargeamount", QEL_RCPT_MSG_SURCHARGE);
+        add_items_table_kvs(block, info, "tax", QEL_RCPT_MSG_TAX);
+        add_items_table_kvs(block, info, "examount", QEL_RCPT_MSG_TIP);
     }
     add_items_table_kvs_USD(block, info, "amount",
                             key_is(kvs, "action_trans", "preauth") ? QEL_RCPT_MSG_AUTH_AMOUNT
