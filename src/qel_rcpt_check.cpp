@@ -176,9 +176,7 @@ outcome subject::find_outcome() const
         if (stated == Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, message))
             return result;
     }
-    const bool was_refused = is("code", "deny") || is("u_errorcode", "emv_card_deny") ||
-                             is("offline_decline", "carddecline");
-    return was_refused ? outcome::declined : outcome::open;
+    return is("code", "deny") || was_declined_by_card(kvs_) ? outcome::declined : outcome::open;
 }
 
 bool subject::has_language(Qel_rcpt_lang_t lang) const

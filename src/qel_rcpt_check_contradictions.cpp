@@ -83,10 +83,8 @@ bool is_decline_accepted_by_chip(const subject &record)
 
 bool is_approval_declined(const subject &record)
 {
-    const bool was_refused = record.is_set("issuer_decline") ||
-                             record.is("offline_decline", "carddecline") ||
-                             record.is("u_errorcode", "emv_card_deny");
-    return record.is_approved() && was_refused;
+    return record.is_approved() &&
+           (was_declined_by_issuer(record.record()) || was_declined_by_card(record.record()));
 }
 
 bool has_chip_data_without_chip(const subject &record)
@@ -172,8 +170,8 @@ constexpr condition conditions[] = {
      "the transaction is declined, but the card's cryptogram is a TC, an approval; was it read "
      "before the issuer answered?"},
     {rule_named("approval-declined"), is_approval_declined, "code",
-     "the receipt would say that the transaction is approved, but issuer_decline, offline_decline "
-     "or u_errorcode says that it was declined"},
+     "the receipt would say that the transaction is approved, but issuer_decline, offline_decline, "
+     "reversal_reason or u_errorcode says that it was declined"},
     {rule_named("chip-data-without-chip"), has_chip_data_without_chip, "rcpt_entry_mode",
      "there is data of a chip, but by the entry mode the card was not read by its chip"},
     {rule_named("chip-without-chip-data"), is_chip_entry_without_data, "rcpt_entry_mode",

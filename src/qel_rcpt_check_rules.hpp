@@ -156,7 +156,7 @@ inline constexpr Qel_rcpt_rule_t rules[] = {
      "no cryptogram of a transaction that the card approved", "a decline", "rcpt_emv_actype",
      "EMV Book 3, 6.5.5", seen},
     {"approval-declined", error, contradictions, "nobody's decline", "an approval",
-     "issuer_decline, offline_decline, u_errorcode", ours, ""},
+     "issuer_decline, offline_decline, reversal_reason, u_errorcode", ours, ""},
     {"chip-data-without-chip", warning, contradictions,
      "the chip's data of a chip transaction only", "an entry mode other than C and T",
      "rcpt_entry_mode", ours, ""},

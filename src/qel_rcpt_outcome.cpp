@@ -10,6 +10,7 @@ using qel_rcpt::is_one_of;
 using qel_rcpt::key_contains;
 using qel_rcpt::key_is;
 using qel_rcpt::key_is_true;
+using qel_rcpt::was_declined_by_card;
 
 namespace
 {
@@ -64,11 +65,6 @@ bool has_answer_of_processor(const Qel_hash_dict_t *kvs)
 {
     const char *phard_code = Qel_rcpt_get_orig(kvs, outcome_phard_code);
     return !Qel_str_isempty(phard_code) && !Qel_str_caseeq(phard_code, "unknown");
-}
-
-bool was_declined_by_card(const Qel_hash_dict_t *kvs)
-{
-    return key_is(kvs, "u_errorcode", "emv_card_deny") || qel_rcpt::was_declined_by_chip(kvs);
 }
 
 bool was_chip_swiped(const Qel_hash_dict_t *kvs)

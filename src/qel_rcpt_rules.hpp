@@ -64,6 +64,9 @@ bool was_card_removed(const Qel_hash_dict_t *kvs);
 // Whether the chip said no, by what is known of the reversal or of the offline decision.
 bool was_declined_by_chip(const Qel_hash_dict_t *kvs);
 
+// The same, or by the terminal's error.
+bool was_declined_by_card(const Qel_hash_dict_t *kvs);
+
 // Whether the issuer said no.
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs);
 

@@ -121,6 +121,11 @@ bool was_declined_by_chip(const Qel_hash_dict_t *kvs)
            key_is(kvs, "offline_decline", "carddecline");
 }
 
+bool was_declined_by_card(const Qel_hash_dict_t *kvs)
+{
+    return key_is(kvs, "u_errorcode", "emv_card_deny") || was_declined_by_chip(kvs);
+}
+
 bool was_declined_by_issuer(const Qel_hash_dict_t *kvs)
 {
     return key_is_true(kvs, "issuer_decline");

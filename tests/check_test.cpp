@@ -174,6 +174,8 @@ const rule_case rule_cases[] = {
     {"decline-accepted-by-chip", "code:DENY", "code:AUTH,txnstatus:VOIDED"},
     {"approval-declined", "issuer_decline:yes", "issuer_decline:no"},
     {"approval-declined", "u_errorcode:EMV_CARD_DENY", "u_errorcode:EMV_CARD_DENY,code:DENY"},
+    {"approval-declined", "reversal_reason:CardDecline",
+     "reversal_reason:CardDecline,txnstatus:VOIDED"},
     {"chip-data-without-chip", "rcpt_entry_mode:S", "rcpt_entry_mode:T"},
     {"chip-without-chip-data",
      "code:DENY,rcpt_emv_aid:,rcpt_emv_tvr:,rcpt_emv_tsi:,rcpt_emv_actype:,rcpt_emv_ac:",
@@ -505,6 +507,14 @@ TEST_F(Check, ReadsDictionariesThatForgiveTheCaseOfKeys)
     }
     EXPECT_EQ(Qel_rcpt_check(forgiving.get(), nullptr, QEL_RCPT_FORM_GENERAL, nullptr, nullptr),
               0U);
+}
+
+TEST_F(Check, PutsQuestionMarksForWhatATerminalWouldObey)
+{
+    const auto findings = findings_of(sale_with("amount:1\x1B\u009B\u200F\u061C\u202E\xE9.é"));
+    const finding *found = find(findings, "amount-unreadable");
+    ASSERT_NE(found, nullptr);
+    EXPECT_TRUE(found->message.starts_with("'1??????.é' is")) << found->message;
 }
 
 // A message is printed and logged: it never repeats a card number, nor control characters.
