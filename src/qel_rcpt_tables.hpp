@@ -110,6 +110,36 @@ inline constexpr form forms[] = {
      QEL_RCPT_FORM_MONERIS_ECOMM, true},
 };
 
+// What a printer is told, by the names of the options' values.
+template <typename Id>
+struct named {
+    const char *name;
+    Id id;
+};
+inline constexpr named<Qel_rcpt_printer_lang_t> printer_languages[] = {
+    {"escpos", QEL_RCPT_PRINTER_LANG_ESCPOS},
+    {"star", QEL_RCPT_PRINTER_LANG_STARPRNT},
+};
+inline constexpr named<Qel_rcpt_code_page_t> code_pages[] = {
+    // the default first
+    {"cp858", QEL_RCPT_CODE_PAGE_858},   {"cp437", QEL_RCPT_CODE_PAGE_437},
+    {"cp850", QEL_RCPT_CODE_PAGE_850},   {"cp852", QEL_RCPT_CODE_PAGE_852},
+    {"cp860", QEL_RCPT_CODE_PAGE_860},   {"cp863", QEL_RCPT_CODE_PAGE_863},
+    {"cp865", QEL_RCPT_CODE_PAGE_865},   {"cp866", QEL_RCPT_CODE_PAGE_866},
+    {"cp1252", QEL_RCPT_CODE_PAGE_1252}, {"iso8859-15", QEL_RCPT_CODE_PAGE_ISO_8859_15},
+};
+inline constexpr named<Qel_rcpt_cut_t> cuts[] = {
+    {"full", QEL_RCPT_CUT_FULL},
+    {"partial", QEL_RCPT_CUT_PARTIAL},
+    {"none", QEL_RCPT_CUT_NONE},
+};
+inline constexpr named<Qel_rcpt_qr_level_t> qr_levels[] = {
+    {"L", QEL_RCPT_QR_LEVEL_L},
+    {"M", QEL_RCPT_QR_LEVEL_M},
+    {"Q", QEL_RCPT_QR_LEVEL_Q},
+    {"H", QEL_RCPT_QR_LEVEL_H},
+};
+
 // Paper as receipt printers measure it: in characters of font A, which are 12 dots wide. Those of
 // font B are narrower.
 inline constexpr std::size_t usual_paper_columns = 48; // 80 mm

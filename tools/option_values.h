@@ -21,12 +21,13 @@ using word_list = std::vector<std::string_view>;
 template <typename T>
 using choice = std::pair<std::string_view, T>;
 
-template <typename T, size_t N>
-word_list words_of(const choice<T> (&choices)[N])
+// Of the choices, each a word and what it stands for.
+template <typename Choice, size_t N>
+word_list words_of(const Choice (&choices)[N])
 {
     word_list words;
     for (const auto &[word, value] : choices)
-        words.push_back(word);
+        words.emplace_back(word);
     return words;
 }
 
@@ -35,8 +36,8 @@ word_list words_of(const choice<T> (&choices)[N])
     throw std::invalid_argument(in_quotes(given) + " is unknown, expected " + listed(words));
 }
 
-template <typename T, size_t N>
-T choose(const choice<T> (&choices)[N], const std::string &given)
+template <typename Choice, size_t N>
+auto choose(const Choice (&choices)[N], const std::string &given)
 {
     for (const auto &[word, value] : choices) {
         if (word == given)

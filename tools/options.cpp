@@ -37,14 +37,6 @@ constexpr choice<output_format> formats[] = {
 #endif
 };
 
-constexpr choice<Qel_rcpt_cut_t> cuts[] = {
-    {"full", QEL_RCPT_CUT_FULL}, {"partial", QEL_RCPT_CUT_PARTIAL}, {"none", QEL_RCPT_CUT_NONE}};
-
-constexpr choice<Qel_rcpt_qr_level_t> qr_levels[] = {{"L", QEL_RCPT_QR_LEVEL_L},
-                                                     {"M", QEL_RCPT_QR_LEVEL_M},
-                                                     {"Q", QEL_RCPT_QR_LEVEL_Q},
-                                                     {"H", QEL_RCPT_QR_LEVEL_H}};
-
 word_list form_names(const options & /*given*/)
 {
     word_list names;
@@ -139,21 +131,9 @@ void set_start_line(options &taken, const std::string &given)
     taken.start_line = to_number(given, "line", 1, most_lines);
 }
 
-word_list code_page_words(const options & /*given*/)
-{
-    word_list words;
-    for (const code_page_name &known : code_page_names())
-        words.push_back(known.name);
-    return words;
-}
-
 void set_code_page(options &taken, const std::string &given)
 {
-    const auto pages = code_page_names();
-    const auto found = std::ranges::find(pages, given, &code_page_name::name);
-    if (found == pages.end())
-        reject(given, code_page_words(taken));
-    taken.paper.code_page = found->id;
+    taken.paper.code_page = choose(qel_rcpt::code_pages, given);
 }
 
 void set_code_page_number(options &taken, const std::string &given)
@@ -170,7 +150,7 @@ void set_paper(options &taken, const std::string &given)
 
 void set_cut(options &taken, const std::string &given)
 {
-    taken.paper.cut = choose(cuts, given);
+    taken.paper.cut = choose(qel_rcpt::cuts, given);
 }
 
 void set_feed(options &taken, const std::string &given)
@@ -200,7 +180,7 @@ void set_qr(options &taken, const std::string &given)
 
 void set_qr_level(options &taken, const std::string &given)
 {
-    taken.paper.qr_level = choose(qr_levels, given);
+    taken.paper.qr_level = choose(qel_rcpt::qr_levels, given);
 }
 
 void set_qr_module(options &taken, const std::string &given)
@@ -342,13 +322,13 @@ std::vector<option_row> make_rows()
              "width of a plain receipt too, unless --width",
              set_paper, on_paper},
             {printing, "--code-page", "PAGE", "{} (default cp858)", set_code_page, on_paper,
-             code_page_words},
+             [](const options &) { return words_of(qel_rcpt::code_pages); }},
             {printing, "--code-page-number", "N", "the printer's own number of the page, 0 to 255",
              set_code_page_number, on_paper},
             {printing, "--no-emphasis", "", "every line in plain type",
              turn_on_paper<&paper_options::no_emphasis>, on_paper},
             {printing, "--cut", "CUT", "after each copy: {} (default full)", set_cut, on_paper,
-             [](const options &) { return words_of(cuts); }},
+             [](const options &) { return words_of(qel_rcpt::cuts); }},
             {printing, "--feed", "LINES", "feed so many lines before the cut, 0 to 255", set_feed,
              on_paper},
             {printing, "--logo", "LOGO",
@@ -360,7 +340,7 @@ std::vector<option_row> make_rows()
             {printing, "--qr", "TEXT", "below each copy a QR code of this text, such as a link",
              set_qr, on_paper},
             {printing, "--qr-level", "LEVEL", "its error correction: {} (default M)", set_qr_level,
-             with_qr, [](const options &) { return words_of(qr_levels); }},
+             with_qr, [](const options &) { return words_of(qel_rcpt::qr_levels); }},
             {printing, "--qr-module", "DOTS",
              "the size of its modules, 1 to 16 dots (default: what fits, to 6)", set_qr_module,
              with_qr},

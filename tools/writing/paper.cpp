@@ -14,18 +14,11 @@ namespace tool
 namespace
 {
 
-constexpr code_page_name page_names[] = {
-    {"cp858", QEL_RCPT_CODE_PAGE_858},   {"cp437", QEL_RCPT_CODE_PAGE_437},
-    {"cp850", QEL_RCPT_CODE_PAGE_850},   {"cp852", QEL_RCPT_CODE_PAGE_852},
-    {"cp860", QEL_RCPT_CODE_PAGE_860},   {"cp863", QEL_RCPT_CODE_PAGE_863},
-    {"cp865", QEL_RCPT_CODE_PAGE_865},   {"cp866", QEL_RCPT_CODE_PAGE_866},
-    {"cp1252", QEL_RCPT_CODE_PAGE_1252}, {"iso8859-15", QEL_RCPT_CODE_PAGE_ISO_8859_15},
-};
-
 std::string_view name_of(Qel_rcpt_code_page_t id)
 {
-    const auto *found = std::ranges::find(page_names, id, &code_page_name::id);
-    return found == std::end(page_names) ? page_names[0].name : found->name;
+    const auto *found =
+        std::ranges::find(qel_rcpt::code_pages, id, &qel_rcpt::named<Qel_rcpt_code_page_t>::id);
+    return (found == std::end(qel_rcpt::code_pages) ? qel_rcpt::code_pages : found)->name;
 }
 
 // The option that is at fault; empty where it is the receipt.
@@ -51,11 +44,6 @@ Qel_rcpt_drawer_t drawer_of(const paper_options &options)
 }
 
 } // namespace
-
-std::span<const code_page_name> code_page_names()
-{
-    return page_names;
-}
 
 paper_roll::paper_roll(const paper_options &options, Qel_rcpt_printer_lang_t language)
     : options_(options)

@@ -8,9 +8,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 
 namespace tool
 {
@@ -32,13 +30,6 @@ struct paper_options {
     bool other_drawer = false;
     bool no_emphasis = false;
 };
-
-struct code_page_name {
-    std::string_view name;
-    Qel_rcpt_code_page_t id;
-};
-
-std::span<const code_page_name> code_page_names();
 
 // The copies one after the other, each by itself, as the printer takes them.
 class paper_roll

@@ -334,6 +334,12 @@ object numbers_by_name(const Rows &rows, Name name, Number number)
     return table;
 }
 
+template <typename Id, std::size_t Count>
+object numbers_by_name(const qel_rcpt::named<Id> (&rows)[Count])
+{
+    return numbers_by_name(rows, &qel_rcpt::named<Id>::name, &qel_rcpt::named<Id>::id);
+}
+
 object countries()
 {
     object table = owned(PyDict_New());
@@ -375,6 +381,10 @@ int fill_module(PyObject *module)
         add(module, "COUNTRIES", countries());
         add(module, "CURRENCIES", numbers_by_name(currencies, &currency::name, &currency::code));
         add(module, "INDUSTRIES", numbers_by_name(industries, &industry::name, &industry::bit));
+        add(module, "PRINTER_LANGUAGES", numbers_by_name(printer_languages));
+        add(module, "CODE_PAGES", numbers_by_name(code_pages));
+        add(module, "CUTS", numbers_by_name(cuts));
+        add(module, "QR_LEVELS", numbers_by_name(qr_levels));
         Py_INCREF(Py_None);
         return object(Py_None);
     }));

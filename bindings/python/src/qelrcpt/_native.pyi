@@ -7,6 +7,10 @@ LANGUAGES: Dict[str, int]
 COUNTRIES: Dict[str, int]
 CURRENCIES: Dict[str, int]
 INDUSTRIES: Dict[str, int]
+PRINTER_LANGUAGES: Dict[str, int]
+CODE_PAGES: Dict[str, int]
+CUTS: Dict[str, int]
+QR_LEVELS: Dict[str, int]
 
 class Settings: ...  # for the type checker alone
 

@@ -8,14 +8,6 @@ from ._values import text_of
 
 Form = Literal["plain", "html", "xml", "json", "moneris", "moneris-ecomm"]
 
-_PRINTER_LANGUAGES = {"escpos": 0, "star": 1}
-_CODE_PAGES = {
-    "cp437": 437, "cp850": 850, "cp852": 852, "cp858": 858, "cp860": 860, "cp863": 863,
-    "cp865": 865, "cp866": 866, "cp1252": 1252, "iso8859-15": 28605,
-}  # fmt: skip
-_CUTS = {"full": 0, "partial": 1, "none": 2}
-_QR_LEVELS = {"L": 1, "M": 2, "Q": 3, "H": 4}
-
 
 class Printed(bytes):
     """The bytes that print a copy."""
@@ -118,21 +110,21 @@ class Copy(Mapping[str, str]):
         """
         width = self._layout.width if columns is None else columns
         printer = (
-            _one_of("language", language, _PRINTER_LANGUAGES),
+            _one_of("language", language, _native.PRINTER_LANGUAGES),
             _number("paper", paper, 1, 0xFFFF),
             _number("columns", width, 1, 0xFFFF),
-            _one_of("code_page", code_page, _CODE_PAGES),
+            _one_of("code_page", code_page, _native.CODE_PAGES),
             code_page_number is not None,
             _number("code_page_number", code_page_number or 0, 0, 0xFF),
             emphasis,
-            _one_of("cut", cut, _CUTS),
+            _one_of("cut", cut, _native.CUTS),
             _number("feed", feed, 0, 0xFF),
             _number("drawer", drawer, 0, 2),
             _number("logo", logo, 1, 0xFF) if isinstance(logo, int) else 0,
             logo if isinstance(logo, str) else "",
             barcode,
             qr,
-            _one_of("qr_level", qr_level, _QR_LEVELS),
+            _one_of("qr_level", qr_level, _native.QR_LEVELS),
             _number("qr_module", qr_module, 0, 16),
         )
         text, replaced, has_barcode = _native.print_copy(
