@@ -4,10 +4,10 @@ import { documentOf } from './src/documents.js';
 import { call, load as loadModule, textsOf } from './src/module.js';
 import { optionsOf, prepare, settingsForPrinting } from './src/options.js';
 import { appendTexts, isWellFormed, placesIn, refuseCharacters } from './src/record.js';
+import { SEVERITIES } from './src/words.js';
 
 export { optionsOf };
 
-const SEVERITIES = ['note', 'warning', 'error'];
 const FINDING_TEXTS = 7;
 const PRINTED_NUMBERS = 4;
 const NO_COPY = 1; // a fault of printing

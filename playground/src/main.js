@@ -2,6 +2,7 @@
 import samples from 'samples';
 import { check, load, optionsOf, print, render } from 'qelrcpt';
 import wasm from 'qelrcpt/qelrcpt.wasm';
+import { FORMS as KNOWN_FORMS } from 'qelrcpt/src/words.js';
 import { Card, FORMS } from './cards.js';
 import { byId, element } from './dom.js';
 import { Width } from './edge.js';
@@ -58,7 +59,7 @@ function receiptOf(form, record, options) {
   const languages = { customer: customerLanguage, merchant: merchantLanguage };
   if (form.name === 'printer') return printedOf(record, options);
   const receipt = render(record, { ...options, form: form.name, copy: state.copies, width: width.columns });
-  const columns = { moneris: 40, 'moneris-ecomm': 70 }[receipt.form] ?? width.columns;
+  const columns = KNOWN_FORMS[receipt.form].width ?? width.columns;
   return { copies: receipt.copies, text: receipt.text, isApproved: receipt.approved, width: columns, languages };
 }
 

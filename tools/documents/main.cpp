@@ -1,6 +1,8 @@
 // qelrcpt_documents ROOT [--write]: the documents that are made from the library's tables, in the
 // source tree at ROOT. Says which of them differ from the tables; with --write, writes them.
+#include "checking/findings.h"
 #include "documents/manual.h"
+#include "documents/words.h"
 
 #include <qel_rcpt_check.h>
 #include <qel_rcpt_keys.hpp>
@@ -171,9 +173,8 @@ constexpr std::pair<Qel_rcpt_rule_group_t, std::string_view> rule_headings[] = {
 
 std::string rule_row(const Qel_rcpt_rule_t &rule)
 {
-    constexpr std::string_view severities[] = {"note", "warning", "error"};
     std::string row = "| `" + std::string(rule.name) + "` | ";
-    row.append(severities[rule.severity]).append(" | ").append(rule.wants).append(" | ");
+    row.append(tool::word_of(rule.severity)).append(" | ").append(rule.wants).append(" | ");
     row.append(rule.applies[0] == '\0' ? "always" : rule.applies).append(" | ").append(rule.keys);
     return row.append(" | ").append(rule.source).append(" | ").append(rule.date).append(" |\n");
 }
@@ -204,6 +205,10 @@ constexpr made_document made_documents[] = {
     {"docs/requirements.md", requirements_document},
     {"man/qelrcpt-record.5", record_manual},
     {"fuzz/record.dict", fuzz_dictionary},
+    {"bindings/javascript/src/words.js",
+     [](const std::string & /*old*/, const fs::path & /*root*/) {
+         return documents::javascript_words();
+     }},
 };
 
 // The number of the first line in which the two differ, and what is expected there.

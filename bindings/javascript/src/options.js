@@ -3,20 +3,23 @@
 import { isPlainObject, isWellFormed, kindOf, quoted } from './record.js';
 import {
   CODE_PAGES,
-  COPIES,
   COUNTRIES,
   CURRENCIES,
   CUTS,
   FORMS,
   INDUSTRIES,
   LANGUAGES,
-  LINE_BREAKS,
   PRINTER_LANGUAGES,
   QR_LEVELS,
 } from './words.js';
 import { isZone } from './zones.js';
 
 const USUAL_WIDTH = 40;
+
+export const LINE_BREAKS = { lf: '\n', crlf: '\r\n' };
+
+// By bits.
+export const COPIES = { customer: 1, merchant: 2, both: 3 };
 
 // The numbers of a call in the order of the module's.
 const SETTINGS = [

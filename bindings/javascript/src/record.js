@@ -1,7 +1,8 @@
 // From an object to the texts of a record.
 
+import { DOCUMENT_KEYS } from './words.js';
+
 const MOST_LEVELS = 512; // of JSON that the library reads
-const DOCUMENTS = new Set(['line_items', 'moneris_rcpt_data']); // the keys that hold JSON
 
 // With escapes for control characters and the like.
 export function quoted(text) {
@@ -85,7 +86,7 @@ function json(value, key) {
 function textOf(value, key) {
   const text = scalar(value, key);
   if (text !== undefined) return text;
-  if (DOCUMENTS.has(key)) return json(value, key);
+  if (DOCUMENT_KEYS.includes(key)) return json(value, key);
   return refuse(key, `is ${kindOf(value)}, expected a text, a number, true or false`);
 }
 

@@ -1,4 +1,4 @@
-// The words that options are said with, as the command qelrcpt knows them, and what they stand for.
+// Words of the library and what they stand for. Made from its tables by scripts/update-documents.
 
 export const LANGUAGES = { en: 0, fr: 1, es: 2, de: 3, it: 4 };
 
@@ -17,11 +17,6 @@ export const INDUSTRIES = {
   selfserv: 128,
   unknown: 0,
 };
-
-export const LINE_BREAKS = { lf: '\n', crlf: '\r\n' };
-
-// By bits.
-export const COPIES = { customer: 1, merchant: 2, both: 3 };
 
 export const PRINTER_LANGUAGES = { escpos: 0, star: 1 };
 
@@ -42,34 +37,97 @@ export const CUTS = { full: 0, partial: 1, none: 2 };
 
 export const QR_LEVELS = { L: 1, M: 2, Q: 3, H: 4 };
 
-const GENERAL = [
-  'merch_info',
-  'reference',
-  'items',
-  'order_money',
-  'money',
-  'disposition',
-  'signature',
-  'emv',
-  'notice',
-  'notes',
-];
-const MONERIS = ['merch_info', 'type', 'money', 'reference', 'disposition', 'signature', 'notice'];
-const MONERIS_ECOMM = ['merch_info', 'reference', 'line_items', 'customer_info', 'refund_policy'];
+// By their numbers.
+export const SEVERITIES = ['note', 'warning', 'error'];
 
-// In the order of the module's generators. width: in characters, absent where it is as one asks;
+// The keys of a record that hold JSON.
+export const DOCUMENT_KEYS = ['line_items', 'moneris_rcpt_data'];
+
+// In the order of their numbers. width: in characters, absent where it is as one asks;
 // lineBreak: within a block, likewise; ecommerce: what merchants of that industry get instead.
 export const FORMS = {
-  plain: { blocks: GENERAL, isText: true },
-  html: { blocks: GENERAL, lineBreak: '\n' },
-  xml: { blocks: GENERAL, lineBreak: '\n' },
-  json: { blocks: GENERAL, lineBreak: '\n' },
+  plain: {
+    blocks: [
+      'merch_info',
+      'reference',
+      'items',
+      'order_money',
+      'money',
+      'disposition',
+      'signature',
+      'emv',
+      'notice',
+      'notes',
+    ],
+    isText: true,
+  },
+  html: {
+    blocks: [
+      'merch_info',
+      'reference',
+      'items',
+      'order_money',
+      'money',
+      'disposition',
+      'signature',
+      'emv',
+      'notice',
+      'notes',
+    ],
+    lineBreak: '\n',
+  },
+  xml: {
+    blocks: [
+      'merch_info',
+      'reference',
+      'items',
+      'order_money',
+      'money',
+      'disposition',
+      'signature',
+      'emv',
+      'notice',
+      'notes',
+    ],
+    lineBreak: '\n',
+  },
+  json: {
+    blocks: [
+      'merch_info',
+      'reference',
+      'items',
+      'order_money',
+      'money',
+      'disposition',
+      'signature',
+      'emv',
+      'notice',
+      'notes',
+    ],
+    lineBreak: '\n',
+  },
   moneris: {
-    blocks: [...MONERIS, ...MONERIS_ECOMM.filter((name) => !MONERIS.includes(name))],
+    blocks: [
+      'merch_info',
+      'type',
+      'money',
+      'reference',
+      'disposition',
+      'signature',
+      'notice',
+      'line_items',
+      'customer_info',
+      'refund_policy',
+    ],
     isText: true,
     width: 40,
     lineBreak: '\r\n',
     ecommerce: 'moneris-ecomm',
   },
-  'moneris-ecomm': { blocks: MONERIS_ECOMM, isText: true, width: 70, lineBreak: '\r\n' },
+  'moneris-ecomm': {
+    blocks: ['merch_info', 'reference', 'line_items', 'customer_info', 'refund_policy'],
+    isText: true,
+    width: 70,
+    lineBreak: '\r\n',
+  },
 };

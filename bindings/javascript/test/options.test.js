@@ -4,6 +4,7 @@ import assert from 'node:assert/strict';
 import test from 'node:test';
 
 import { check, load, optionsOf, print, render, Renderer } from '../node.js';
+import { COPIES, LINE_BREAKS } from '../src/options.js';
 import * as words from '../src/words.js';
 import { run, withoutCommand } from './samples.js';
 
@@ -94,8 +95,8 @@ test('words and blocks are those of the command', { skip: withoutCommand }, () =
   const alpha2 = Object.keys(words.COUNTRIES).filter((code) => code.length === 2);
   const lists = {
     '--form': Object.keys(words.FORMS),
-    '--line-break': Object.keys(words.LINE_BREAKS),
-    '--copy': Object.keys(words.COPIES),
+    '--line-break': Object.keys(LINE_BREAKS),
+    '--copy': Object.keys(COPIES),
     '--lang': Object.keys(words.LANGUAGES),
     '--country': alpha2,
     '--currency': Object.keys(words.CURRENCIES),
