@@ -53,7 +53,7 @@ TEST_F(Batch, GivesOneLineForEachRecordAndGoesOnAfterBadOnes)
         const result made = run(args, input);
         EXPECT_TRUE(made.out.starts_with(expected)) << made.out << "instead of\n" << expected;
         EXPECT_EQ(made.status, words.empty() ? 0 : 1) << input;
-        EXPECT_EQ(has(made.err, " records, 1 errors\n"), !words.empty()) << made.err;
+        EXPECT_EQ(has(made.err, ", 1 error\n"), !words.empty()) << made.err;
         const auto lines = std::ranges::count(made.out, '\n');
         EXPECT_EQ(lines, words.empty() ? std::ranges::count(expected, '\n')
                                        : std::ranges::count(input, '\n') + 1);
@@ -361,12 +361,12 @@ TEST_F(Batch, ShowsItsProgressOnATerminalOnly)
     const std::string last = shown.substr(shown.rfind('\r', end) + 1);
     EXPECT_TRUE(last.starts_with("[" + std::string(30, '#') + "] 100%  3 records  ")) << last;
     EXPECT_TRUE(has(last, "/s  0:00 left")) << last;
-    EXPECT_TRUE(last.ends_with("\nqelrcpt: 3 records, 1 errors\n")) << last;
+    EXPECT_TRUE(last.ends_with("\nqelrcpt: 3 records, 1 error\n")) << last;
     EXPECT_EQ(shown_on_terminal({"--batch", "--quiet", file}, true, nowhere), "");
     const channel other = make_terminal();
     const std::string told =
         shown_on_terminal({"--batch", "--block=money", file}, true, other.theirs);
-    EXPECT_TRUE(told.ends_with("qelrcpt: 3 records, 1 errors\n")) << told;
+    EXPECT_TRUE(told.ends_with("qelrcpt: 3 records, 1 error\n")) << told;
     EXPECT_FALSE(has(told, "100%")) << told;
     EXPECT_FALSE(has(run({file}).err, "\r"));
 }
@@ -388,7 +388,7 @@ TEST(Progress, Lines)
         {{20, 1, 76, std::chrono::seconds(10)},
          99,
          "[" + std::string(30, ' ') + "]   1%  20 records  2/s  12:30 left"},
-        {{1, 20, 10, {}}, 99, "[" + std::string(30, '#') + "] 100%  1 records  1,000/s  0:00 left"},
+        {{1, 20, 10, {}}, 99, "[" + std::string(30, '#') + "] 100%  1 record  1,000/s  0:00 left"},
         {{0, 0, 10, {}}, 99, "[" + std::string(30, ' ') + "]   0%  0 records  0/s"},
         {{0, 0, 0, {}}, 99, "0 records  0/s"},
         {{1000, 9, {}, std::chrono::seconds(2)}, 99, "1,000 records  500/s"},

@@ -142,6 +142,11 @@ std::string in_quotes(std::string_view text)
     return "'" + shown + (is_cut ? "..." : "") + "'";
 }
 
+std::string counted(std::uint64_t number, std::string_view noun)
+{
+    return std::to_string(number).append(" ").append(noun).append(number == 1 ? "" : "s");
+}
+
 std::string listed(std::span<const std::string_view> words)
 {
     std::string list;

@@ -41,6 +41,9 @@ void complain(const std::string &message);
 // and the end of a long one left out.
 std::string in_quotes(std::string_view text);
 
+// "1 record", "2 records".
+std::string counted(std::uint64_t number, std::string_view noun);
+
 // "a, b or c".
 std::string listed(std::span<const std::string_view> words);
 

@@ -53,8 +53,7 @@ void complain_of_rules(const rule_counts &findings, uint64_t records, bool is_ch
         rows.emplace_back(count, rule);
     std::ranges::stable_sort(rows, std::greater(), &std::pair<uint64_t, std::string_view>::first);
     if (is_check) {
-        std::string table = std::to_string(records);
-        table.append(records == 1 ? " record" : " records");
+        std::string table = counted(records, "record");
         table.append(rows.empty() ? ", no findings" : ", findings:");
         for (const auto &[count, rule] : rows) {
             table.append("\n  ").append(std::to_string(count)).append(" ");
@@ -79,8 +78,7 @@ void complain_of(const totals &totals, const options &options)
         complain(warning);
     complain_of_rules(totals.findings, totals.records, options.check);
     if (totals.errors > 0)
-        complain(std::to_string(totals.records) + " records, " + std::to_string(totals.errors) +
-                 " errors");
+        complain(counted(totals.records, "record") + ", " + counted(totals.errors, "error"));
 }
 
 // Where an interrupted run stopped, and how to go on.

@@ -57,7 +57,8 @@ std::string progress_line(const progress &progress, size_t columns)
     constexpr size_t narrowest_bar = 5;
     constexpr size_t around_bar = 9; // brackets, percent and the gap behind
     const double seconds = std::max(progress.elapsed.count(), 1e-3);
-    std::string text = grouped(progress.records) + " records  ";
+    std::string text =
+        grouped(progress.records) + (progress.records == 1 ? " record  " : " records  ");
     text.append(grouped(static_cast<uint64_t>(static_cast<double>(progress.records) / seconds)));
     text += "/s";
     if (progress.total_bytes && *progress.total_bytes > 0) {

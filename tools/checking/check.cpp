@@ -48,8 +48,7 @@ std::string as_text(const std::vector<placed_finding> &all, size_t records)
         text.append(": ").append(text_of(each.finding)).append("\n");
         ++counts[each.finding.severity];
     }
-    text.append(totals_of(counts)).append(" in ").append(std::to_string(records));
-    return text.append(records == 1 ? " record\n" : " records\n");
+    return text.append(totals_of(counts)).append(" in ").append(counted(records, "record")) + "\n";
 }
 
 std::string as_json(const std::vector<placed_finding> &all)
@@ -124,8 +123,8 @@ void warn_of_record(const record_file &file, const Qel_rcpt_config_t &config,
             complain(begin + "further warnings are left out");
     }
     if (errors > 0)
-        throw input_error(file.name + ": " + std::to_string(errors) +
-                          (errors == 1 ? " error" : " errors") + ", so no receipt is written");
+        throw input_error(file.name + ": " + counted(errors, "error") +
+                          ", so no receipt is written");
 }
 
 } // namespace tool

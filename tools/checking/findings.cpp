@@ -156,8 +156,9 @@ std::string totals_of(const std::map<Qel_rcpt_severity_t, uint64_t> &counts)
          {QEL_RCPT_SEVERITY_ERROR, QEL_RCPT_SEVERITY_WARNING, QEL_RCPT_SEVERITY_NOTE}) {
         const auto found = counts.find(severity);
         const uint64_t count = found == counts.end() ? 0 : found->second;
-        text.append(text.empty() ? "" : ", ").append(count == 0 ? "no" : std::to_string(count));
-        text.append(" ").append(word_of(severity)).append(count == 1 ? "" : "s");
+        text.append(text.empty() ? "" : ", ");
+        text += count == 0 ? "no " + std::string(word_of(severity)) + "s"
+                           : counted(count, word_of(severity));
     }
     return text;
 }

@@ -99,9 +99,10 @@ bool paper_roll::add_copy(const std::string &name, const Qel_hash_dict_t *blocks
         return true;
     const std::string of_copy = is_custcopy ? ": customer copy: " : ": merchant copy: ";
     if (printed.replaced > 0)
-        complain(name + of_copy + std::to_string(printed.replaced) +
-                 " characters that are not on code page " +
-                 std::string(name_of(printer_.code_page)) + " were replaced");
+        complain(name + of_copy + counted(printed.replaced, "character") +
+                 (printed.replaced == 1 ? " that is" : " that are") + " not on code page " +
+                 std::string(name_of(printer_.code_page)) +
+                 (printed.replaced == 1 ? " was replaced" : " were replaced"));
     if (printer_.barcode && !printed.has_barcode)
         complain(name + of_copy +
                  "no barcode: there is no order number, or none that fits in CODE128 on the paper");
