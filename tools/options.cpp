@@ -318,8 +318,9 @@ std::vector<option_row> make_rows()
             {"", "--list-options", "", "the options a line each, for completion",
              ask<information::options>},
             {printing, "--paper", "COLUMNS",
-             "characters of font A across the paper: 48 (default) or 42 on 80 mm, 32 on 58 mm; the "
-             "width of a plain receipt too, unless --width",
+             "characters of font A across the paper, not its millimetres, 10 to 255: 48 (default) "
+             "or "
+             "42 on 80 mm, 32 on 58 mm; the width of a plain receipt too, unless --width",
              set_paper, on_paper},
             {printing, "--code-page", "PAGE", "{} (default cp858)", set_code_page, on_paper,
              [](const options &) { return words_of(qel_rcpt::code_pages); }},
@@ -363,8 +364,9 @@ std::vector<option_row> make_rows()
              "a FILE holds one JSON object a line, and so does the output: the line's number and "
              "its blocks, or what is wrong with it",
              turn_on<&options::batch>},
-            {archives, "--jobs", "N", "with --batch: render with N threads (default: the cores)",
-             set_jobs, with_batch},
+            {archives, "--jobs", "N",
+             "with --batch: render with N threads, 1 to 256 (default: the cores)", set_jobs,
+             with_batch},
             {archives, "--start-line", "N",
              "with --batch: leave out the lines before this one of the first FILE", set_start_line,
              with_batch},
