@@ -55,8 +55,9 @@ inline constexpr address_row addresses[] = {
     address("bill_zip", "ship_zip"),     address("bill_country", "ship_country"),
 };
 
-// The columns of an item, with a blank in front of each, are those of the heading.
-static_assert([] {
+// Whether the columns of an item, with a blank in front of each, are those of the heading.
+constexpr bool fits_heading()
+{
     constexpr std::string_view heading = table_heading;
     constexpr std::string_view words[] = {"Item", "Description", "Qty", "Amount", "Subtotal"};
     std::size_t at = 1;
@@ -67,7 +68,8 @@ static_assert([] {
     return at + std::string_view(table_edge).size() == heading.size() &&
            heading.size() == std::string_view(table_rule).size() &&
            heading.find("Amount") == std::string_view(to_amount_column).size();
-}());
+}
+static_assert(fits_heading());
 
 } // namespace qel_rcpt::moneris_ecomm
 
