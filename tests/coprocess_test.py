@@ -9,6 +9,7 @@ With --document the command answers as docs/coprocess.md shows."""
 import json
 import os
 import re
+import resource
 import select
 import shutil
 import signal
@@ -22,7 +23,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "examples" / "coprocess"
 SECONDS = 60  # more than any answer takes
-LONGEST_CLIENT = 30  # lines of code
+LONGEST_CLIENT = 55  # lines of code
 OPTIONS = ["--batch", "--jobs", "1", "--quiet", "--copy", "customer"]
 
 SALE = {
@@ -125,6 +126,8 @@ def test_answers(run, command):
         assert "ZOË'S 茶 £" in first and " £5.00" in first, first
         error = client.ask(UNKNOWN_LANGUAGE)
         assert re.match("fault: .*'tlh' is unknown", error), error
+        error = client.ask({"a\u2028": {}})  # a line end to some, which the message quotes
+        assert re.match("fault: .*'a\u2028' is an object", error), error
         long_note = "é" * 200_000  # more than a pipe holds
         assert text_of(client.ask({"order_notes": long_note})).count("É") == len(long_note)
         assert text_of(client.ask(SALE)) == first
@@ -145,45 +148,87 @@ def test_answers(run, command):
 
 
 def test_deaths(run, folder):
-    """A command that dies within its answer, once or each time, and one that is not there."""
+    """A command that dies within its answer or answers another line, once or each time, and one that
+    is not there."""
     answer = '{"line": 1, "blocks": {"a": {"b": "1"}}}'
-    starts, dying = folder / "starts", folder / "dying"
-    for deaths, shows in ((1, '"b":"1"'), (2, "fault:")):
-        starts.write_text("")
-        dying.write_text(
-            "#!/bin/sh\n"
-            f"echo started >>{starts}\n"
-            "read -r line\n"
-            f"[ $(wc -l <{starts}) -gt {deaths} ] || {{ printf %s '{answer[:-1]}'; exit 1; }}\n"
-            f"echo '{answer}'\n"
-        )
-        dying.chmod(0o755)
-        with Client(run, [str(dying)]) as client:
-            assert shows in (shown := client.ask(SALE).replace(" ", "")), shown
-            assert starts.read_text().count("started") == 2
-            client.end()
+    starts, faulty = folder / "starts", folder / "faulty"
+    stays = "exec sleep 20"
+    for fault in (f"printf %s '{answer[:-1]}'", f"echo '{answer.replace('1', '2')}'; {stays}"):
+        for faults, shows in ((1, '"b":"1"'), (2, "fault:")):
+            starts.write_text("")
+            faulty.write_text(
+                "#!/bin/sh\n"
+                f"echo $$ >>{starts}\n"
+                "read -r line\n"
+                f"[ $(wc -l <{starts}) -gt {faults} ] || {{ {fault}; exit 1; }}\n"
+                f"echo '{answer}'\n"
+                f"{stays if 'node' not in run else ''}\n"  # whose close waits for the command
+            )
+            faulty.chmod(0o755)
+            with Client(run, [str(faulty)]) as client:
+                assert shows in (shown := client.ask(SALE).replace(" ", "")), shown
+                client.end()
+                started = starts.read_text().split()
+                assert len(started) == 2 and all(map(has_ended, started)), started
     with Client(run, [str(folder / "missing")]) as client:
         assert (shown := client.ask(SALE)).startswith("fault: "), shown
         client.end()
 
 
+def run_node(command, script):
+    head = f"""
+import {{ Receipts }} from "{SOURCES}/node/receipts.mjs";
+import {{ closeSync, openSync, readFileSync }} from "node:fs";
+const receipts = new Receipts({json.dumps(command)}, ...{json.dumps(OPTIONS)});
+const pidOfCommand = () => Number(readFileSync(`/proc/self/task/${{process.pid}}/children`, "utf8"));
+"""
+    node = ["node", "--input-type=module", "-e", head + script]
+    subprocess.run(node, check=True, timeout=SECONDS)
+
+
 def test_node_at_once(command):
     """Records on their way when the command dies: each promise gets its own record's blocks."""
     script = f"""
-import {{ Receipts }} from "{SOURCES}/node/receipts.mjs";
-import {{ readFileSync }} from "node:fs";
-const receipts = new Receipts({json.dumps(command)}, ...{json.dumps(OPTIONS)});
 const asked = [...Array(2000).keys()].map((i) =>
   receipts.render(i % 5 ? {{ amount: i }} : {json.dumps(UNKNOWN_LANGUAGE)}));
 await asked[1];
-process.kill(readFileSync(`/proc/self/task/${{process.pid}}/children`, "utf8"), "SIGKILL");
+process.kill(pidOfCommand(), "SIGKILL");
 for (const [i, {{ value, reason }}] of (await Promise.allSettled(asked)).entries()) {{
   const shown = value ? value.cust_money : reason.message;
   if (!shown.includes(i % 5 ? ` $${{i}}.00` : "'tlh'")) throw new Error(`${{i}}: ${{shown}}`);
 }}
 receipts.close();
 """
-    subprocess.run(["node", "--input-type=module", "-e", script], check=True, timeout=SECONDS)
+    run_node(command, script)
+
+
+def test_node_without_descriptors(command):
+    """No command can be started, at first and after a death, and then one can again."""
+    script = """
+const taken = [];
+const takeAll = () => { try { for (;;) taken.push(openSync("/dev/null")); } catch { return; } };
+const mustFail = (asked) =>
+  asked.then(() => { throw new Error("rendered"); }, ({ message }) => {
+    if (!message.includes("cannot be started")) throw new Error(message); });
+takeAll();
+await mustFail(receipts.render({ amount: 1 }));
+taken.splice(0).forEach((taken) => closeSync(taken));
+await receipts.render({ amount: 2 });
+const pid = pidOfCommand();
+takeAll();
+const asked = [3, 4].map((amount) => mustFail(receipts.render({ amount })));
+process.kill(pid, "SIGKILL");
+await Promise.all(asked);
+taken.splice(0).forEach((taken) => closeSync(taken));
+await receipts.render({ amount: 5 });
+receipts.close();
+"""
+    limits = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (256, limits[1]))
+    try:
+        run_node(command, script)
+    finally:
+        resource.setrlimit(resource.RLIMIT_NOFILE, limits)
 
 
 def lines_of_code(client):
@@ -245,6 +290,7 @@ def main():
     test_deaths(run, folder)
     if language == "node":
         test_node_at_once(command)
+        test_node_without_descriptors(command)
 
 
 if __name__ == "__main__":

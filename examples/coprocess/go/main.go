@@ -9,7 +9,8 @@ import (
 )
 
 func main() {
-	receipts := Receipts{Command: os.Args[1:]}
+	receipts := New(os.Args[1:]...)
+	defer receipts.Close()
 	in := bufio.NewReader(os.Stdin)
 	for {
 		line, err := in.ReadString('\n')

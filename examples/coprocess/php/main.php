@@ -11,3 +11,4 @@ while (($line = fgets(STDIN)) !== false) {
         echo 'fault: ', $fault->getMessage(), "\n";
     }
 }
+$receipts->close();
