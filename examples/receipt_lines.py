@@ -19,11 +19,13 @@ def answer_to(line: str) -> Dict[str, str]:
         receipt = RENDERER.render(json.loads(line, parse_float=Decimal))
     except (TypeError, ValueError, RecursionError) as fault:
         return {"error": str(fault)}
+    except ArithmeticError:
+        return {"error": "a number's exponent is too large"}
     return {"customer": str(receipt.customer), "merchant": str(receipt.merchant)}
 
 
 def main() -> None:
-    for line in open(sys.stdin.fileno(), encoding="utf-8", errors="surrogateescape"):
+    for line in open(sys.stdin.fileno(), encoding="utf-8", errors="surrogateescape", newline="\n"):
         print(json.dumps(answer_to(line)), flush=True)
 
 

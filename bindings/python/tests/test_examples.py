@@ -41,14 +41,16 @@ def test_lines_answer_lines() -> None:
     sale = named("void.json").record
     deep = '{"line_items": ' + "[" * 100_000
     lines = [json.dumps(sale), '{"amount": }', '{"amount": 1.005}', '["sale"]', json.dumps(sale),
-             deep, '{"custref": "\udcff"}']  # fmt: skip
+             deep, '{"custref": "\udcff"}', '{"amount": 1e1000000000000000000}',
+             '{"amount":\r5}\r']  # fmt: skip
     answers = [json.loads(line) for line in run("receipt_lines.py", "\n".join(lines)).splitlines()]
     wanted = qelrcpt.render(sale, time_zone="America/Denver")
     assert answers[0] == answers[4] == {
         "customer": str(wanted.customer), "merchant": str(wanted.merchant)
     }  # fmt: skip
-    faults = [list(answer) for answer in answers[1:4] + answers[5:]]
-    assert faults == [["error"]] * 5 and "'amount'" in answers[2]["error"]
+    faults = [list(answer) for answer in answers[1:4] + answers[5:8]]
+    assert faults == [["error"]] * 6 and "'amount'" in answers[2]["error"]
+    assert "$5.00" in answers[8]["customer"] and len(answers) == len(lines)
 
 
 def test_frames_as_spark_hands_them_over() -> None:
