@@ -165,15 +165,14 @@ async function compile(source) {
 
 // Loads the module from where it is, once; after a failure it can be tried again.
 export function load(source, random) {
-  loading ??= compile(source()).then(
-    (module) => {
+  loading ??= compile(source())
+    .then((module) => {
+      instance = new Instance(module, random); // which fails for a module that is another's
       compiled = { module, random };
-      instance = new Instance(module, random);
-    },
-    (fault) => {
+    })
+    .catch((fault) => {
       loading = undefined;
       throw fault;
-    },
-  );
+    });
   return loading;
 }

@@ -15,6 +15,8 @@ test('before the library is loaded', () => {
 test('loading: what cannot be loaded can be tried again', async () => {
   await assert.rejects(load(new Uint8Array([0, 97, 115, 109, 1, 2, 3, 4])), WebAssembly.CompileError);
   await assert.rejects(load(new URL('missing.wasm', import.meta.url)), { code: 'ENOENT' });
+  await assert.rejects(load(new Uint8Array([0, 97, 115, 109, 1, 0, 0, 0])), TypeError); // a module of nothing
+  assert.throws(() => render({}), { message: /await load\(\)/ });
   assert.throws(() => render({}), Error);
   const loading = load();
   assert.equal(load(), loading);
