@@ -60,7 +60,7 @@ export function isZone(name) {
 // seconds since 1970, a BigInt; undefined for a zone that the platform does not know.
 export function offsetOf(name, time) {
   let near = Number(time);
-  if (near > LAST) near = Number(time % CYCLE);
+  if (near > LAST) near = Number((time % CYCLE) + CYCLE); // by the rules to come, not those of the past
   if (near < FIRST) near = FIRST;
   if (name === '') return Math.round(new Date(near * 1000).getTimezoneOffset() * -60);
   return find(name)?.offset(near);
