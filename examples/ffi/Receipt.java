@@ -61,15 +61,20 @@ public final class Receipt {
 
     /** The blocks in the order of the receipt, copied, and the dictionary destroyed. */
     static Map<String, String> taken(MemorySegment blocks, Arena arena) throws Throwable {
-        var texts = new LinkedHashMap<String, String>();
-        MemorySegment walk = arena.allocate(ADDRESS);
-        MemorySegment key = arena.allocate(ADDRESS), block = arena.allocate(ADDRESS);
-        long count = (long) enumerate.invokeExact(blocks, walk);
-        while ((boolean) enumerateNext.invokeExact(blocks, walk.get(ADDRESS, 0), key, block))
-            texts.put(text(key.get(ADDRESS, 0)), text(block.get(ADDRESS, 0)));
-        enumerateFree.invokeExact(walk.get(ADDRESS, 0));
-        dictDestroy.invokeExact(blocks);
-        return texts;
+        MemorySegment walk = MemorySegment.NULL;
+        try {
+            var texts = new LinkedHashMap<String, String>();
+            MemorySegment place = arena.allocate(ADDRESS);
+            MemorySegment key = arena.allocate(ADDRESS), block = arena.allocate(ADDRESS);
+            long count = (long) enumerate.invokeExact(blocks, place);
+            walk = place.get(ADDRESS, 0);
+            while ((boolean) enumerateNext.invokeExact(blocks, walk, key, block))
+                texts.put(text(key.get(ADDRESS, 0)), text(block.get(ADDRESS, 0)));
+            return texts;
+        } finally {
+            enumerateFree.invokeExact(walk);
+            dictDestroy.invokeExact(blocks);
+        }
     }
 
     public static void main(String[] args) throws Throwable {
