@@ -34,7 +34,7 @@ constexpr const char *conclusion =
     "  qelrcpt sale.json                              both copies, 40 columns wide\n"
     "  qelrcpt --copy customer --width 32 sale.json   the customer copy for a narrow printer\n"
     "  qelrcpt --country CA --currency CAD --customer-lang fr sale.json\n"
-    "  qelrcpt --output json --block money sale.json  one block of each copy as data\n"
+    "  qelrcpt --output json --block money sale.json  one block of each copy as JSON\n"
     "  qelrcpt --output escpos sale.json > /dev/usb/lp0   onto a receipt printer\n"
     "  qelrcpt --form html --page -o sale.html sale.json\n"
     "  qelrcpt --form html --email -o mail.html sale.json\n"

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -239,33 +240,35 @@ constexpr use with_batch = {[](const options &given) { return given.batch; }, "-
 constexpr use html_only = {[](const options &given) { return is_form(given.layout, "html"); },
                            "--form html with it"};
 
-std::vector<option_row> make_rows()
-{
-    constexpr const char *receipt = "Receipt";
-    constexpr const char *merchant = "Merchant (instead of what FILE says)";
-    constexpr const char *output = "Output";
-    constexpr const char *archives = "Archives";
-    constexpr const char *printing = "Paper (with --output escpos, star or png)";
-    constexpr const char *checks = "Checks";
+using row_list = std::vector<option_row>;
 
-    std::vector<option_row> rows = {
-        {receipt, "--form", "FORM",
+row_list receipt_rows()
+{
+    constexpr const char *group = "Receipt";
+    return {
+        {group, "--form", "FORM",
          "{} (default plain, or what the output file's ending says); moneris has 40 columns, "
          "moneris-ecomm 70",
          set_form, anywhere, form_names},
-        {receipt, "--width", "COLUMNS", "width of a plain receipt, 10 to 10000 (default 40)",
+        {group, "--width", "COLUMNS", "width of a plain receipt, 10 to 10000 (default 40)",
          set_width, plain_only},
-        {receipt, "--line-break", "BREAK", "what ends a line: {} (default lf)", set_line_break,
+        {group, "--line-break", "BREAK", "what ends a line: {} (default lf)", set_line_break,
          plain_or_text, [](const options &) { return words_of(line_breaks); }},
-        {receipt, "--copy", "COPY", "{} (default both)", set_copy, anywhere,
+        {group, "--copy", "COPY", "{} (default both)", set_copy, anywhere,
          [](const options &) { return words_of(copy_words); }},
-        {receipt, "--block", "NAME", "only this block, such as money; may be repeated", add_block,
+        {group, "--block", "NAME", "only this block, such as money; may be repeated", add_block,
          anywhere, block_names, true},
     };
+}
+
+row_list merchant_rows()
+{
+    constexpr const char *group = "Merchant (instead of what FILE says)";
+    row_list rows;
     for (const merchant_setting &setting : merchant_settings()) {
         std::string name = "--" + std::string(setting.name);
         std::ranges::replace(name, '_', '-');
-        rows.push_back({merchant, name, setting.value, setting.meaning,
+        rows.push_back({group, name, setting.value, setting.meaning,
                         [&setting](options &taken, const std::string &given) {
                             setting.set(taken.merchant, given);
                         },
@@ -276,101 +279,136 @@ std::vector<option_row> make_rows()
     rows.insert(
         rows.end(),
         {
-            {merchant, "--merchant", "FILE",
+            {group, "--merchant", "FILE",
              "a file with the merchant's \"config\" and keys in its \"record\", for what FILE does "
              "not say itself",
              set_merchant_file},
-            {merchant, "--set", "KEY=VALUE",
+            {group, "--set", "KEY=VALUE",
              "this record key, whatever the files say; may be repeated", add_key, anywhere, nullptr,
              true},
-            {output, "--output", "FORMAT",
-             "{} (default text); json: the blocks as one object; escpos and star: what receipt "
-             "printers print; png: a picture of that, where it is built in",
-             set_format, anywhere, [](const options &) { return words_of(formats); }},
-            {output, "--page", "",
-             "with --form html: one copy as a page with its style sheet, the customer copy unless "
-             "--copy merchant",
-             turn_on<&options::page>, html_only},
-            {output, "--email", "",
-             "as --page, for programs that read mail: a table, and styles in its elements alone",
-             turn_on<&options::email>, html_only},
-            {output, "--playground", "",
-             "a page to try the record in a browser, where it can be changed; --form, --width and "
-             "--copy are what it opens with",
-             turn_on<&options::playground>},
-            {output, "--raw", "",
-             "let control characters of the record through, which printers and terminals obey",
-             [](options &taken, const std::string & /*given*/) { taken.layout.raw = true; },
-             text_only},
-            {output, "-o,--output-file", "FILE", "write to FILE instead of standard output",
-             set_output_file},
-            {output, "-q,--quiet", "",
-             "no warnings, not even of card numbers (but --strict says what is wrong); no progress "
-             "or summary of --batch",
-             turn_on<&options::quiet>},
-            {output, "--keys", "", "list the keys of a record, each with its meaning",
-             ask<information::keys>},
-            {output, "--rules", "",
-             "list the rules of the check, each with its severity and what it wants",
-             ask<information::rules>},
-            {output, "-h,--help", "", "show this help", ask<information::help>},
-            {output, "--version", "", "show the version", ask<information::version>},
-            {"", "--list-options", "", "the options a line each, for completion",
-             ask<information::options>},
-            {printing, "--paper", "COLUMNS",
-             "characters of font A across the paper, not its millimetres, 10 to 255: 48 (default) "
-             "or "
-             "42 on 80 mm, 32 on 58 mm; the width of a plain receipt too, unless --width",
-             set_paper, on_paper},
-            {printing, "--code-page", "PAGE", "{} (default cp858)", set_code_page, on_paper,
-             [](const options &) { return words_of(qel_rcpt::code_pages); }},
-            {printing, "--code-page-number", "N", "the printer's own number of the page, 0 to 255",
-             set_code_page_number, on_paper},
-            {printing, "--no-emphasis", "", "every line in plain type",
-             turn_on_paper<&paper_options::no_emphasis>, on_paper},
-            {printing, "--cut", "CUT", "after each copy: {} (default full)", set_cut, on_paper,
-             [](const options &) { return words_of(qel_rcpt::cuts); }},
-            {printing, "--feed", "LINES", "feed so many lines before the cut, 0 to 255", set_feed,
-             on_paper},
-            {printing, "--logo", "LOGO",
-             "above each copy the logo that is stored in the printer under this number, 1 to 255, "
-             "or under key:XY",
-             set_logo, on_paper},
-            {printing, "--barcode", "", "below each copy the order number as a CODE128 barcode",
-             turn_on_paper<&paper_options::barcode>, on_paper},
-            {printing, "--qr", "TEXT", "below each copy a QR code of this text, such as a link",
-             set_qr, on_paper},
-            {printing, "--qr-level", "LEVEL", "its error correction: {} (default M)", set_qr_level,
-             with_qr, [](const options &) { return words_of(qel_rcpt::qr_levels); }},
-            {printing, "--qr-module", "DOTS",
-             "the size of its modules, 1 to 16 dots (default: what fits, to 6)", set_qr_module,
-             with_qr},
-            {printing, "--drawer", "", "open the cash drawer before the first copy",
-             turn_on_paper<&paper_options::drawer>, on_paper},
-            {printing, "--other-drawer", "", "open the one on the connector's other pin",
-             turn_on_paper<&paper_options::other_drawer>, on_paper},
-            {checks, "--check", "",
-             "what is wrong with the records instead of their receipts, worst first; with --output "
-             "json as data; with --batch a line for each record of which anything is",
-             turn_on<&options::check>},
-            {checks, "--strict", "", "write no receipt of a record that has errors",
-             turn_on<&options::strict>},
-            {checks, "--rule", "NAME",
-             "look at this rule only, one of those that --rules lists; may be repeated",
-             add_rule<&options::rules>, anywhere, rule_names, true},
-            {checks, "--no-rule", "NAME", "leave this rule out; may be repeated",
-             add_rule<&options::left_out_rules>, anywhere, rule_names, true},
-            {archives, "--batch", "",
-             "a FILE holds one JSON object a line, and so does the output: the line's number and "
-             "its blocks, or what is wrong with it",
-             turn_on<&options::batch>},
-            {archives, "--jobs", "N",
-             "with --batch: render with N threads, 1 to 256 (default: the cores)", set_jobs,
-             with_batch},
-            {archives, "--start-line", "N",
-             "with --batch: leave out the lines before this one of the first FILE", set_start_line,
-             with_batch},
         });
+    return rows;
+}
+
+row_list output_rows()
+{
+    constexpr const char *group = "Output";
+    return {
+        {group, "--output", "FORMAT",
+         "{} (default text); json: the blocks as one object; escpos and star: what receipt "
+         "printers print; png: a picture of that, where it is built in",
+         set_format, anywhere, [](const options &) { return words_of(formats); }},
+        {group, "--page", "",
+         "with --form html: one copy as a page with its style sheet, the customer copy unless "
+         "--copy merchant",
+         turn_on<&options::page>, html_only},
+        {group, "--email", "",
+         "as --page, for programs that read mail: a table, and styles in its elements alone",
+         turn_on<&options::email>, html_only},
+        {group, "--playground", "",
+         "a page to try the record in a browser, where it can be changed; --form, --width and "
+         "--copy are what it opens with",
+         turn_on<&options::playground>},
+        {group, "--raw", "",
+         "let control characters of the record through, which printers and terminals obey",
+         [](options &taken, const std::string & /*given*/) { taken.layout.raw = true; }, text_only},
+        {group, "-o,--output-file", "FILE", "write to FILE instead of standard output",
+         set_output_file},
+        {group, "-q,--quiet", "",
+         "no warnings, not even of card numbers (but --strict says what is wrong); no progress "
+         "or summary of --batch",
+         turn_on<&options::quiet>},
+        {group, "--keys", "", "list the keys of a record, each with its meaning",
+         ask<information::keys>},
+        {group, "--rules", "",
+         "list the rules of the check, each with its severity and what it wants",
+         ask<information::rules>},
+        {group, "-h,--help", "", "show this help", ask<information::help>},
+        {group, "--version", "", "show the version", ask<information::version>},
+        {"", "--list-options", "", "the options a line each, for completion",
+         ask<information::options>},
+    };
+}
+
+row_list paper_rows()
+{
+    constexpr const char *group = "Paper (with --output escpos, star or png)";
+    return {
+        {group, "--paper", "COLUMNS",
+         "characters of font A across the paper, not its millimetres, 10 to 255: 48 (default) "
+         "or "
+         "42 on 80 mm, 32 on 58 mm; the width of a plain receipt too, unless --width",
+         set_paper, on_paper},
+        {group, "--code-page", "PAGE", "{} (default cp858)", set_code_page, on_paper,
+         [](const options &) { return words_of(qel_rcpt::code_pages); }},
+        {group, "--code-page-number", "N", "the printer's own number of the page, 0 to 255",
+         set_code_page_number, on_paper},
+        {group, "--no-emphasis", "", "every line in plain type",
+         turn_on_paper<&paper_options::no_emphasis>, on_paper},
+        {group, "--cut", "CUT", "after each copy: {} (default full)", set_cut, on_paper,
+         [](const options &) { return words_of(qel_rcpt::cuts); }},
+        {group, "--feed", "LINES", "feed so many lines before the cut, 0 to 255", set_feed,
+         on_paper},
+        {group, "--logo", "LOGO",
+         "above each copy the logo that is stored in the printer under this number, 1 to 255, "
+         "or under key:XY",
+         set_logo, on_paper},
+        {group, "--barcode", "", "below each copy the order number as a CODE128 barcode",
+         turn_on_paper<&paper_options::barcode>, on_paper},
+        {group, "--qr", "TEXT", "below each copy a QR code of this text, such as a link", set_qr,
+         on_paper},
+        {group, "--qr-level", "LEVEL", "its error correction: {} (default M)", set_qr_level,
+         with_qr, [](const options &) { return words_of(qel_rcpt::qr_levels); }},
+        {group, "--qr-module", "DOTS",
+         "the size of its modules, 1 to 16 dots (default: what fits, to 6)", set_qr_module,
+         with_qr},
+        {group, "--drawer", "", "open the cash drawer before the first copy",
+         turn_on_paper<&paper_options::drawer>, on_paper},
+        {group, "--other-drawer", "", "open the one on the connector's other pin",
+         turn_on_paper<&paper_options::other_drawer>, on_paper},
+    };
+}
+
+row_list check_rows()
+{
+    constexpr const char *group = "Checks";
+    return {
+        {group, "--check", "",
+         "what is wrong with the records instead of their receipts, worst first; with --output "
+         "json as data; with --batch a line for each record of which anything is",
+         turn_on<&options::check>},
+        {group, "--strict", "", "write no receipt of a record that has errors",
+         turn_on<&options::strict>},
+        {group, "--rule", "NAME",
+         "look at this rule only, one of those that --rules lists; may be repeated",
+         add_rule<&options::rules>, anywhere, rule_names, true},
+        {group, "--no-rule", "NAME", "leave this rule out; may be repeated",
+         add_rule<&options::left_out_rules>, anywhere, rule_names, true},
+    };
+}
+
+row_list archive_rows()
+{
+    constexpr const char *group = "Archives";
+    return {
+        {group, "--batch", "",
+         "a FILE holds one JSON object a line, and so does the output: the line's number and "
+         "its blocks, or what is wrong with it",
+         turn_on<&options::batch>},
+        {group, "--jobs", "N", "with --batch: render with N threads, 1 to 256 (default: the cores)",
+         set_jobs, with_batch},
+        {group, "--start-line", "N",
+         "with --batch: leave out the lines before this one of the first FILE", set_start_line,
+         with_batch},
+    };
+}
+
+row_list make_rows()
+{
+    row_list rows;
+    for (const auto group :
+         {receipt_rows, merchant_rows, output_rows, paper_rows, check_rows, archive_rows})
+        std::ranges::move(group(), std::back_inserter(rows));
     return rows;
 }
 
