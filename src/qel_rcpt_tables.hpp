@@ -31,6 +31,13 @@ inline constexpr language languages[] = {
     {QEL_RCPT_LANG_IT, "it", "Italian"},
 };
 
+// The first for a number that is none.
+constexpr const language &language_of(Qel_rcpt_lang_t id)
+{
+    const auto *known = std::ranges::find(languages, id, &language::id);
+    return known == std::end(languages) ? languages[0] : *known;
+}
+
 // How a currency is written. One without a row is written as the first.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): a row reads so
 struct currency {

@@ -2,6 +2,7 @@
 
 #include "checking/findings_json.h"
 #include "messages.h"
+#include "reading/entries.h"
 #include "writing/document.h"
 #include "writing/render.h"
 #include "writing/safe_text.h"
@@ -56,7 +57,7 @@ std::string_view without_line_break(std::string_view line)
 
 bool is_blank(std::string_view line)
 {
-    return line.find_first_not_of(" \t\r\n\v\f") == std::string_view::npos;
+    return line.find_first_not_of(blanks) == std::string_view::npos;
 }
 
 // A line that is taken back unless it is kept.

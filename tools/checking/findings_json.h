@@ -5,7 +5,6 @@
 #include "checking/findings.h"
 #include "messages.h"
 
-#include <optional>
 #include <string>
 
 namespace tool

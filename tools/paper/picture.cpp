@@ -4,9 +4,9 @@
 #include "paper/symbols.h"
 
 #include <cairo.h>
+#include <qelstdlib.hpp>
 
 #include <algorithm>
-#include <memory>
 #include <stdexcept>
 
 namespace paper
@@ -37,16 +37,8 @@ constexpr color paper_color = {1, 1, 1};
 constexpr color ink = {0.1, 0.1, 0.12};
 constexpr color faint = {0.55, 0.55, 0.55};
 
-template <auto End>
-struct ender {
-    template <typename T>
-    void operator()(T *handle) const
-    {
-        End(handle);
-    }
-};
-using surface = std::unique_ptr<cairo_surface_t, ender<cairo_surface_destroy>>;
-using context = std::unique_ptr<cairo_t, ender<cairo_destroy>>;
+using surface = qel::owner<cairo_surface_t, cairo_surface_destroy>;
+using context = qel::owner<cairo_t, cairo_destroy>;
 
 double height_of(const text_line &line)
 {

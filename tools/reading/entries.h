@@ -11,6 +11,9 @@
 namespace tool
 {
 
+// White space, as between the parts of an input.
+inline constexpr std::string_view blanks = " \t\r\n\v\f";
+
 // The object that a member stands in: the input's own, or one of the two of an envelope.
 enum class section { top, config, record };
 

@@ -11,7 +11,6 @@ namespace
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\v\f\r";
     const size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos)
         return {};

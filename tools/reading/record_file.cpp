@@ -8,7 +8,6 @@
 #include <qel_rcpt_keys.hpp>
 
 #include <algorithm>
-#include <optional>
 #include <set>
 
 namespace tool
@@ -31,8 +30,6 @@ std::string read_bytes(const std::string &name, const std::string &shown_name)
     }
     return text;
 }
-
-constexpr std::string_view blanks = " \t\r\n\v\f";
 
 // Where the text begins, blanks aside. Throws text_error for what cannot be a text.
 size_t begin_of(std::string_view text)

@@ -13,8 +13,6 @@ namespace tool
 namespace
 {
 
-constexpr std::string_view blanks = " \t\r\n\v\f";
-
 // The encoding of text in UTF-16, told by its mark or by the zeros after its first letters.
 std::string_view utf16_name(std::string_view text)
 {

@@ -16,12 +16,6 @@ namespace tool
 namespace
 {
 
-std::string_view language_code(Qel_rcpt_lang_t lang)
-{
-    const auto *known = std::ranges::find(qel_rcpt::languages, lang, &qel_rcpt::language::id);
-    return (known == std::end(qel_rcpt::languages) ? qel_rcpt::languages : known)->code;
-}
-
 const char *transaction_type(const Qel_hash_dict_t *record, Qel_rcpt_lang_t lang)
 {
     const char *action = Qel_hash_dict_get_direct(record, "action_trans");
@@ -84,7 +78,7 @@ html_copy render_html_copy(Qel_hash_dict_t *record, const Qel_rcpt_config_t &con
     const bool is_customer_copy = layout.customer_copy;
     const Qel_rcpt_lang_t lang = is_customer_copy ? config.cust_lang : config.merch_lang;
     return {.shown = render(record, config, layout),
-            .lang = language_code(lang),
+            .lang = qel_rcpt::language_of(lang).code,
             .title = as_html(title_of(record, lang, is_customer_copy)),
             .signature = as_html(Qel_rcpt_msg_to_string(lang, QEL_RCPT_MSG_SIGNATURE)),
             .entry_mode = as_html(entry_mode_of(record, lang)),

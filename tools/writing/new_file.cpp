@@ -4,7 +4,6 @@
 #include <sys/random.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
