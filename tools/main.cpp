@@ -91,7 +91,7 @@ std::string make_playground(const tool::options &options)
     tool::record_file file = tool::read_record_file(options.files.front());
     const Qel_rcpt_config_t config = tool::complete(file, options.merchant, options.added);
     tool::warn_of_record(file, config, options);
-    return tool::playground(file, options.merchant, options.added, options.layout);
+    return tool::playground(file, config, options.merchant, options.added, options.layout);
 }
 
 // Everything is rendered before anything is written, so that there is never half an output.

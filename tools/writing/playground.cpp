@@ -80,18 +80,14 @@ std::string record_json(const Qel_hash_dict_t *record)
     return json + "\n}\n";
 }
 
-const char *language_code(Qel_rcpt_lang_t lang)
-{
-    const auto *known = std::ranges::find(qel_rcpt::languages, lang, &qel_rcpt::language::id);
-    return (known == std::end(qel_rcpt::languages) ? qel_rcpt::languages : known)->code;
-}
-
 // Under the names of the page's settings.
 std::string config_json(const Qel_rcpt_config_t &config, const std::string &timezone)
 {
     std::string json = "{";
-    append_member(json, "customerLanguage", json_text(language_code(config.cust_lang)));
-    append_member(json, "merchantLanguage", json_text(language_code(config.merch_lang)));
+    append_member(json, "customerLanguage",
+                  json_text(qel_rcpt::language_of(config.cust_lang).code));
+    append_member(json, "merchantLanguage",
+                  json_text(qel_rcpt::language_of(config.merch_lang).code));
     append_member(json, "country", json_text(std::to_string(config.country_code)));
     append_member(json, "currency", json_text(std::to_string(config.currency_code)));
     append_member(json, "industry", json_text(industry_words(config.industry)));
@@ -126,11 +122,10 @@ std::string for_element(const std::string &json)
 
 } // namespace
 
-std::string playground(record_file &file, const merchant &options, const additions &added,
-                       const layout &layout)
+std::string playground(const record_file &file, const Qel_rcpt_config_t &config,
+                       const merchant &options, const additions &added, const layout &layout)
 {
     const bool is_completed = added.under.record || !added.over.empty();
-    const Qel_rcpt_config_t config = complete(file, options, added);
     const std::string &timezone = timezone_name(options, file.merchant, added.under.merchant);
 
     std::string json = "{";
