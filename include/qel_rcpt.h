@@ -76,9 +76,10 @@ typedef struct Qel_rcpt_config {
     const Qel_time_tz_t *merch_timezone; /* borrowed; absent: the system's local zone */
 } Qel_rcpt_config_t;
 
-/* The beginning and the end of the library's use. Nothing has to be built today, and a later
- * release may: call Qel_rcpt_init before everything else and Qel_rcpt_deinit at the end. Neither
- * can be used wrongly: any thread, any time, balanced or not, or not at all. */
+/* The beginning and the end of the library's use: call Qel_rcpt_init before everything else and
+ * Qel_rcpt_deinit at the end. Neither can be used wrongly: any thread, any time, balanced or not,
+ * or not at all. All that is done today is to read the system's local zone, which the C library
+ * does once: if no descriptor is free when it is first wanted, it is UTC until TZ changes. */
 QEL_API void Qel_rcpt_init(void) QEL_NOEXCEPT;
 QEL_API void Qel_rcpt_deinit(void) QEL_NOEXCEPT;
 

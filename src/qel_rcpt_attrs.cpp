@@ -35,6 +35,8 @@ constexpr Qel_rcpt_attrs_t default_attrs = {QEL_RCPT_LANG_EN,
 void Qel_rcpt_init() noexcept
 {
     Qel_rcpt_lang_init();
+    Qel_time_localtm_t now{};
+    Qel_time_tolocal(0, &now, nullptr); // the system's zone is read, before descriptors are scarce
 }
 
 void Qel_rcpt_deinit() noexcept

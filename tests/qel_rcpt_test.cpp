@@ -1,8 +1,11 @@
 // The receipt core: attributes, messages, money, line items, transaction types.
 #include "core_tests.hpp"
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
+
+#include <sys/resource.h>
 
 namespace
 {
@@ -97,6 +100,22 @@ TEST(Messages, Texts)
     EXPECT_EQ(colon(3, QEL_RCPT_MSG_TOTAL), "Gesamt:");
     EXPECT_EQ(colon(4, QEL_RCPT_MSG_UNKNOWN_PHONE_S), "telefono sconosciuto:");
     EXPECT_EQ(colon(5, QEL_RCPT_MSG_NONCASH_PRICE), "Non Cash Price:");
+}
+
+// Which the C library looks for once; it may be first wanted when no descriptor is free.
+TEST(Config, TheSystemsZoneIsReadAtTheBeginning)
+{
+    setenv("TZ", "Asia/Kathmandu", 1);
+    Qel_rcpt_init();
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    Qel_time_localtm_t tm{};
+    Qel_time_tolocal(1689336000, &tm, nullptr);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    unsetenv("TZ");
+    EXPECT_EQ(tm.gmtoff, 20700);
 }
 
 TEST(Messages, OutliveTheUseOfTheLibrary)

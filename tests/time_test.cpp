@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <malloc.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace
@@ -145,8 +146,9 @@ TEST(Time, OnlyNamesOfTheDatabaseAreLoaded)
     Qel_time_tz_destroy(nullptr);
 
     // Where there is a file of that name.
-    const std::filesystem::path folder = testing::TempDir() + std::to_string(getpid());
-    std::filesystem::create_directory(folder);
+    std::string folder_name = testing::TempDir() + "time_test.XXXXXX";
+    ASSERT_NE(mkdtemp(folder_name.data()), nullptr);
+    const std::filesystem::path folder = folder_name;
     setenv("TZDIR", folder.c_str(), 1);
     for (const auto &[len, is_loaded] : {std::pair(64, true), {65, false}}) {
         const std::string file(static_cast<std::size_t>(len), 'x');
@@ -155,6 +157,18 @@ TEST(Time, OnlyNamesOfTheDatabaseAreLoaded)
     }
     unsetenv("TZDIR");
     std::filesystem::remove_all(folder);
+}
+
+// Nor is a zone unknown for good because there was no free descriptor when it was first loaded.
+TEST(Time, AMomentWithoutDescriptorsDoesNoLastingHarm)
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_EQ(Qel_time_tz_load("Asia/Kathmandu"), nullptr);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_TRUE(qel::time_tz(Qel_time_tz_load("Asia/Kathmandu")));
 }
 
 std::size_t allocated()

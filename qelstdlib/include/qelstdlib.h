@@ -346,7 +346,9 @@ QEL_API Qel_time_t Qel_time(void) QEL_NOEXCEPT;
  *
  * Reads the system's zone files, in the folder that the environment's TZDIR names or in
  * /usr/share/zoneinfo; the only operation here that reads files, but for Qel_time_tolocal without a
- * zone. A zone's rules stay loaded after Qel_time_tz_destroy, so that they are read once. Names
+ * zone. Absent too while no descriptor is free; asked again it is looked for again, unless another
+ * thread took the last descriptor just then. A zone's rules stay loaded after Qel_time_tz_destroy,
+ * so that they are read once. Names
  * that have no file there (UTC needs none) or more than 64 bytes leave nothing behind, so what is
  * kept is bounded by the number of zone files. */
 QEL_API Qel_time_tz_t *Qel_time_tz_load(const char *name) QEL_NOEXCEPT;
@@ -362,7 +364,8 @@ QEL_API bool Qel_time_parsefmt(const char *text, const char *fmt,
                                Qel_time_localtm_t *localtm) QEL_NOEXCEPT;
 
 /* Fills every field for the time in the zone; an absent zone means the system's local one (which
- * the environment's TZ names), or UTC for a time whose year that cannot express. */
+ * the environment's TZ names), or UTC for a time whose year that cannot express. The C library
+ * reads that zone at the first such call; if it cannot, it takes UTC until TZ changes. */
 QEL_API void Qel_time_tolocal(Qel_time_t t, Qel_time_localtm_t *localtm,
                               const Qel_time_tz_t *zone) QEL_NOEXCEPT;
 

@@ -9,7 +9,9 @@
 #include <string>
 
 #include <cctz/time_zone.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 struct Qel_time_tz {
     cctz::time_zone zone;
@@ -19,17 +21,23 @@ namespace
 {
 
 // The loader keeps what it has looked for until the process ends, found or not, so it is asked only
-// for what is there. It looks in the same place, and knows UTC without a file.
-bool has_zone_file(const std::string &name)
+// for what is there and can be opened: a moment without free descriptors must not make a zone
+// unknown for good. (Another thread may still take the last one in between.) It looks in the same
+// place, and knows UTC without a file.
+bool can_open_zone_file(const std::string &name)
 {
     if (name == "UTC")
         return true;
     const char *const folder = std::getenv("TZDIR");
     const bool is_set = folder != nullptr && *folder != '\0';
     const std::string path = std::string(is_set ? folder : "/usr/share/zoneinfo") + '/' + name;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat file {
     };
-    return ::stat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode);
+    const bool is_file = fd >= 0 && ::fstat(fd, &file) == 0 && S_ISREG(file.st_mode);
+    if (fd >= 0)
+        ::close(fd);
+    return is_file;
 }
 
 // The C library knows every form that TZ may take. It has no time for years beyond an int; those
@@ -62,7 +70,7 @@ Qel_time_localtm_t time_in_system_zone(Qel_time_t t)
 
 Qel_time_tz_t *Qel_time_tz_load(const char *name) noexcept
 {
-    if (!qel::is_zone_name(qel::view(name)) || !has_zone_file(name))
+    if (!qel::is_zone_name(qel::view(name)) || !can_open_zone_file(name))
         return nullptr;
     auto zone = std::make_unique<Qel_time_tz>();
     const bool known = cctz::load_time_zone(name, &zone->zone);
