@@ -299,6 +299,48 @@ TEST_F(Output, GoesWhereTheNameLeads)
     }
 }
 
+// What the caller opened, perhaps to append to it or to remove its name, is written to as it is.
+TEST_F(Output, GoesOnWhereTheCallersDescriptorsAre)
+{
+    fs::create_symlink("/dev/fd/3", path("link"));
+    const std::string begin = "cd " + directory_.string() + "; echo old >log; exec 3>>log; ";
+    const std::string command = "\"$0\" -q --block=money --copy=customer --width=20 -o ";
+    for (const std::string name : {"/dev/fd/3", "/proc/self/fd/3", "link"}) {
+        const std::string end = name + " || exit; echo after >&3; cat log; ";
+        const result kept = shell(begin + command + end, {}, sale);
+        EXPECT_EQ(kept.out, "old\n" + money + "after\n") << name << kept.err;
+        const result nameless =
+            shell(begin + "exec 4<log; rm log; " + command + name + "; cat <&4; ls", {}, sale);
+        EXPECT_EQ(nameless.out, "old\n" + money + "link\n") << name << nameless.err;
+    }
+    const result closed = shell(begin + command + "/dev/fd/9 9>&-", {}, sale);
+    EXPECT_TRUE(closed.status == 1 && has(closed.err, "qelrcpt: /dev/fd/9: ")) << closed.err;
+}
+
+// In a folder such as /tmp others may lay links to what they may not write themselves.
+TEST_F(Output, FollowsNoStrangersLinkInAFolderForEverybody)
+{
+    if (!is_root())
+        GTEST_SKIP() << "needs a link of somebody else";
+    for (const uid_t owner : {uid_t{0}, nobody}) {
+        for (const std::string old : {"old", ""}) {
+            fs::create_directory(directory_ / "all");
+            chmod(path("all").c_str(), 01777);
+            if (!old.empty())
+                write("victim", old);
+            fs::create_symlink("../victim", path("all/out"));
+            EXPECT_EQ(lchown(path("all/out").c_str(), owner, owner), 0);
+            const bool is_own = owner == 0;
+            const result made = run(with(money_only, {"-o", path("all/out")}), sale);
+            EXPECT_EQ(made.status, is_own ? 0 : 1) << made.err;
+            EXPECT_EQ(has(made.err, "a link of somebody else"), !is_own) << made.err;
+            EXPECT_EQ(read_file(path("victim")), is_own ? money : old);
+            fs::remove_all(path("all"));
+            fs::remove(path("victim"));
+        }
+    }
+}
+
 TEST_F(Output, SaysWhyAFileInAClosedFolderIsNotReplaced)
 {
     const std::string file = write("receipt", "old");

@@ -31,6 +31,13 @@ bool is_open_as(int fd, const struct stat &file)
     return ::fstat(fd, &open) == 0 && is_same(open, file);
 }
 
+bool is_at(const std::string &place, const struct stat &file)
+{
+    struct stat placed {
+    };
+    return ::lstat(place.c_str(), &placed) == 0 && is_same(placed, file);
+}
+
 // The one of the shell's descriptors that this file is; -1: neither.
 int open_descriptor_of(const struct stat &file)
 {
@@ -41,14 +48,44 @@ int open_descriptor_of(const struct stat &file)
     return -1;
 }
 
-// Where a file of this name is or would be: through links, also those that lead to nothing.
-std::string place_of(const std::string &name)
+// Whether a link in a folder for everybody, such as /tmp, is somebody else's, who may have made it
+// lead to a file that only this user may write. Systems that protect links judge it so, too, but do
+// not know when a program follows one by itself.
+bool is_strangers(const std::filesystem::path &link, const std::filesystem::path &folder)
+{
+    struct stat itself {
+    };
+    struct stat around {
+    };
+    if (::lstat(link.c_str(), &itself) != 0 || ::stat(folder.c_str(), &around) != 0)
+        return false;
+    const bool is_for_everybody =
+        (around.st_mode & S_ISVTX) != 0 && (around.st_mode & S_IWOTH) != 0;
+    return is_for_everybody && itself.st_uid != ::geteuid() && itself.st_uid != around.st_uid;
+}
+
+// Where a name leads through links, also those that lead to nothing.
+struct destination {
+    std::string place; // of the file that is there or would be
+    int fd = -1;       // that the caller opened and /dev/fd/3 and the like stand for; -1: none
+};
+
+destination destination_of(const std::string &name)
 {
     constexpr int most_links = 40; // as the system allows
+    std::error_code unknown;       // what cannot be looked at cannot be opened either
     std::filesystem::path place(name);
-    for (int i = 0; i < most_links && std::filesystem::is_symlink(place); ++i)
-        place = place.parent_path() / std::filesystem::read_symlink(place);
-    return place.string();
+    for (int i = 0; i < most_links && std::filesystem::is_symlink(place, unknown); ++i) {
+        const std::filesystem::path folder =
+            place.has_parent_path() ? place.parent_path() : std::filesystem::path(".");
+        if (std::filesystem::equivalent(folder, "/proc/self/fd", unknown))
+            return {name, std::stoi(place.filename())};
+        if (is_strangers(place, folder))
+            throw input_error(name + ": a link of somebody else in a folder for everybody, "
+                                     "expected the name of the file");
+        place = folder / std::filesystem::read_symlink(place, unknown);
+    }
+    return {place.string()};
 }
 
 // The file that is written must not be one of those that are read.
@@ -127,10 +164,11 @@ void output::open_new(const std::string &place)
 
 void output::open(std::span<const std::string> inputs)
 {
+    const destination to = name_.empty() ? destination{"", STDOUT_FILENO} : destination_of(name_);
     struct stat old {
     };
-    if (name_.empty()) {
-        fd_ = STDOUT_FILENO;
+    if (to.fd >= 0) {
+        fd_ = to.fd;
         if (::fstat(fd_, &old) == 0)
             refuse_inputs(old, inputs);
         return;
@@ -138,21 +176,26 @@ void output::open(std::span<const std::string> inputs)
     if (::stat(name_.c_str(), &old) != 0) {
         if (errno != ENOENT)
             fail(errno);
-        return open_new(place_of(name_));
+        return open_new(to.place);
     }
     refuse_inputs(old, inputs);
-    // /dev/stdout is the file that the shell opened and perhaps appends to.
+    // The shell opened the file as well and perhaps appends to it.
     fd_ = open_descriptor_of(old);
     if (fd_ >= 0)
         return;
+    const std::string moved = name_ + ": leads elsewhere by now, expected a name that stays";
     if (S_ISREG(old.st_mode)) {
+        if (!is_at(to.place, old))
+            throw input_error(moved);
         replaced_ = old;
-        return open_new(place_of(name_)); // through a link, so that the link stays
+        return open_new(to.place); // through a link, so that the link stays
     }
-    fd_ = ::open(name_.c_str(), O_WRONLY | O_CLOEXEC);
+    fd_ = ::open(name_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
     if (fd_ < 0)
         fail(errno);
     is_own_ = true;
+    if (!is_open_as(fd_, old))
+        throw input_error(moved);
 }
 
 void output::end_all()

@@ -21,8 +21,8 @@ struct reader_gone : input_error {
 };
 
 // Where the receipts go. A file has either its old content or, from finish() on, all of the new; a
-// name that stands for something else than a file, such as /dev/stdout, is written to directly.
-// What goes to a terminal is made harmless to it. All throw input_error.
+// name that stands for something else than a file is written to directly, and so is what the caller
+// opened: /dev/stdout, /dev/fd/3. All throw input_error.
 class output
 {
   public:
