@@ -407,6 +407,30 @@ TEST_F(Output, WaitsWhereADescriptorDoesNot)
     }
 }
 
+// A printer at a serial port is a terminal, too.
+TEST_F(Output, TakesPrintersBytesButWhereItsUserSits)
+{
+    const std::string command = "\"$0\" -q --output=escpos --block=money " + write("record", sale);
+    const std::string bytes = shell(command).out;
+    ASSERT_TRUE(has(bytes, "\x1b")) << bytes;
+    const struct {
+        std::string script;
+        bool is_refused;
+    } cases[] = {{command + " >$tty", false},
+                 {command + " -o $tty", false},
+                 {"setsid -w " + command + " -o $tty", false}, // which does not make it its own
+                 {"setsid -w sh -c 'exec <>$tty; " + command + " >&0' \"$0\"", true}};
+    for (const auto &[script, is_refused] : cases) {
+        channel terminal = make_terminal();
+        setenv("tty", ttyname(terminal.theirs.get()), 1);
+        const result made = shell(script);
+        EXPECT_EQ(made.status, is_refused ? 2 : 0) << script << made.err;
+        EXPECT_EQ(has(made.err, "not for a terminal"), is_refused) << made.err;
+        terminal.theirs.close();
+        EXPECT_EQ(terminal.ours.read(), is_refused ? "" : bytes) << script;
+    }
+}
+
 // Whoever starts the command without a file should not wonder what it waits for.
 TEST_F(Output, IsAnnouncedWhereTheRecordIsTyped)
 {

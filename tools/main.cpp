@@ -116,10 +116,13 @@ void write(const std::string &file, std::span<const std::string> inputs, std::st
            bool is_binary = false)
 {
     tool::output output(file, inputs);
-    if (is_binary && output.is_terminal())
+    if (is_binary && output.is_users_terminal())
         throw tool::usage_error("--output: this is not for a terminal, expected -o FILE, a pipe or "
                                 "a printer");
-    output.write(text);
+    if (is_binary)
+        output.write_bytes(text);
+    else
+        output.write(text);
     output.finish();
 }
 

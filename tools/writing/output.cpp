@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -136,6 +137,12 @@ output::~output()
         ::close(fd_);
 }
 
+// Only of that one the system tells the session.
+bool output::is_users_terminal() const
+{
+    return is_terminal_ && ::tcgetsid(fd_) >= 0;
+}
+
 void output::fail(int error) const
 {
     const std::string shown_name = name_.empty() ? "standard output" : name_;
@@ -205,8 +212,13 @@ void output::end_all()
 
 void output::write(std::string_view text) const
 {
+    write_bytes(is_terminal_ ? for_terminal(text) : text);
+}
+
+void output::write_bytes(std::string_view bytes) const
+{
     const std::lock_guard lock(writing);
-    if (const int error = write_all(fd_, is_terminal_ ? for_terminal(text) : text))
+    if (const int error = write_all(fd_, bytes))
         fail(error);
 }
 

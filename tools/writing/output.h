@@ -33,8 +33,13 @@ class output
     output(const output &) = delete;
     output &operator=(const output &) = delete;
 
+    // Whether it is any terminal, which a printer at a serial port is as well; or the one from
+    // which the program is used.
     bool is_terminal() const { return is_terminal_; }
-    void write(std::string_view text) const;
+    bool is_users_terminal() const;
+
+    void write(std::string_view text) const; // made harmless to a terminal
+    void write_bytes(std::string_view bytes) const;
     void finish();
 
     // Whether finish() replaces a file.
