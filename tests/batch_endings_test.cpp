@@ -43,6 +43,20 @@ TEST_F(BatchAtWork, AnswersEveryLineAtOnceAndEndsQuietlyWithItsReader)
     EXPECT_EQ(err_.ours.read(), "");
 }
 
+// As a program has it that does not want to end by the signal itself.
+TEST_F(Batch, SaysThatItsReaderIsGoneWhereSigpipeIsIgnored)
+{
+    channel out = make_pipe(true);
+    out.ours.close();
+    const std::string script =
+        "trap '' PIPE; exec " QELRCPT_COMMAND " -q --batch " + write("archive", sale_line);
+    channel err = make_pipe(true);
+    const pid_t child = start({"-c", script}, 0, out.theirs.get(), err.theirs.get(), "/bin/sh");
+    err.theirs.close();
+    EXPECT_EQ(err.ours.read(), "qelrcpt: standard output: Broken pipe\n");
+    EXPECT_EQ(wait_for(child).status, 1);
+}
+
 class BatchInterrupted : public BatchAtWork, public testing::WithParamInterface<int>
 {
 };

@@ -101,8 +101,16 @@ inline pid_t start(arguments args, int in, int out, int err, const char *program
     posix_spawn_file_actions_init(&files);
     for (const auto &[given, wanted] : {std::pair(in, 0), std::pair(out, 1), std::pair(err, 2)})
         posix_spawn_file_actions_adddup2(&files, given, wanted);
+    posix_spawnattr_t attributes; // the tests themselves ignore SIGPIPE
+    posix_spawnattr_init(&attributes);
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &pipe);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t child = 0;
-    EXPECT_EQ(posix_spawn(&child, program, &files, nullptr, argv.data(), environ), 0);
+    EXPECT_EQ(posix_spawn(&child, program, &files, &attributes, argv.data(), environ), 0);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     return child;
 }

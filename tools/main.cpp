@@ -172,13 +172,16 @@ int run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     keep_standard_descriptors();
-    for (const int signal : {SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_IGN); // what is left to do is done before the program ends
+    // What is left to do is done before the program ends.
+    const bool is_pipe_ignored = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;
+    std::signal(SIGXFSZ, SIG_IGN);
     tool::prepare_for_out_of_memory();
     try {
         return run(argc, argv);
-    } catch (const tool::reader_gone &) {
-        tool::end_by(SIGPIPE); // quietly, as filters do
+    } catch (const tool::reader_gone &fault) {
+        if (!is_pipe_ignored)
+            tool::end_by(SIGPIPE); // quietly, as filters do
+        tool::complain(fault.what());
     } catch (const tool::usage_error &fault) {
         tool::complain(fault.what() + std::string("\nsee qelrcpt --help"));
         return 2;
