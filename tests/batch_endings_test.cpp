@@ -117,6 +117,18 @@ TEST_P(BatchInterrupted, EndsWithinALineThatIsTooLong)
     EXPECT_TRUE(has(lines[0]["error"], "longer than 16 MiB")) << lines[0];
 }
 
+TEST_P(BatchInterrupted, BeforeTheLineToStartWith)
+{
+    begin({"--start-line=3000"});
+    in_.ours.write(sale_line);
+    while (!holds_signals(child_))
+        std::this_thread::yield();
+    kill(child_, GetParam());
+    EXPECT_EQ(wait_for(child_).status, -GetParam());
+    EXPECT_EQ(err_.ours.read(),
+              "qelrcpt: stopped after line 2999 of <stdin>; --start-line 3000 goes on\n");
+}
+
 // The receipts of a run that was stopped and of the one that goes on are those of one run.
 TEST_P(BatchInterrupted, SaysHowToGoOn)
 {
@@ -135,8 +147,9 @@ TEST_P(BatchInterrupted, SaysHowToGoOn)
     const std::string next = std::to_string(count);
     EXPECT_EQ(err_.ours.read(), "qelrcpt: stopped after line " + std::to_string(count - 1) +
                                     " of " + two + "; --start-line " + next + " goes on, with " +
-                                    two + " as the first FILE\n");
-    const result rest = run({"--block=money", "--start-line", next, two, write("empty", "")});
+                                    two + " as the first FILE and /dev/null as another, for " +
+                                    "lines with \"file\"\n");
+    const result rest = run({"--block=money", "--start-line", next, two, "/dev/null"});
     EXPECT_EQ(rest.status, 0) << rest.err;
     EXPECT_TRUE(text + rest.out == whole.out) << next;
 }

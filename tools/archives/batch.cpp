@@ -90,8 +90,11 @@ std::string interruption(const totals &totals, const options &options, bool is_o
     if (is_output_kept)
         return text + options.output_file + " is as it was before";
     text += "--start-line " + std::to_string(totals.last_line + 1) + " goes on";
-    return totals.file == 0 ? text
-                            : text + ", with " + shown_file_name(file) + " as the first FILE";
+    if (totals.file > 0)
+        text += ", with " + shown_file_name(file) + " as the first FILE";
+    if (totals.file > 0 && totals.file + 1 == options.files.size())
+        text += R"( and /dev/null as another, for lines with "file")";
+    return text;
 }
 
 // The bytes of all files, as far as they can be known. Throws input_error for one that is not
@@ -127,6 +130,7 @@ class batch
           output_(options.output_file, options.inputs()),
           ring_(items_per_job * options.jobs, most_bytes_at_once)
     {
+        totals_.last_line = options.start_line.value_or(1) - 1;
     }
 
     int run()
