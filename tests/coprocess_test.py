@@ -216,6 +216,7 @@ taken.splice(0).forEach((taken) => closeSync(taken));
 await receipts.render({ amount: 2 });
 const pid = pidOfCommand();
 takeAll();
+process.kill(pid, "SIGSTOP"); // before it answers
 const asked = [3, 4].map((amount) => mustFail(receipts.render({ amount })));
 process.kill(pid, "SIGKILL");
 await Promise.all(asked);
