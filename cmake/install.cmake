@@ -20,7 +20,7 @@ install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development)
 install(DIRECTORY docs examples
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev COMPONENT qelrcpt_development
-  PATTERN node_modules EXCLUDE PATTERN dist EXCLUDE)
+  PATTERN node_modules EXCLUDE PATTERN dist EXCLUDE PATTERN .gitignore EXCLUDE)
 foreach(described bindings/python bindings/javascript playground) # the documents refer to them
   install(FILES ${described}/README.md
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqelrcpt-dev/${described}
