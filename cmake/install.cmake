@@ -1,10 +1,27 @@
 # What is installed beside the targets, and where the targets look for their libraries.
 
-# Outside the system's own folders, programs and libraries find the libraries beside them.
-if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-  file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${bin_to_lib}")
-endif()
+# Programs and libraries find the libraries beside them, where they are installed as where they are
+# built, in lib: nothing is changed when they are installed. For what is to be changed CMake leaves room
+# at the end, a colon at least, and an empty element is the folder that a program is started in.
+file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${bin_to_lib}" "$ORIGIN/../lib")
+list(REMOVE_DUPLICATES CMAKE_INSTALL_RPATH)
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON) # where other libraries are that the system does not know
+
+# To call at the end. The system's own folders need none of that, and packages must not have it.
+function(qelrcpt_clear_system_rpath)
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    install(CODE [[
+      foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
+        set(file "$ENV{DESTDIR}${file}")
+        if(file MATCHES "/bin/qelrcpt$|\\.so(\\.[0-9]+)*$" AND EXISTS "${file}") # no lone link
+          file(RPATH_REMOVE FILE "${file}")
+        endif()
+      endforeach()
+      ]] ALL_COMPONENTS)
+  endif()
+endfunction()
 
 if(BUILD_SHARED_LIBS)
   set(QELRCPT_IS_SHARED TRUE)

@@ -9,7 +9,8 @@ function(qelrcpt_library target soversion package)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     SOVERSION ${soversion}
-    VERSION ${soversion}.0.0)
+    VERSION ${soversion}.0.0
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
   target_compile_features(${target} PRIVATE cxx_std_20)
   target_compile_options(${target} PRIVATE ${QELRCPT_LIBRARY_OPTIONS})
   if(BUILD_SHARED_LIBS)

@@ -90,6 +90,15 @@ END
   exit 0
 fi
 
+# An empty element is the folder that a program is started in.
+for file in "$build"/lib/*.so "$build"/tools/qelrcpt "$build"/bindings/python/qelrcpt/*.so \
+  "$prefix"/lib/*.so "$prefix"/bin/qelrcpt; do
+  if readelf -d "$file" 2>/dev/null | grep -E 'R(UN)?PATH.*(\[:|::|:\])'; then
+    echo "$file: libraries are looked for wherever it is started"
+    exit 1
+  fi
+done
+
 # The Python package too, where it is built.
 packages=$prefix/lib/python3/dist-packages
 if [ -e "$packages" ]; then
