@@ -280,7 +280,8 @@ def main():
         sys.exit(77)
     folder = Path(folder).resolve() / language
     folder.mkdir(parents=True, exist_ok=True)
-    build, run = (text.format(folder=folder, sources=sources).split() for text in (build, run))
+    places = {"folder": folder, "sources": sources}
+    build, run = ([word.format(**places) for word in text.split()] for text in (build, run))
     subprocess.run(build, cwd=sources, check=True, stdout=subprocess.DEVNULL)
 
     if sys.argv[4:5] == ["--bench"]:

@@ -97,7 +97,9 @@ def main():
     if language == "csharp":
         (folder / program).write_text(as_dll_import((SOURCES / program).read_text()))
     places = {"folder": folder, "prefix": prefix, "source": SOURCES / program}
-    compiling, running = (text.format(**places).split() for text in (compiling, running))
+    compiling, running = (
+        [word.format(**places) for word in text.split()] for text in (compiling, running)
+    )
     os.environ["PKG_CONFIG_PATH"] = f"{prefix}/lib/pkgconfig"
     os.environ["LD_LIBRARY_PATH"] = f"{prefix}/lib"
     os.environ["LC_ALL"] = "C"  # what is UTF-8 is that everywhere

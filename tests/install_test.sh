@@ -54,9 +54,11 @@ run_examples() {
 
 export PKG_CONFIG_PATH=$pc
 mkdir "$work/pkg-config"
-read -r -a flags <<<"$(pkg-config --cflags qelrcpt)"
+# shellcheck disable=SC2162 # which writes a backslash in front of a blank
+read -a flags <<<"$(pkg-config --cflags qelrcpt)"
 [ "$kind" = static ] && also=(--static) || also=()
-read -r -a libraries <<<"$(pkg-config "${also[@]}" --libs qelrcpt)"
+# shellcheck disable=SC2162
+read -a libraries <<<"$(pkg-config "${also[@]}" --libs qelrcpt)"
 for name in receipt own_layout; do
   quietly cc "$prefix/share/doc/libqelrcpt-dev/examples/$name.c" -o "$work/pkg-config/${name}_c" \
     "${flags[@]}" "${libraries[@]}" "-Wl,-rpath,$lib"
@@ -81,7 +83,7 @@ if [ "$kind" = static ]; then
 cmake_minimum_required(VERSION 3.22)
 project(c LANGUAGES C)
 find_package(qelrcpt 1 REQUIRED)
-add_executable(receipt $source/examples/receipt.c)
+add_executable(receipt "$source/examples/receipt.c")
 target_link_libraries(receipt PRIVATE qelrcpt::qelrcpt)
 END
   quietly cmake -S "$work/c" -B "$work/c/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"

@@ -8,9 +8,11 @@ work=$2
 build=${3:-}
 mkdir -p "$work"
 work=$(cd "$work" && pwd)
-rm -rf "$work/home" "$work/app" "$work/cmake"
-mkdir -p "$work/home" "$work/app" "$work/cmake"
-export HOME=$work/home CMAKE_BUILD_TYPE=Debug
+rm -rf "$work/app" "$work/cmake"
+mkdir -p "$work/app" "$work/cmake"
+HOME=$(mktemp -d /tmp/readme_install.XXXXXX) # as most homes, its name has no blank
+trap 'rm -rf "$HOME"' EXIT
+export HOME CMAKE_BUILD_TYPE=Debug
 unset PKG_CONFIG_PATH CMAKE_PREFIX_PATH LD_LIBRARY_PATH
 
 # block KIND NUMBER: the code of that kind below the heading.
@@ -28,7 +30,7 @@ run() { # FOLDER TEXT: the lines as they stand, in the folder
 }
 
 if [ -n "$build" ]; then
-  run "$work" "cmake --install $build --prefix ~/.local"
+  run "$work" "cmake --install '$build' --prefix ~/.local"
 else
   rm -rf "$work/source"
   mkdir "$work/source"
