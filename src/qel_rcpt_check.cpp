@@ -169,9 +169,9 @@ outcome subject::find_outcome() const
         {QEL_RCPT_MSG_NOT_APPROVED, outcome::declined},
         {QEL_RCPT_MSG_DECLINED, outcome::declined},
     };
-    if (qel_rcpt::is_approved(kvs_))
-        return outcome::approved;
     const char *stated = Qel_rcpt_get_result(kvs_, QEL_RCPT_LANG_EN);
+    if (states_approval(stated))
+        return outcome::approved;
     for (const auto &[message, result] : meanings) {
         if (stated == Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, message))
             return result;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qel_rcpt::check
 {
@@ -71,14 +73,13 @@ class items_handler
         const bool is_array = kind == qel::json_kind::array;
         const bool is_list =
             is_array && (depth_ == 0 || (!in_list_ && member() == item_member::modifiers));
-        const bool is_item = !is_array && in_list_ && level_ < items_.size();
+        const bool is_item = !is_array && in_list_ && items_.size() < most_levels;
         if (ignored_ > 0 || !(is_list || is_item)) {
             begin_ignored(at);
         } else if (is_list) {
             in_list_ = true;
         } else {
-            items_[level_++] = {};
-            items_[level_ - 1].begin = at;
+            items_.emplace_back().begin = at;
             in_list_ = false;
         }
         ++depth_;
@@ -90,8 +91,11 @@ class items_handler
         if (end_ignored())
             return;
         in_list_ = kind == qel::json_kind::object;
-        if (in_list_)
-            finish(items_[--level_]);
+        if (!in_list_)
+            return;
+        const item done = std::move(items_.back());
+        items_.pop_back();
+        finish(done);
     }
 
     void name(std::string_view name, std::size_t at)
@@ -100,7 +104,7 @@ class items_handler
             return;
         const auto *found = std::ranges::find(item_members, name, &item_member_name::name);
         const bool is_known = found != std::end(item_members);
-        items_[level_ - 1].member = is_known ? found->member : item_member::none;
+        items_.back().member = is_known ? found->member : item_member::none;
         if (!is_known)
             add_unknown_member(key, name, at, item_members, findings_);
     }
@@ -111,9 +115,9 @@ class items_handler
         if (ignored_ > 0 || (kind == qel::json_kind::null && !in_list_))
             return;
         const bool is_text = kind == qel::json_kind::string;
-        if (!is_text || in_list_ || level_ == 0 || member() == item_member::modifiers)
+        if (!is_text || in_list_ || items_.empty() || member() == item_member::modifiers)
             return add_wrong_kind(at);
-        item &current = items_[level_ - 1];
+        item &current = items_.back();
         switch (member()) {
         case item_member::name:
             current.name = text;
@@ -136,15 +140,16 @@ class items_handler
 
   private:
     static constexpr const char *key = "line_items";
+    static constexpr std::size_t most_levels = 32; // what is nested deeper is not looked at
 
     [[nodiscard]] item_member member() const
     {
-        return level_ == 0 ? item_member::none : items_[level_ - 1].member;
+        return items_.empty() ? item_member::none : items_.back().member;
     }
 
     void begin_ignored(std::size_t at)
     {
-        if (ignored_++ == 0 && level_ < items_.size())
+        if (ignored_++ == 0 && items_.size() < most_levels)
             add_wrong_kind(at);
     }
 
@@ -178,11 +183,11 @@ class items_handler
         });
         const bool is_cash =
             found != std::end(item_types) && found->type == item_type::cash_percentage;
-        if (found != std::end(item_types) && !(is_cash && level_ > 1)) {
-            items_[level_ - 1].type = found->type;
+        if (found != std::end(item_types) && !(is_cash && items_.size() > 1)) {
+            items_.back().type = found->type;
             return;
         }
-        items_[level_ - 1].type = item_type::unknown;
+        items_.back().type = item_type::unknown;
         nearest_word nearest(text);
         for (const item_type_name &known : item_types) {
             if (!is_cash)
@@ -221,7 +226,7 @@ class items_handler
     void look_at_name(const item &done)
     {
         constexpr std::size_t most = 253;
-        const bool is_modifier = level_ > 0;
+        const bool is_modifier = !items_.empty();
         const bool has_known_type = done.type != item_type::none && done.type != item_type::unknown;
         if (done.name.empty()) {
             sum_.is_known = false;
@@ -262,11 +267,10 @@ class items_handler
     const subject &record_;
     report &findings_;
     items_sum sum_;
-    std::array<item, 32> items_; // the open ones; what is nested deeper is not looked at
-    std::size_t level_ = 0;      // of them
-    std::size_t depth_ = 0;      // of open brackets
-    std::size_t ignored_ = 0;    // of these, the ones inside of what is not looked at
-    bool in_list_ = false;       // an entry is next, or the end of the array
+    std::vector<item> items_; // the open ones
+    std::size_t depth_ = 0;   // of open brackets
+    std::size_t ignored_ = 0; // of these, the ones inside of what is not looked at
+    bool in_list_ = false;    // an entry is next, or the end of the array
 };
 
 // The items should come to what the receipt shows beside them: the subtotal of the order or else of

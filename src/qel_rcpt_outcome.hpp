@@ -9,13 +9,19 @@
 namespace qel_rcpt
 {
 
-// Whether the receipt says that the transaction is approved, be it in part.
-inline bool is_approved(const Qel_hash_dict_t *kvs)
+// Whether a result in English is an approval, be it in part.
+inline bool states_approval(const char *result)
 {
-    const auto says = [result = Qel_rcpt_get_result(kvs, QEL_RCPT_LANG_EN)](Qel_rcpt_msg_t msg) {
+    const auto is = [result](Qel_rcpt_msg_t msg) {
         return Qel_str_eq(result, Qel_rcpt_msg_to_string(QEL_RCPT_LANG_EN, msg));
     };
-    return says(QEL_RCPT_MSG_APPROVED) || says(QEL_RCPT_MSG_PARTIAL_APPROVAL);
+    return is(QEL_RCPT_MSG_APPROVED) || is(QEL_RCPT_MSG_PARTIAL_APPROVAL);
+}
+
+// Whether the receipt says that the transaction is approved.
+inline bool is_approved(const Qel_hash_dict_t *kvs)
+{
+    return states_approval(Qel_rcpt_get_result(kvs, QEL_RCPT_LANG_EN));
 }
 
 } // namespace qel_rcpt
