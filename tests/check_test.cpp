@@ -412,7 +412,7 @@ TEST_F(Check, KnowsTheNamesOfItemsThatAreCut)
         {"surprise", true, false},
     };
     for (const auto &[type, is_modifier, is_cut] : cases) {
-        for (const std::size_t size : {253, 254}) {
+        for (const std::size_t size : {std::size_t{253}, std::size_t{254}}) {
             std::string entry = R"({"name":")" + std::string(size, 'n') + R"(","qty":"1")";
             if (*type != '\0')
                 entry += std::string(R"(,"type":")") + type + '"';
