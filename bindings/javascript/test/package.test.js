@@ -100,14 +100,24 @@ const chromium = ['/usr/bin/chromium', '/usr/bin/chromium-browser'].find(existsS
 const PAGE = `<!DOCTYPE html><meta charset="utf-8"><title>receipt</title><pre id="shown"></pre>
 <script type="module">
   import { load, render } from '/qelrcpt/index.js';
+  fetch('/until-shown');
   await load();
   const { customer } = render({ action: 'sale', amount: 12.34, timestamp: 1773502867 }, { timeZone: 'America/Toronto', blocks: ['reference', 'money'] });
   document.getElementById('shown').textContent = customer.text;
+  fetch('/shown');
 </script>`;
 const TYPES = { js: 'text/javascript', wasm: 'application/wasm' };
 
 test('renders in a browser', { skip: skip || (chromium ? false : 'there is no Chromium') }, async () => {
+  // The browser's time stands still while a request waits for its answer, however busy the machine is.
+  let waiting;
   const server = createServer((request, response) => {
+    if (request.url === '/until-shown') {
+      waiting = response;
+      return;
+    }
+    if (request.url === '/shown')
+      waiting.end();
     response.setHeader('Content-Security-Policy', "default-src 'none'; connect-src 'self'; script-src 'self' 'unsafe-inline' 'wasm-unsafe-eval'");
     const [, file] = /^\/qelrcpt\/([\w/.]+)$/.exec(request.url) ?? [];
     response.setHeader('Content-Type', file ? TYPES[file.split('.').at(-1)] : 'text/html');
@@ -118,7 +128,7 @@ test('renders in a browser', { skip: skip || (chromium ? false : 'there is no Ch
     const { execFile } = await import('node:child_process');
     const { promisify } = await import('node:util');
     const flags = ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking', '--disable-component-update', '--disable-sync', `--user-data-dir=${join(project, 'chromium')}`, '--virtual-time-budget=10000', '--dump-dom'];
-    const { stdout } = await promisify(execFile)(chromium, [...flags, `http://127.0.0.1:${server.address().port}/`]);
+    const { stdout } = await promisify(execFile)(chromium, [...flags, `http://127.0.0.1:${server.address().port}/`], { timeout: 60_000 });
     assert.match(stdout, /<pre id="shown">\s*PURCHASE\n[^<]*TIME: +03\/14\/26 11:41:07\n[^<]*TOTAL: +\$12\.34\n/);
   } finally {
     server.close();
