@@ -19,9 +19,6 @@ namespace qel_rcpt
 struct block_slot {
     bool is_custcopy;
     const char *key;
-
-    // The block's, which is the key behind "cust_" or "merch_".
-    [[nodiscard]] constexpr const char *name() const { return key + (is_custcopy ? 5 : 6); }
 };
 
 // The keys that a block has in the result: "cust_" or "merch_" and its name.
@@ -75,7 +72,10 @@ struct block_builder {
     void (*build)(State &info, const block_slot &slot);
     unsigned copies = by_language; // bits of differs
 
-    [[nodiscard]] constexpr std::string_view name() const { return keys.slot(true).name(); }
+    [[nodiscard]] constexpr std::string_view name() const
+    {
+        return std::string_view(keys.slot(true).key).substr(std::string_view("cust_").size());
+    }
 };
 
 // Whether the builders make the form's blocks in their order.

@@ -33,12 +33,11 @@ void add_block(const Qel_rcpt_json_t &info, const block_slot &slot, const qel::j
     Qel_hash_dict_insert(info.blocks, slot.key, written.get());
 }
 
-// A block of these rows alone.
-template <const std::span<const row> &Rows>
-void generate_rows(Qel_rcpt_json_t &info, const block_slot &slot)
+void generate_rows_block(const Qel_rcpt_json_t &info, const block_slot &slot,
+                         std::span<const row> rows)
 {
     const qel::json object(Qel_json_node_create(QEL_JSON_TYPE_OBJECT));
-    add_rows(info, slot, Rows, object.get());
+    add_rows(info, slot, rows, object.get());
     add_block(info, slot, object);
 }
 
@@ -89,17 +88,52 @@ void generate_block_line_items(Qel_rcpt_json_t &info, const block_slot &slot)
     add_block(info, slot, items);
 }
 
+void generate_block_order_money(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::order_money_rows);
+}
+
+void generate_block_money(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::money_rows);
+}
+
+void generate_block_disposition(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::disposition_rows);
+}
+
+void generate_block_signature(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::signature_rows);
+}
+
+void generate_block_emv(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::emv_rows);
+}
+
+void generate_block_notice(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::notice_rows);
+}
+
+void generate_block_notes(Qel_rcpt_json_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, qel_rcpt::notes_rows);
+}
+
 constexpr qel_rcpt::block_builder<Qel_rcpt_json_t> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
     {"items", generate_block_line_items, qel_rcpt::by_symbol},
-    {"order_money", generate_rows<qel_rcpt::order_money_rows>, qel_rcpt::by_symbol},
-    {"money", generate_rows<qel_rcpt::money_rows>, qel_rcpt::by_symbol | qel_rcpt::by_balance},
-    {"disposition", generate_rows<qel_rcpt::disposition_rows>},
-    {"signature", generate_rows<qel_rcpt::signature_rows>, qel_rcpt::merch_only},
-    {"emv", generate_rows<qel_rcpt::emv_rows>, qel_rcpt::by_nothing},
-    {"notice", generate_rows<qel_rcpt::notice_rows>, qel_rcpt::by_copy},
-    {"notes", generate_rows<qel_rcpt::notes_rows>, qel_rcpt::by_nothing},
+    {"order_money", generate_block_order_money, qel_rcpt::by_symbol},
+    {"money", generate_block_money, qel_rcpt::by_symbol | qel_rcpt::by_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
+    {"emv", generate_block_emv, qel_rcpt::by_nothing},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
+    {"notes", generate_block_notes, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("json", block_builders));
 

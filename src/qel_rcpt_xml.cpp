@@ -35,18 +35,17 @@ void add_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const Qel_xml
     Qel_hash_dict_insert(info.blocks, slot.key, written.get());
 }
 
-// A block of these rows alone.
-template <const std::span<const row> &Rows>
-void generate_rows(Qel_rcpt_xml_t &info, const block_slot &slot)
+void generate_rows_block(const Qel_rcpt_xml_t &info, const block_slot &slot, const char *name,
+                         std::span<const row> rows)
 {
-    Qel_xml_node_t *element = add_element(info.document.get(), slot.name());
-    add_rows(info, slot, Rows, element);
+    Qel_xml_node_t *element = add_element(info.document.get(), name);
+    add_rows(info, slot, rows, element);
     add_block(info, slot, element);
 }
 
 void generate_block_merchinfo(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *element = add_element(info.document.get(), slot.name());
+    Qel_xml_node_t *element = add_element(info.document.get(), "merch_info");
     qel_rcpt::for_each_merchant_value(
         info, [&](const char *name, const char *text) { add_element(element, name, text); });
     add_block(info, slot, element);
@@ -64,7 +63,7 @@ void add_custom_fields(const Qel_rcpt_xml_t &info, Qel_xml_node_t *reference)
 
 void generate_block_reference(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *element = add_element(info.document.get(), slot.name());
+    Qel_xml_node_t *element = add_element(info.document.get(), "reference");
     add_rows(info, slot, qel_rcpt::reference_rows, element);
     add_custom_fields(info, element);
     add_block(info, slot, element);
@@ -82,23 +81,58 @@ void line_item_add(void * /*info*/, const char *name, const char *qty, const cha
 
 void generate_block_line_items(Qel_rcpt_xml_t &info, const block_slot &slot)
 {
-    Qel_xml_node_t *items = add_element(info.document.get(), slot.name());
+    Qel_xml_node_t *items = add_element(info.document.get(), "items");
     Qel_rcpt_generate_line_items(qel_rcpt::get(info.kvs, "line_items"), &info, &info.attrs,
                                  line_item_add, items);
     add_block(info, slot, items);
+}
+
+void generate_block_order_money(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "order_money", qel_rcpt::order_money_rows);
+}
+
+void generate_block_money(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "money", qel_rcpt::money_rows);
+}
+
+void generate_block_disposition(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "disposition", qel_rcpt::disposition_rows);
+}
+
+void generate_block_signature(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "signature", qel_rcpt::signature_rows);
+}
+
+void generate_block_emv(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "emv", qel_rcpt::emv_rows);
+}
+
+void generate_block_notice(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "notice", qel_rcpt::notice_rows);
+}
+
+void generate_block_notes(Qel_rcpt_xml_t &info, const block_slot &slot)
+{
+    generate_rows_block(info, slot, "notes", qel_rcpt::notes_rows);
 }
 
 constexpr qel_rcpt::block_builder<Qel_rcpt_xml_t> block_builders[] = {
     {"merch_info", generate_block_merchinfo},
     {"reference", generate_block_reference},
     {"items", generate_block_line_items, qel_rcpt::by_symbol},
-    {"order_money", generate_rows<qel_rcpt::order_money_rows>, qel_rcpt::by_symbol},
-    {"money", generate_rows<qel_rcpt::money_rows>, qel_rcpt::by_symbol | qel_rcpt::by_balance},
-    {"disposition", generate_rows<qel_rcpt::disposition_rows>},
-    {"signature", generate_rows<qel_rcpt::signature_rows>, qel_rcpt::merch_only},
-    {"emv", generate_rows<qel_rcpt::emv_rows>, qel_rcpt::by_nothing},
-    {"notice", generate_rows<qel_rcpt::notice_rows>, qel_rcpt::by_copy},
-    {"notes", generate_rows<qel_rcpt::notes_rows>, qel_rcpt::by_nothing},
+    {"order_money", generate_block_order_money, qel_rcpt::by_symbol},
+    {"money", generate_block_money, qel_rcpt::by_symbol | qel_rcpt::by_balance},
+    {"disposition", generate_block_disposition},
+    {"signature", generate_block_signature, qel_rcpt::merch_only},
+    {"emv", generate_block_emv, qel_rcpt::by_nothing},
+    {"notice", generate_block_notice, qel_rcpt::by_copy},
+    {"notes", generate_block_notes, qel_rcpt::by_nothing},
 };
 static_assert(qel_rcpt::makes_blocks_of("xml", block_builders));
 
