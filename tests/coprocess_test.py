@@ -18,6 +18,7 @@ import subprocess
 import sys
 import threading
 import time
+from itertools import filterfalse
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -89,9 +90,10 @@ class Client:
         return self.answer()
 
     def command(self):
-        """The process of the command that it has started."""
+        """The process of the command that it has started, beside dead ones it may still wait for."""
         tasks = Path(f"/proc/{self.process.pid}/task").iterdir()
-        [child] = {pid for task in tasks for pid in (task / "children").read_text().split()}
+        children = {pid for task in tasks for pid in (task / "children").read_text().split()}
+        [child] = filterfalse(is_dead, children)
         return int(child)
 
     def end(self):
@@ -99,17 +101,27 @@ class Client:
         assert self.process.wait(SECONDS) == 0
 
 
-def has_ended(pid):
+def is_gone(pid):
+    return not Path(f"/proc/{pid}").exists()
+
+
+def is_dead(pid):
     """Also when its parent has not waited for it yet."""
+    try:
+        return ") Z " in Path(f"/proc/{pid}/stat").read_text()
+    except OSError:
+        return True
+
+
+def comes_to_be(state, pid):
     deadline = time.monotonic() + SECONDS
-    while time.monotonic() < deadline:
-        try:
-            if ") Z " in Path(f"/proc/{pid}/stat").read_text():
-                return True
-        except OSError:
-            return True
+    while not state(pid) and time.monotonic() < deadline:
         time.sleep(0.01)
-    return False
+    return state(pid)
+
+
+def has_ended(pid):
+    return comes_to_be(is_dead, pid)
 
 
 def text_of(answer):
@@ -140,7 +152,7 @@ def test_answers(run, command):
         os.kill(after, signal.SIGTERM)
         assert has_ended(after)
         assert text_of(client.ask(SALE)) == first
-        assert not Path(f"/proc/{after}").exists(), "the dead command is not waited for"
+        assert comes_to_be(is_gone, after), "the dead command is not waited for"
 
         last = client.command()
         client.end()

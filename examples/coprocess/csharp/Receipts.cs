@@ -1,4 +1,5 @@
 using System;
+using System.ComponentModel;
 using System.Diagnostics;
 using System.IO;
 using System.Text;
@@ -68,6 +69,6 @@ public sealed class Receipts : IDisposable {
     private static void Kill(Process process) {
         try {
             process?.Kill();
-        } catch (InvalidOperationException) {} // it has ended
+        } catch (Exception fault) when (fault is InvalidOperationException || fault is Win32Exception) {} // it ends by itself
     }
 }
